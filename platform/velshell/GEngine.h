@@ -10,7 +10,7 @@
 class GFactory;
 
 // A picture of the skin.
-class DMB_API GImage {
+class DMB_HOST_API GImage {
 public:
     [[nodiscard]] int GetWidth() const { return m_nWidth; }
     [[nodiscard]] int GetHeight() const { return m_nHeight; }
@@ -23,7 +23,7 @@ protected:
 };
 
 // A numbered set of pictures (one per antenna level, one per tab kind).
-class DMB_API GImageSet {
+class DMB_HOST_API GImageSet {
 public:
     [[nodiscard]] int GetCount() const;
     // The picture with this number, or null.
@@ -48,7 +48,7 @@ enum GButtonState : int {
 
 // One element of a skin: button, text area, marker or picture. Owned by its factory. A `redraw` argument that is non-zero repaints
 // the element at once; zero leaves it to the next paint.
-class DMB_API GButton {
+class DMB_HOST_API GButton {
 public:
     [[nodiscard]] UINT GetId() const;
 
@@ -91,7 +91,7 @@ protected:
 };
 
 // The widget-factory facet of a view or dialog.
-class DMB_API GFactory {
+class DMB_HOST_API GFactory {
 public:
     // Paint entry: paints the facet into the context.
     virtual void Paint(HDC dc);

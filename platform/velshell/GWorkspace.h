@@ -29,11 +29,11 @@ struct GExtensionLibrary {
 };
 
 // Announces or withdraws a library. Announcing twice and withdrawing an unknown library have no effect.
-DMB_API void GRegisterExtension(const GExtensionLibrary* library);
-DMB_API void GWithdrawExtension(const GExtensionLibrary* library);
+DMB_HOST_API void GRegisterExtension(const GExtensionLibrary* library);
+DMB_HOST_API void GWithdrawExtension(const GExtensionLibrary* library);
 
 // Root of all classes with run-time class information.
-class DMB_API GObject {
+class DMB_HOST_API GObject {
 public:
     virtual const GRuntimeClass* GetRuntimeClass() const;
     virtual ~GObject();
@@ -142,7 +142,7 @@ template <auto Handler> constexpr GMessageEntry OnLButtonDown() {
 
 // A window of the shell. The shell creates the native window and routes its messages through GetMessageMap; what no row
 // takes goes to the shell's own default handling.
-class DMB_API GView : public GObject {
+class DMB_HOST_API GView : public GObject {
 public:
     const GRuntimeClass* GetRuntimeClass() const override;
     ~GView() override;
@@ -177,7 +177,7 @@ private:
 
 // The message-text facet: numbered texts in the user's language. Each resource (a view, a dialog, the main window) has its own
 // table, so the same number means different texts in different tables.
-class DMB_API GMessage {
+class DMB_HOST_API GMessage {
 public:
     GMessage();
     virtual ~GMessage();

@@ -8,7 +8,7 @@
 // Results of a modal run.
 enum VelDialogResult : int { kDialogFailed = -1, kDialogOk = 1, kDialogCancel = 2 };
 
-class DMB_API CVelDialog : public GView, public GFactory, public GMessage {
+class DMB_HOST_API CVelDialog : public GView, public GFactory, public GMessage {
 public:
     explicit CVelDialog(GView* parent);
     const GRuntimeClass* GetRuntimeClass() const override;

@@ -3,7 +3,7 @@
 
 #include "platform/types.h"
 
-class DMB_API CVelDocument {
+class DMB_HOST_API CVelDocument {
 public:
     // The view is shown as a small window over another view.
     [[nodiscard]] int IsMinimized() const;

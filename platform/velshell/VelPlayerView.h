@@ -31,10 +31,10 @@ enum VelBoxStyle : int {
 };
 
 // Is the memory card present and usable?
-[[nodiscard]] DMB_API int IsAccessableSDMMC();
+[[nodiscard]] DMB_HOST_API int IsAccessableSDMMC();
 
 // What every view of the shell has: its place, its title, its life, its small form.
-class DMB_API CVelBaseView : public GView, public GFactory, public GMessage {
+class DMB_HOST_API CVelBaseView : public GView, public GFactory, public GMessage {
 public:
     const GRuntimeClass* GetRuntimeClass() const override;
     ~CVelBaseView() override;
@@ -103,7 +103,7 @@ protected:
 };
 
 // A view with a tool bar and a title.
-class DMB_API CVelToolView : public CVelBaseView {
+class DMB_HOST_API CVelToolView : public CVelBaseView {
 public:
     const GRuntimeClass* GetRuntimeClass() const override;
     ~CVelToolView() override;
@@ -127,7 +127,7 @@ protected:
 };
 
 // A view that plays through a filter graph.
-class DMB_API CVelPlayerView : public CVelToolView {
+class DMB_HOST_API CVelPlayerView : public CVelToolView {
 public:
     const GRuntimeClass* GetRuntimeClass() const override;
     ~CVelPlayerView() override;
