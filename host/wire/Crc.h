@@ -39,27 +39,40 @@ inline constexpr auto kCrc32Table = MakeCrc32Table();
 
 } // namespace detail
 
-// EN 300 401 annex E: x^16 + x^12 + x^5 + 1, register preset to ones, result complemented. FIBs, ETI, MSC
-// data groups, packets, DLS segments and data group length indicators send it high byte first.
-[[nodiscard]] constexpr std::uint16_t Crc16(std::span<const std::uint8_t> bytes) {
-    unsigned crc = 0xFFFF;
+// EN 300 401 annex E: x^16 + x^12 + x^5 + 1, register preset to ones, result complemented. FIBs, ETI header
+// and main stream (ETS 300 799), MSC data groups, packets, DLS segments and data group length indicators send
+// it high byte first.
+[[nodiscard]] constexpr std::uint16_t Crc16(std::span<const std::uint8_t> bytes,
+                                            std::uint16_t state = 0xFFFF) {
+    unsigned crc = state;
     for (const std::uint8_t byte : bytes)
         crc = ((crc << 8) & 0xFFFF) ^ detail::kCrc16Table[((crc >> 8) ^ byte) & 0xFF];
     return static_cast<std::uint16_t>(~crc);
 }
 
 // True when the last two bytes are the check sum of those before them.
-[[nodiscard]] constexpr bool Crc16Holds(std::span<const std::uint8_t> bytesAndCrc) {
-    if (bytesAndCrc.size() < 2)
+[[nodiscard]] constexpr bool Crc16Matches(std::span<const std::uint8_t> bytes) {
+    if (bytes.size() < 2)
         return false;
-    const std::size_t end = bytesAndCrc.size() - 2;
-    return Crc16(bytesAndCrc.first(end)) == ((bytesAndCrc[end] << 8) | bytesAndCrc[end + 1]);
+    const std::size_t end = bytes.size() - 2;
+    return Crc16(bytes.first(end)) == ((bytes[end] << 8) | bytes[end + 1]);
 }
 
 inline void AppendCrc16(std::vector<std::uint8_t>& bytes) {
     const std::uint16_t crc = Crc16(bytes);
     bytes.push_back(static_cast<std::uint8_t>(crc >> 8));
     bytes.push_back(static_cast<std::uint8_t>(crc & 0xFF));
+}
+
+// ISO/IEC 11172-3 2.4.3.1: x^16 + x^15 + x^2 + 1, preset to ones, not complemented, over a number of bits.
+[[nodiscard]] constexpr std::uint16_t AudioCrc(std::span<const std::uint8_t> bytes, std::size_t firstBit,
+                                               std::size_t bitCount, std::uint16_t state = 0xFFFF) {
+    for (std::size_t i = firstBit; i < firstBit + bitCount; ++i) {
+        const bool bit = (bytes[i / 8] >> (7 - i % 8) & 1) != 0;
+        const bool carry = (state >> 15 != 0) != bit;
+        state = static_cast<std::uint16_t>(carry ? (state << 1) ^ 0x8005 : state << 1);
+    }
+    return state;
 }
 
 // ISO/IEC 13818-1 annex A: 0x04C11DB7, register preset to ones, not complemented, sent high byte first.

@@ -7,8 +7,9 @@ namespace {
 constexpr std::array<std::uint8_t, 9> kCheck = {'1', '2', '3', '4', '5', '6', '7', '8', '9'};
 
 TEST(Crc, CheckValuesOfTheTwoPolynomials) {
-    // The values every catalogue of CRCs lists for the digits 1 to 9: GENIBUS and MPEG-2.
+    // The values every catalogue of CRCs lists for the digits 1 to 9: GENIBUS, CMS and MPEG-2.
     static_assert(wire::Crc16(kCheck) == 0xD64E);
+    static_assert(wire::AudioCrc(kCheck, 0, 72) == 0xAEE7); // CMS
     static_assert(wire::Crc32(kCheck) == 0x0376E6E7);
 }
 
@@ -17,10 +18,10 @@ TEST(Crc, AppendedSumsHoldAndOneWrongBitBreaksThem) {
     wire::AppendCrc16(bytes);
     EXPECT_EQ(bytes[9], 0xD6);
     EXPECT_EQ(bytes[10], 0x4E);
-    EXPECT_TRUE(wire::Crc16Holds(bytes));
+    EXPECT_TRUE(wire::Crc16Matches(bytes));
     bytes[3] ^= 0x10;
-    EXPECT_FALSE(wire::Crc16Holds(bytes));
-    EXPECT_FALSE(wire::Crc16Holds(std::span(bytes).first(1)));
+    EXPECT_FALSE(wire::Crc16Matches(bytes));
+    EXPECT_FALSE(wire::Crc16Matches(std::span(bytes).first(1)));
 
     std::vector<std::uint8_t> section(kCheck.begin(), kCheck.end());
     wire::AppendCrc32(section);

@@ -290,6 +290,7 @@ struct EsDescriptor {
 
     [[nodiscard]] std::vector<std::uint8_t> Write() const {
         std::vector<std::uint8_t> out;
+        out.reserve(64);
         detail::Put16(out, esId);
         out.push_back(static_cast<std::uint8_t>((dependsOn ? 0x80 : 0) | (url.empty() ? 0 : 0x40) |
                                                 (clockEsId ? 0x20 : 0) | (priority & 0x1F)));
@@ -374,6 +375,7 @@ struct ObjectDescriptor {
 
     [[nodiscard]] std::vector<std::uint8_t> Write() const {
         std::vector<std::uint8_t> out;
+        out.reserve(64);
         detail::Put16(out, static_cast<unsigned>(id) << 6 | (url.empty() ? 0 : 0x20) | 0x1F);
         if (url.empty()) {
             detail::PutEsList(out, streams);
@@ -472,6 +474,7 @@ struct IodDescriptor {
 
     [[nodiscard]] std::vector<std::uint8_t> Write() const {
         std::vector<std::uint8_t> inner;
+        inner.reserve(64);
         detail::Put16(inner, static_cast<unsigned>(id) << 6 | (inlineProfiles ? 0x10 : 0) | 0x0F);
         inner.insert(inner.end(),
                      {objectProfile, sceneProfile, audioProfile, visualProfile, graphicsProfile});
