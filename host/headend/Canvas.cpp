@@ -53,7 +53,7 @@ void Canvas::Rectangle(double x, double y, double w, double h, Colour colour) {
 
 void Canvas::RoundRectangle(double x, double y, double w, double h, double radius, Colour colour) {
     SetColour(context, colour);
-    cairo_new_sub_path(context);
+    cairo_new_path(context);
     cairo_arc(context, x + w - radius, y + radius, radius, -kTurn / 4, 0);
     cairo_arc(context, x + w - radius, y + h - radius, radius, 0, kTurn / 4);
     cairo_arc(context, x + radius, y + h - radius, radius, kTurn / 4, kTurn / 2);
@@ -74,6 +74,7 @@ void Canvas::Gradient(double x, double y, double w, double h, Colour top, Colour
 
 void Canvas::Disc(double x, double y, double radius, Colour colour) {
     SetColour(context, colour);
+    cairo_new_path(context); // Pango leaves its point behind
     cairo_arc(context, x, y, radius, 0, kTurn);
     cairo_fill(context);
 }
@@ -83,6 +84,7 @@ void Canvas::Glow(double x, double y, double radius, Colour colour) {
     cairo_pattern_add_color_stop_rgba(pattern, 0, colour.red, colour.green, colour.blue, colour.alpha);
     cairo_pattern_add_color_stop_rgba(pattern, 1, colour.red, colour.green, colour.blue, 0);
     cairo_set_source(context, pattern);
+    cairo_new_path(context); // Pango leaves its point behind
     cairo_arc(context, x, y, radius, 0, kTurn);
     cairo_fill(context);
     cairo_pattern_destroy(pattern);
@@ -91,6 +93,7 @@ void Canvas::Glow(double x, double y, double radius, Colour colour) {
 void Canvas::Ring(double x, double y, double radius, double lineWidth, Colour colour) {
     SetColour(context, colour);
     cairo_set_line_width(context, lineWidth);
+    cairo_new_path(context); // Pango leaves its point behind
     cairo_arc(context, x, y, radius, 0, kTurn);
     cairo_stroke(context);
 }

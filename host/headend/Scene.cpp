@@ -43,7 +43,9 @@ public:
                      Colour::Rgb(0xFFFFFF, dice.Between(0.3, 0.9)));
         sky.Glow(w * 0.76, h * 0.2, h * 0.2, Colour::Rgb(0xFFF1C9, 0.5));
         sky.Disc(w * 0.76, h * 0.2, h * 0.065, Colour::Rgb(0xFFF6DD));
-        sky.Disc(w * 0.775, h * 0.19, h * 0.055, Colour::Rgb(0x2A2145, 0.85));
+        sky.Disc(w * 0.75, h * 0.195, h * 0.014, Colour::Rgb(0xE9DDB8));
+        sky.Disc(w * 0.772, h * 0.215, h * 0.02, Colour::Rgb(0xEBE0BE));
+        sky.Disc(w * 0.764, h * 0.178, h * 0.01, Colour::Rgb(0xE9DDB8));
         const std::array<std::uint32_t, 3> walls = {0x3B2F5C, 0x2A2348, 0x171531};
         for (std::size_t row = 0; row < rows.size(); ++row) {
             Dice builder(static_cast<std::uint32_t>(31 + row * 17));
