@@ -51,6 +51,9 @@ void DrawCover(Canvas& canvas, const SlideDescription& slide, Colour colour) {
     // The sleeve covers its left half.
     canvas.RoundRectangle(26, 30, 124, 132, 3, Mix(colour, Colour::Rgb(0xFFFFFF), 0.12));
     canvas.Gradient(26, 30, 124, 132, Colour::Rgb(0xFFFFFF, 0.18), Colour::Rgb(0x000000, 0.25));
+    cairo_save(c);
+    cairo_rectangle(c, 26, 30, 124, 132);
+    cairo_clip(c);
     for (int i = 0; i < 5; ++i)
         canvas.Ring(88, 132, 22 + i * 15, 5, Mix(colour, Colour::Rgb(0xFFE9B0), 0.3 + 0.14 * i).Faded(0.9));
     canvas.Rectangle(26, 132, 124, 30, Mix(colour, Colour::Rgb(0x000000), 0.45));
@@ -58,6 +61,7 @@ void DrawCover(Canvas& canvas, const SlideDescription& slide, Colour colour) {
     canvas.Rectangle(26, 133, 124, 29, Mix(colour, Colour::Rgb(0x000000), 0.45));
     for (int i = 0; i < 5; ++i)
         canvas.Rectangle(88 - 22 + i * 3, 138 + i * 5, 44 - i * 6, 1.6, Colour::Rgb(0xFFE9B0, 0.8 - 0.13 * i));
+    cairo_restore(c);
     canvas.Text(160, 184, slide.title, {.size = 21, .bold = true, .width = 296, .align = 0.5, .shadow = true});
     canvas.Text(160, 211, slide.text, {.size = 14, .colour = Colour::Rgb(0xFFFFFF, 0.8), .width = 296, .align = 0.5});
     canvas.Text(228, 60, "ON AIR", {.size = 11, .bold = true, .colour = Colour::Rgb(0xFFE9B0)});
