@@ -11,12 +11,13 @@ constexpr DWORD kRetryPauseMs = 100;
 // Diagnostics never fail an operation: without memory for the text the line is lost.
 template <class... Arguments> void Log(const WCHAR* format, const Arguments&... arguments) noexcept {
     try {
-        Log(format, arguments...);
+        OutputDebugStringW(FormatW(format, arguments...).c_str());
     } catch (...) {
     }
 }
 
-// Creates a filter into the field and adds it to the graph under its name. The field keeps what creation gave.
+// Creates a filter into the field and adds it to the graph under its name. The field keeps what creation
+// gave.
 bool CreateInto(IBaseFilter*& field, REFCLSID classId, IGraphBuilder* graph, const WCHAR* name) {
     const HRESULT created = CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter,
                                              reinterpret_cast<void**>(&field));
@@ -50,7 +51,8 @@ CDMBFilterControl::~CDMBFilterControl() = default;
 
 CDMBFilterControl& CDMBFilterControl::operator=(const CDMBFilterControl& other) = default;
 
-// --- television -----------------------------------------------------------------------------------------------------
+// --- television
+// -----------------------------------------------------------------------------------------------------
 
 HRESULT CDMBFilterControl::InitDMBFilters(const WCHAR* fileName, int mode) {
     Log(WTEXT("[DMB|FILTER] InitDMBFilters(%d, %s)\r\n"), mode, fileName);
@@ -60,7 +62,8 @@ HRESULT CDMBFilterControl::InitDMBFilters(const WCHAR* fileName, int mode) {
 }
 
 HRESULT CDMBFilterControl::LoadDMBFilters(const WCHAR* fileName, int mode) {
-    // Stale values of an earlier session must not be released again by a close after a load that failed half-way.
+    // Stale values of an earlier session must not be released again by a close after a load that failed
+    // half-way.
     m_pParser = m_pBSACDecoder = m_pAudioRenderer = m_pVideoDecoder = m_pVideoRenderer = nullptr;
     if (m_pGraphBuilder == nullptr)
         return E_FAIL;
@@ -130,14 +133,15 @@ HRESULT CDMBFilterControl::CloseDMBFilters() {
         return E_FAIL;
     for (IBaseFilter* filter :
          {m_pParser, m_pBSACDecoder, m_pAudioRenderer, m_pVideoDecoder, m_pVideoRenderer})
-        // A retry meets a filter that is out of the graph already and fails: a filter that someone still holds costs a
-        // second and keeps the later ones in the graph, on purpose.
+        // A retry meets a filter that is out of the graph already and fails: a filter that someone still
+        // holds costs a second and keeps the later ones in the graph, on purpose.
         if (!SucceedsWithRetries([&] { return DeleteFilter(m_pGraphBuilder, filter); }))
             return E_FAIL;
     return S_OK;
 }
 
-// --- radio ----------------------------------------------------------------------------------------------------------
+// --- radio
+// ----------------------------------------------------------------------------------------------------------
 
 HRESULT CDMBFilterControl::InitDABFilters() {
     m_pDABSource = m_pMP3Decoder = m_pAudioRenderer = nullptr; // as in LoadDMBFilters
@@ -176,7 +180,8 @@ HRESULT CDMBFilterControl::GetPadInfo(PadInfo** record) {
     return result;
 }
 
-// --- the parser's audio format --------------------------------------------------------------------------------------
+// --- the parser's audio format
+// --------------------------------------------------------------------------------------
 
 HRESULT CDMBFilterControl::GetAudioInfo(DMBAudioInfo** info) {
     if (m_pParser == nullptr)
@@ -209,7 +214,8 @@ HRESULT CDMBFilterControl::HandleAudioChange() {
     return ConnectDMBFilters();
 }
 
-// --- capture and position: bridges to the parser --------------------------------------------------------------------
+// --- capture and position: bridges to the parser
+// --------------------------------------------------------------------
 
 HRESULT CDMBFilterControl::StartDMBCapture() {
     if (m_pParser == nullptr)
@@ -265,7 +271,8 @@ HRESULT CDMBFilterControl::SetFilePos(LONGLONG position) {
         return E_FAIL;
     const HRESULT result = control->SetPosition(position);
     control->Release();
-    // The line shows the two words of the position, low word first; the result has no field and is not shown, on purpose.
+    // The line shows the two words of the position, low word first; the result has no field and is not shown,
+    // on purpose.
     const auto low = static_cast<LONG>(static_cast<DWORD>(position));
     const auto high = static_cast<LONG>(static_cast<DWORD>(static_cast<ULONGLONG>(position) >> 32));
     Log(WTEXT("[DMB|FILTER] SetFilePos(%d) %d\r\n"), low, high, result);

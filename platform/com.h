@@ -6,6 +6,11 @@
 
 #include "platform/types.h"
 
+// Interfaces have no virtual destructor on purpose: a destructor would take slots of the table, and the order
+// of the slots is the contract. Objects end through Release. Whoever includes this header works by that rule,
+// so the warning stays off.
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+
 #ifdef _WIN32
 
 #include <objbase.h>
@@ -13,11 +18,6 @@
 #include <oleauto.h>
 
 #else
-
-// Interfaces have no virtual destructor on purpose: a destructor would take slots of the table, and the order
-// of the slots is the contract. Objects end through Release.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 
 inline constexpr IID IID_IUnknown = {0x00000000, 0x0000, 0x0000, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
 inline constexpr IID IID_IDispatch = {0x00020400, 0x0000, 0x0000, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
@@ -56,8 +56,6 @@ struct IDispatch : IUnknown {
 struct IPersist : IUnknown {
     STDMETHOD(GetClassID)(CLSID* classId) PURE;
 };
-
-#pragma GCC diagnostic pop
 
 inline constexpr DWORD CLSCTX_INPROC_SERVER = 0x1;
 

@@ -13,9 +13,6 @@
 
 #else
 
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-
 // --- ids
 // ------------------------------------------------------------------------------------------------------------
 
@@ -486,6 +483,5 @@ struct IMediaSeeking : IUnknown {
     STDMETHOD(GetPreroll)(LONGLONG* preroll) PURE;
 };
 
-#pragma GCC diagnostic pop
 
 #endif

@@ -7,13 +7,13 @@
 
 namespace dshow {
 
-// How many counted objects of this process are alive, whichever library made them. A test that begins and ends with the
-// same number has leaked nothing.
+// How many counted objects of this process are alive, whichever library made them. A test that begins and
+// ends with the same number has leaked nothing.
 DMB_HOST_API LONG LiveObjects();
 DMB_HOST_API void CountLiveObject(LONG change);
 
-// Implements AddRef and Release for a class of one or several interfaces. An object is born with one reference, which
-// belongs to whoever created it. Objects are made with new and end with the last Release.
+// Implements AddRef and Release for a class of one or several interfaces. An object is born with one
+// reference, which belongs to whoever created it. Objects are made with new and end with the last Release.
 template <class... Interfaces> class ComObject : public Interfaces... {
 public:
     ComObject(const ComObject&) = delete;
@@ -35,14 +35,18 @@ private:
     std::atomic<ULONG> references_{1};
 };
 
-// Implements the three identity methods of an interface whose object is counted by another part of it. `Base` names
-// the class that counts.
+// Implements the three identity methods of an interface whose object is counted by another part of it. `Base`
+// names the class that counts.
 #define DSHOW_UNKNOWN_OF(Base)                                                                               \
     STDMETHODIMP QueryInterface(REFIID iid, void** object) override {                                        \
         return Base::QueryInterface(iid, object);                                                            \
     }                                                                                                        \
-    STDMETHODIMP_(ULONG) AddRef() override { return Base::AddRef(); }                                        \
-    STDMETHODIMP_(ULONG) Release() override { return Base::Release(); }
+    STDMETHODIMP_(ULONG) AddRef() override {                                                                 \
+        return Base::AddRef();                                                                               \
+    }                                                                                                        \
+    STDMETHODIMP_(ULONG) Release() override {                                                                \
+        return Base::Release();                                                                              \
+    }
 
 // One interface of an object that has many: it lends identity and count from its owner.
 template <class Interface> class Face : public Interface {
@@ -51,7 +55,9 @@ public:
     Face(const Face&) = delete;
     Face& operator=(const Face&) = delete;
 
-    STDMETHODIMP QueryInterface(REFIID iid, void** object) override { return owner_.QueryInterface(iid, object); }
+    STDMETHODIMP QueryInterface(REFIID iid, void** object) override {
+        return owner_.QueryInterface(iid, object);
+    }
     STDMETHODIMP_(ULONG) AddRef() override { return owner_.AddRef(); }
     STDMETHODIMP_(ULONG) Release() override { return owner_.Release(); }
 

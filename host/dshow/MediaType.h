@@ -7,8 +7,8 @@
 
 namespace dshow {
 
-// Copies deeply; equality compares types and format bytes. The two API helpers below work on the plain record, whose format
-// block is task memory.
+// Copies deeply; equality compares types and format bytes. The two API helpers below work on the plain
+// record, whose format block is task memory.
 class DMB_HOST_API MediaType {
 public:
     MediaType();
