@@ -39,15 +39,6 @@ struct FileFaults {
     std::optional<ULONGLONG> readBytes = std::nullopt;
     std::optional<ULONGLONG> shortWriteAfter = std::nullopt;
     std::optional<ULONGLONG> diskFullAfter = std::nullopt;
-};                         // concerns only paths that contain this text; empty: all
-bool refuseOpen = false;   // opening an existing file fails
-bool refuseCreate = false; // creating a file or folder fails
-bool cardAbsent = false;   // nothing exists on a removable mount, and what is open there fails
-bool refuseFreeSpace = false;
-std::optional<ULONGLONG> freeBytes = std::nullopt;       // what the free-space query tells
-std::optional<ULONGLONG> readBytes = std::nullopt;       // so many bytes can be read; then reads succeed with fewer
-std::optional<ULONGLONG> shortWriteAfter = std::nullopt; // so many bytes can be written; then writes succeed with fewer
-std::optional<ULONGLONG> diskFullAfter = std::nullopt;   // so many bytes can be written; then writes fail
 };
 
 struct FolderEntry {
