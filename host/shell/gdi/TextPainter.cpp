@@ -1,6 +1,6 @@
 #include "host/shell/gdi/TextPainter.h"
 
-#include "host/shell/gdi/Utf.h"
+#include "host/ce/Text.h"
 
 #include <pango/pangocairo.h>
 
@@ -39,7 +39,7 @@ struct TextPainter::Impl {
         pango_layout_set_font_description(layout.get(), description);
         pango_font_description_free(description);
         pango_layout_set_single_paragraph_mode(layout.get(), TRUE);
-        const std::string utf8 = ToUtf8(text);
+        const std::string utf8 = ce::ToUtf8(text);
         pango_layout_set_text(layout.get(), utf8.c_str(), static_cast<int>(utf8.size()));
         return layout;
     }
@@ -69,8 +69,8 @@ void TextPainter::Draw(cairo_t* target, const FontSpec& font, WStringView text, 
     const Owned<PangoLayout> layout = impl->MakeLayout(font, text);
     if (underlined < text.size()) {
         PangoAttribute* line = pango_attr_underline_new(PANGO_UNDERLINE_SINGLE);
-        line->start_index = static_cast<guint>(ToUtf8(text.substr(0, underlined)).size());
-        line->end_index = static_cast<guint>(ToUtf8(text.substr(0, underlined + 1)).size());
+        line->start_index = static_cast<guint>(ce::ToUtf8(text.substr(0, underlined)).size());
+        line->end_index = static_cast<guint>(ce::ToUtf8(text.substr(0, underlined + 1)).size());
         PangoAttrList* attributes = pango_attr_list_new();
         pango_attr_list_insert(attributes, line);
         pango_layout_set_attributes(layout.get(), attributes);

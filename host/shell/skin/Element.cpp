@@ -3,7 +3,7 @@
 #include "host/shell/gdi/ClippedCairo.h"
 #include "host/shell/gdi/ImagePainter.h"
 #include "host/shell/gdi/TextLines.h"
-#include "host/shell/gdi/Utf.h"
+#include "host/ce/Text.h"
 
 namespace {
 
@@ -143,7 +143,7 @@ void Element::PlaceFor(bool small, int width, int height) {
 }
 
 void Element::SetCaption(Language language) {
-    m_pImpl->text = ToWide(m_pImpl->description->text[static_cast<std::size_t>(language)]);
+    m_pImpl->text = ce::FromUtf8(m_pImpl->description->text[static_cast<std::size_t>(language)]);
 }
 
 // Which of the three looks the element has now; a state beyond them looks pressed.

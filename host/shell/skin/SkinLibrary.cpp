@@ -1,6 +1,6 @@
 #include "host/shell/skin/SkinLibrary.h"
 
-#include "host/shell/gdi/Utf.h"
+#include "host/ce/Text.h"
 
 #include <algorithm>
 #include <fstream>
@@ -59,7 +59,7 @@ SkinLibrary::SkinLibrary(const std::filesystem::path& skinFolder, GdiState& gdiS
     const std::filesystem::path textFile = folder / "texts.txt";
     for (const auto& [resource, table] : ReadMessageTexts(textFile.string(), ReadWhole(textFile))) {
         for (const auto& [number, text] : table) {
-            texts[ToWide(resource)][number] = {ToWide(text[0]), ToWide(text[1])};
+            texts[ce::FromUtf8(resource)][number] = {ce::FromUtf8(text[0]), ce::FromUtf8(text[1])};
         }
     }
 }
@@ -76,7 +76,7 @@ void SkinLibrary::LoadSkin(const std::filesystem::path& file) {
     auto skin = std::make_unique<Skin>();
     skin->description = ReadSkinDescription(file.string(), ReadWhole(file));
     const SkinDescription& description = skin->description;
-    const WString resource = ToWide(description.resource);
+    const WString resource = ce::FromUtf8(description.resource);
     if (skins.find(resource) != skins.end()) {
         throw SkinError(description.file, 0, "resource '" + description.resource + "' has another file already");
     }
