@@ -10,6 +10,9 @@
 class CVelDocument;
 class GObject;
 class GView;
+#ifndef _WIN32
+struct CREATESTRUCTW; // handed through to the base; only the shell looks inside
+#endif
 
 // ---- Run-time classes -------------------------------------------------------------------------------------------------
 

@@ -89,6 +89,7 @@ public:
 
     static const GRuntimeClass classCVelBaseView;
     static const GMessageMap messageMap;
+    struct BaseImpl;
 
 protected:
     CVelBaseView();
@@ -97,7 +98,6 @@ protected:
 
     RECT m_rcPIP = {};         // stored small rectangle: left, top, right, bottom
     LONG m_bProfileDirty = 0;  // settings differ from the stored profile
-    struct BaseImpl;
     BaseImpl* m_pBase = nullptr;
     friend class VelShellAccess;
 };
@@ -159,6 +159,7 @@ public:
 
     static const GRuntimeClass classCVelPlayerView;
     static const GMessageMap messageMap;
+    struct PlayerImpl;
 
 protected:
     CVelPlayerView();
@@ -172,7 +173,6 @@ protected:
     IVideoWindow* m_pVideoWindow = nullptr;
     IMediaSeeking* m_pSeeking = nullptr;
     IBasicAudio* m_pAudio = nullptr;
-    struct PlayerImpl;
     PlayerImpl* m_pPlayer = nullptr;
     friend class VelShellAccess;
 };
