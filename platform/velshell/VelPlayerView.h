@@ -87,6 +87,7 @@ public:
 
     static const GRuntimeClass classCVelBaseView;
     static const GMessageMap messageMap;
+    struct BaseImpl;
 
 protected:
     CVelBaseView();
@@ -95,7 +96,6 @@ protected:
 
     RECT m_rcPIP = {};         // stored small rectangle: left, top, right, bottom
     LONG m_bProfileDirty = 0;  // settings differ from the stored profile
-    struct BaseImpl;
     BaseImpl* m_pBase = nullptr;
     friend class VelShellAccess;
 };
@@ -157,6 +157,7 @@ public:
 
     static const GRuntimeClass classCVelPlayerView;
     static const GMessageMap messageMap;
+    struct PlayerImpl;
 
 protected:
     CVelPlayerView();
@@ -170,7 +171,6 @@ protected:
     IVideoWindow* m_pVideoWindow = nullptr;
     IMediaSeeking* m_pSeeking = nullptr;
     IBasicAudio* m_pAudio = nullptr;
-    struct PlayerImpl;
     PlayerImpl* m_pPlayer = nullptr;
     friend class VelShellAccess;
 };
