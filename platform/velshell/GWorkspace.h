@@ -14,13 +14,6 @@ class GView;
 struct CREATESTRUCTW; // handed through to the base; only the shell looks inside
 #endif
 
-#ifndef _WIN32
-// What a window is made with; handlers hand it to their base and look at nothing else.
-struct CREATESTRUCTW {
-    LONG x, y, cx, cy;
-};
-#endif
-
 // ---- Run-time classes -------------------------------------------------------------------------------------------------
 
 // Names a class so that the shell can create it without knowing it. One constant object per class, alive while its library is.
