@@ -75,6 +75,7 @@ inline constexpr DWORD FILE_CURRENT = 1;
 inline constexpr DWORD FILE_END = 2;
 inline constexpr DWORD INVALID_FILE_SIZE = 0xFFFFFFFF;
 inline constexpr DWORD INVALID_SET_FILE_POINTER = 0xFFFFFFFF;
+// NOLINTNEXTLINE(performance-no-int-to-ptr): the device's own value
 inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(static_cast<INT_PTR>(-1));
 
 inline constexpr DWORD ERROR_SUCCESS = 0;
@@ -144,8 +145,7 @@ DMB_CE_API BOOL GetDiskFreeSpaceExW(const WCHAR* folder, ULARGE_INTEGER* freeFor
 // room for `capacity` units. Only kNarrowCodePage is known. A byte that begins no character becomes U+FFFD.
 // Returns the number of units written; with `capacity` 0 the number needed. When the room does not suffice: 0
 // with ERROR_INSUFFICIENT_BUFFER, the room being filled all the same.
-DMB_CE_API int MultiByteToWideChar(UINT codePage, DWORD flags, const char* narrow, int size, WCHAR* wide,
-                                   int capacity);
+DMB_CE_API int MultiByteToWideChar(UINT codePage, DWORD flags, const char* narrow, int size, WCHAR* wide, int capacity);
 
 // Sends a text to the debugger. On Linux the lines are kept where a test can read them (ce::DebugOutput).
 DMB_CE_API void OutputDebugStringW(const WCHAR* text);
