@@ -10,6 +10,9 @@
 class CVelDocument;
 class GObject;
 class GView;
+#ifndef _WIN32
+struct CREATESTRUCTW; // handed through to the base; only the shell looks inside
+#endif
 
 // ---- Run-time classes -------------------------------------------------------------------------------------------------
 
@@ -154,6 +157,14 @@ public:
     [[nodiscard]] HWND GetSafeHwnd() const { return m_hWnd; }
     // The shell's one document.
     [[nodiscard]] CVelDocument* GetDocument() const;
+    // Puts the window at the top of the window order without moving, sizing or activating it.
+    void BringToTop();
+
+    // The shell's top-level window, and its rectangle on the screen.
+    [[nodiscard]] static HWND GetMainWindow();
+    [[nodiscard]] static RECT GetMainWindowRect();
+    // The window in front: a dialog while one is open, else the active view.
+    [[nodiscard]] static HWND GetFrontWindow();
 
     static const GRuntimeClass classGView;
     static const GMessageMap messageMap;

@@ -30,6 +30,9 @@ enum VelBoxStyle : int {
     kBoxError = 3,    // closes with OK
 };
 
+// Answers of MsgBox.
+enum VelBoxAnswer : int { kAnswerOk = 1, kAnswerCancel = 2 };
+
 // Is the memory card present and usable?
 [[nodiscard]] DMB_HOST_API int IsAccessableSDMMC();
 
@@ -68,9 +71,6 @@ public:
     virtual const RECT* GetPIPRect();
     virtual void ResetPIPosition();
 
-    // Applies the skin.
-    void Theme() override;
-
     [[nodiscard]] int IsActivated() const;
     // Switches a button between its normal (0) and its alternative (1) face.
     void SwapPIPButton(GButton* button, int alternative, int redraw);
@@ -84,11 +84,10 @@ public:
     // Period after which the controls hide by themselves, in ms, and its restart.
     [[nodiscard]] UINT GetMenuTimeout() const;
     void ResetMenuTimeout(UINT milliseconds);
-    // The shell's top-level window.
-    [[nodiscard]] static HWND GetMainWindow();
 
     static const GRuntimeClass classCVelBaseView;
     static const GMessageMap messageMap;
+    struct BaseImpl;
 
 protected:
     CVelBaseView();
@@ -97,7 +96,6 @@ protected:
 
     RECT m_rcPIP = {};         // stored small rectangle: left, top, right, bottom
     LONG m_bProfileDirty = 0;  // settings differ from the stored profile
-    struct BaseImpl;
     BaseImpl* m_pBase = nullptr;
     friend class VelShellAccess;
 };
@@ -159,6 +157,7 @@ public:
 
     static const GRuntimeClass classCVelPlayerView;
     static const GMessageMap messageMap;
+    struct PlayerImpl;
 
 protected:
     CVelPlayerView();
@@ -172,7 +171,6 @@ protected:
     IVideoWindow* m_pVideoWindow = nullptr;
     IMediaSeeking* m_pSeeking = nullptr;
     IBasicAudio* m_pAudio = nullptr;
-    struct PlayerImpl;
     PlayerImpl* m_pPlayer = nullptr;
     friend class VelShellAccess;
 };
