@@ -8,7 +8,7 @@ constexpr std::size_t kChunkBytes = 64 * 1024;
 
 } // namespace
 
-ReadStatus ByteFrameSource::Next(Milliseconds limit) {
+ReadStatus ByteFrameSource::Next(Millis limit) {
     restarted = false;
     for (;;) {
         frame = framer.Next();

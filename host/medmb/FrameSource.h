@@ -2,9 +2,11 @@
 #pragma once
 
 #include <memory>
+#include <optional>
+#include <span>
 #include <string>
 
-#include "host/medmb/Clock.h"
+#include "host/medmb/Cancellation.h"
 #include "host/medmb/EtiFramer.h"
 #include "host/wire/EtiFrame.h"
 
@@ -23,7 +25,7 @@ class ByteInput {
 public:
     virtual ~ByteInput() = default;
     // Reads at least one byte on Data; waits at most `limit`.
-    [[nodiscard]] virtual ReadStatus Read(std::span<std::uint8_t> room, std::size_t& count, Milliseconds limit) = 0;
+    [[nodiscard]] virtual ReadStatus Read(std::span<std::uint8_t> room, std::size_t& count, Millis limit) = 0;
     // The next byte does not follow the last one: a file starts over, a connection was made anew. Asking forgets.
     [[nodiscard]] virtual bool TakeRestart() { return false; }
     [[nodiscard]] virtual std::string Reason() const { return {}; }
@@ -34,7 +36,7 @@ public:
     virtual ~FrameSource() = default;
 
     // On Data the next frame is at Frame(), valid until the next call. Waits at most `limit`.
-    [[nodiscard]] virtual ReadStatus Next(Milliseconds limit) = 0;
+    [[nodiscard]] virtual ReadStatus Next(Millis limit) = 0;
     [[nodiscard]] virtual const wire::EtiFrame& Frame() const = 0;
     // The frame does not follow the one before.
     [[nodiscard]] virtual bool Restarted() const = 0;
@@ -51,12 +53,15 @@ class ByteFrameSource : public FrameSource {
 public:
     ByteFrameSource(std::unique_ptr<ByteInput> bytes, bool isFile) : input(std::move(bytes)), file(isFile) {}
 
-    [[nodiscard]] ReadStatus Next(Milliseconds limit) override;
+    [[nodiscard]] ReadStatus Next(Millis limit) override;
     [[nodiscard]] const wire::EtiFrame& Frame() const override { return *frame; }
     [[nodiscard]] bool Restarted() const override { return restarted; }
     [[nodiscard]] bool IsFile() const override { return file; }
     [[nodiscard]] std::string Reason() const override { return input->Reason(); }
     [[nodiscard]] EtiFramer::Counters Count() const override { return framer.Count(); }
+
+protected:
+    [[nodiscard]] ByteInput& Input() { return *input; }
 
 private:
     std::unique_ptr<ByteInput> input;
