@@ -10,6 +10,9 @@
 class CVelDocument;
 class GObject;
 class GView;
+#ifndef _WIN32
+struct CREATESTRUCTW; // handed through to the base; only the shell looks inside
+#endif
 
 #ifndef _WIN32
 // What a window is made with; handlers hand it to their base and look at nothing else.

@@ -34,9 +34,9 @@ public:
 
     static const GRuntimeClass classCVelDialog;
     static const GMessageMap messageMap;
+    struct DialogImpl;
 
 protected:
-    struct DialogImpl;
     DialogImpl* m_pDialog = nullptr;
     friend class VelShellAccess;
 };
