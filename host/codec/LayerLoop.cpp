@@ -6,8 +6,19 @@ namespace codec {
 
 namespace {
 
-// Bits that a code may stand for beyond its end: as many as the decoder's register holds.
-constexpr int kRegisterBits = 30;
+// A block of which only the first bytes arrived. Its layers are where its frame_length puts them, but what
+// comes after the last byte is lost, not zero: decoding stops there. (In a whole block that is shorter than
+// the rate rule's target the zeros after its end belong to the code, and all layers are decoded to the end.)
+bool IsCut(const BlockHeader& header, int blockBits) {
+    return blockBits < static_cast<int>(header.FrameBits());
+}
+
+// The budget of layer l.
+int Due(const BlockHeader& header, const LayerGeometry& geometry, int l, int blockBits) {
+    if (IsCut(header, blockBits) && geometry.offset[l + 1] > blockBits)
+        return blockBits - geometry.offset[l];
+    return geometry.Budget(l);
+}
 
 // The lines that are new with layer l get their planes.
 void OpenLines(const LayerGeometry& geometry, int l, const SideInformation& info, BitPlanes& planes) {
@@ -51,14 +62,9 @@ void LayerLoop<Coder>::RunWhole(typename Coder::Medium medium, const BlockHeader
     const QuadSet all = QuadSet::All();
     int budget = 0; // debts and left-overs go from layer to layer
     for (int l = 0; l < geometry.layers; ++l) {
-        // A block that was cut short: what was due so far is not complete, so nothing of this layer can be
-        // there.
-        if (l > 0 && geometry.offset[l] >= blockBits && !planes.Complete())
+        if (IsCut(header, blockBits) && l > 0 && geometry.offset[l] >= blockBits)
             return;
-        int due = geometry.Budget(l);
-        if (geometry.offset[l + 1] > blockBits + kRegisterBits)
-            due = blockBits + kRegisterBits - geometry.offset[l];
-        budget += due;
+        budget += Due(header, geometry, l, blockBits);
         CodeCodingBands(segment.coder, header, geometry, l, info, budget);
         OpenLines(geometry, l, info, planes);
         CodeScalefactorBands(segment.coder, header, geometry, l, info, budget);
@@ -76,6 +82,8 @@ void LayerLoop<Coder>::RunSegmented(typename Coder::Medium medium, const BlockHe
     bool first = true; // the layer opens a segment
     for (int l = 0; l < geometry.layers; ++l) {
         if (first) {
+            if (IsCut(header, blockBits) && bit >= blockBits)
+                break;
             int length = 0;
             int last = l;
             for (;; ++last) {
@@ -90,9 +98,9 @@ void LayerLoop<Coder>::RunSegmented(typename Coder::Medium medium, const BlockHe
             segment.endBit = std::min(bit, blockBits);
             segment.coder.Start(medium, static_cast<std::size_t>(segment.startBit),
                                 static_cast<std::size_t>(segment.endBit));
-            budget = geometry.Budget(l) - 1;
+            budget = Due(header, geometry, l, blockBits) - 1;
         } else {
-            budget += geometry.Budget(l);
+            budget += Due(header, geometry, l, blockBits);
         }
         first = geometry.layer[l].segmentEnd;
         Segment<Coder>& segment = segments[segmentCount - 1];

@@ -12,10 +12,10 @@ namespace codec {
 Reconstruction::Reconstruction() {
     for (unsigned n = 0; n < kSmall; ++n)
         power[n] = static_cast<float>(std::pow(n, 4.0 / 3.0));
-    // The largest magnitude, 2^15 - 1, gives at most 2^20.
+    // The largest magnitude, 2^15 - 1, with the largest level is below 2^59: far above all sound, but finite.
     for (int level = kLowestLevel; level <= kHighestLevel; ++level)
         gain[static_cast<std::size_t>(level - kLowestLevel)] =
-            static_cast<float>(std::min<double>(std::exp2((level - 100) / 4.0), kLargestLine / 0x1p20));
+            static_cast<float>(std::exp2((level - 100) / 4.0));
 }
 
 float Reconstruction::Gain(int level) const {

@@ -32,7 +32,7 @@ private:
     static constexpr std::uint32_t kFirstSeed = 0x2545F491;
     static constexpr unsigned kSmall = 256; // magnitudes with a table entry; larger ones are rare
     static constexpr int kLowestLevel = -63;
-    static constexpr int kHighestLevel = 511;
+    static constexpr int kHighestLevel = 255;
 
     [[nodiscard]] float Gain(int level) const;
     void Dequantise(const BlockHeader& header, const LayerGeometry& geometry,
@@ -43,7 +43,7 @@ private:
                          Spectra& spectra);
 
     std::array<float, kSmall> power{};                          // n^(4/3)
-    std::array<float, kHighestLevel - kLowestLevel + 1> gain{}; // 2^((level - 100) / 4), limited
+    std::array<float, kHighestLevel - kLowestLevel + 1> gain{}; // 2^((level - 100) / 4)
     std::uint32_t noiseSeed = kFirstSeed;
 };
 
