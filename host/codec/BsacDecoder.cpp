@@ -77,6 +77,8 @@ BsacStatus BsacDecoder::Impl::DecodeSpectra(std::span<const std::uint8_t> bytes)
     const BsacStatus layerStatus = LayOutLayers(*config.rate, header, blockBits, geometry);
     if (layerStatus != BsacStatus::kOk)
         return layerStatus;
+    if (geometry.layers > 0 && geometry.layersPresent == 0)
+        return BsacStatus::kMissing;
     info = SideInformation{};
     planes.Reset(config.channels);
     layers.Run(bytes.first(present), header, geometry, blockBits, info, planes);

@@ -169,6 +169,16 @@ void LayOutOffsets(const RateTables& rate, const BlockHeader& header, int blockB
             offset[l] = offset[l - 1] + reserved[l - 1] + spare / base + (l <= spare % base ? 1 : 0);
     }
 
+    // What comes after a cut is lost, not zero, and a decoder looks as far ahead as its register holds.
+    constexpr int kLookAhead = 30;
+    geometry.layersPresent = layers;
+    if (blockBits < static_cast<int>(header.FrameBits())) {
+        geometry.layersPresent = 0;
+        while (geometry.layersPresent < layers &&
+               offset[geometry.layersPresent + 1] + kLookAhead <= blockBits)
+            ++geometry.layersPresent;
+    }
+
     // The end of the last layer stays where it is: its budget may reach beyond the block, where all bits are
     // 0.
     for (int l = layers - 1; l >= 0 && offset[l] > blockBits; --l)
@@ -186,6 +196,7 @@ BsacStatus LayOutLayers(const RateTables& rate, const BlockHeader& header, int b
                         LayerGeometry& geometry) {
     LayOutGroups(rate, header, geometry);
     LayOutLines(rate, header, geometry);
+    geometry.layersPresent = 0;
     if (geometry.baseLayers == 0)
         return header.maxSfb == 0 ? BsacStatus::kOk : BsacStatus::kNoBaseLayer;
     LayOutScalefactorBands(BandEdges(rate, header), header, geometry);

@@ -63,6 +63,8 @@ struct LayerGeometry {
 
     int baseLayers = 0;
     int layers = 0; // base and enhancement layers
+    // Layers that can be decoded: all, but in a block that was cut short only those that lie before the cut.
+    int layersPresent = 0;
     std::array<Layer, kMaxLayers + 1> layer;
     // Bit at which a layer is due; [layers] is the end of the last one. Need not rise from layer to layer.
     std::array<int, kMaxLayers + 1> offset;

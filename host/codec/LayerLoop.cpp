@@ -6,20 +6,6 @@ namespace codec {
 
 namespace {
 
-// A block of which only the first bytes arrived. Its layers are where its frame_length puts them, but what
-// comes after the last byte is lost, not zero: decoding stops there. (In a whole block that is shorter than
-// the rate rule's target the zeros after its end belong to the code, and all layers are decoded to the end.)
-bool IsCut(const BlockHeader& header, int blockBits) {
-    return blockBits < static_cast<int>(header.FrameBits());
-}
-
-// The budget of layer l.
-int Due(const BlockHeader& header, const LayerGeometry& geometry, int l, int blockBits) {
-    if (IsCut(header, blockBits) && geometry.offset[l + 1] > blockBits)
-        return blockBits - geometry.offset[l];
-    return geometry.Budget(l);
-}
-
 // The lines that are new with layer l get their planes.
 void OpenLines(const LayerGeometry& geometry, int l, const SideInformation& info, BitPlanes& planes) {
     const Layer& layer = geometry.layer[l];
@@ -61,10 +47,8 @@ void LayerLoop<Coder>::RunWhole(typename Coder::Medium medium, const BlockHeader
 
     const QuadSet all = QuadSet::All();
     int budget = 0; // debts and left-overs go from layer to layer
-    for (int l = 0; l < geometry.layers; ++l) {
-        if (IsCut(header, blockBits) && l > 0 && geometry.offset[l] >= blockBits)
-            return;
-        budget += Due(header, geometry, l, blockBits);
+    for (int l = 0; l < geometry.layersPresent; ++l) {
+        budget += geometry.Budget(l);
         CodeCodingBands(segment.coder, header, geometry, l, info, budget);
         OpenLines(geometry, l, info, planes);
         CodeScalefactorBands(segment.coder, header, geometry, l, info, budget);
@@ -80,10 +64,8 @@ void LayerLoop<Coder>::RunSegmented(typename Coder::Medium medium, const BlockHe
     int bit = geometry.offset[0];
     int budget = 0;
     bool first = true; // the layer opens a segment
-    for (int l = 0; l < geometry.layers; ++l) {
+    for (int l = 0; l < geometry.layersPresent; ++l) {
         if (first) {
-            if (IsCut(header, blockBits) && bit >= blockBits)
-                break;
             int length = 0;
             int last = l;
             for (;; ++last) {
@@ -98,9 +80,9 @@ void LayerLoop<Coder>::RunSegmented(typename Coder::Medium medium, const BlockHe
             segment.endBit = std::min(bit, blockBits);
             segment.coder.Start(medium, static_cast<std::size_t>(segment.startBit),
                                 static_cast<std::size_t>(segment.endBit));
-            budget = Due(header, geometry, l, blockBits) - 1;
+            budget = geometry.Budget(l) - 1;
         } else {
-            budget += Due(header, geometry, l, blockBits);
+            budget += geometry.Budget(l);
         }
         first = geometry.layer[l].segmentEnd;
         Segment<Coder>& segment = segments[segmentCount - 1];
@@ -140,7 +122,7 @@ void LayerLoop<Coder>::SpendLeftovers(const BlockHeader& header, const LayerGeom
         for (unsigned g = 0; g < geometry.groups; ++g)
             set.AddLines(geometry.group[g].firstLine, geometry.group[g].firstLine + codedEnd[g]);
         planes.Code(segment.coder, set, 1, true, segment.budget);
-        for (int k = segment.lastLayer + 1; k < geometry.layers && segment.budget > 0; ++k) {
+        for (int k = segment.lastLayer + 1; k < geometry.layersPresent && segment.budget > 0; ++k) {
             const Layer& layer = geometry.layer[k];
             int& end = codedEnd[layer.group];
             planes.Code(segment.coder, LinesOf(geometry, layer.group, end, layer.endLine), 1, true,
@@ -157,7 +139,7 @@ void LayerLoop<Coder>::Run(typename Coder::Medium medium, const BlockHeader& hea
                            const LayerGeometry& geometry, int blockBits, SideInformation& info,
                            BitPlanes& planes) {
     segmentCount = 0;
-    if (geometry.layers == 0)
+    if (geometry.layersPresent == 0)
         return;
     if (header.segmented)
         RunSegmented(medium, header, geometry, blockBits, info, planes);

@@ -23,8 +23,8 @@ template <class Coder> struct Segment {
 };
 
 template <class Coder> struct LayerLoop {
-    // Codes all layers. `info` and `planes` must be as new for a decoder and filled for an encoder.
-    // `blockBits` is where the data ends, as for LayOutLayers.
+    // Codes the layers that are present. `info` and `planes` must be as new for a decoder and filled for an
+    // encoder. `blockBits` is where the data ends, as for LayOutLayers.
     void Run(typename Coder::Medium medium, const BlockHeader& header, const LayerGeometry& geometry,
              int blockBits, SideInformation& info, BitPlanes& planes);
 
