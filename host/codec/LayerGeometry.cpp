@@ -197,8 +197,10 @@ BsacStatus LayOutLayers(const RateTables& rate, const BlockHeader& header, int b
     LayOutGroups(rate, header, geometry);
     LayOutLines(rate, header, geometry);
     geometry.layersPresent = 0;
-    if (geometry.baseLayers == 0)
+    if (geometry.baseLayers == 0) {
+        geometry.layers = 0; // without lines the block ends with its header
         return header.maxSfb == 0 ? BsacStatus::kOk : BsacStatus::kNoBaseLayer;
+    }
     LayOutScalefactorBands(BandEdges(rate, header), header, geometry);
     LayOutOffsets(rate, header, blockBits, geometry);
     return BsacStatus::kOk;
