@@ -18,25 +18,25 @@ void ArithmeticEncoder::Start(Medium medium, std::size_t startBit, std::size_t e
     bits = 30;
     segmentBits = static_cast<int>(endBit > startBit ? endBit - startBit : 0);
     // With fewer than 30 bits the end lies inside the first interval; low is 0, a number with zeros anywhere.
-    gap = 0;
+    farGap = 0;
     fits = true;
 }
 
-bool ArithmeticEncoder::HoldsEnd(std::uint64_t offset, std::uint32_t newRange) const {
+std::uint64_t ArithmeticEncoder::Gap() const {
     const int beyond = bits - segmentBits; // bits of low that are to be 0
     if (beyond <= 0)
-        return true;
-    std::uint64_t distance = 0;
-    if (beyond <= 30) {
-        const std::uint64_t mask = (std::uint64_t{1} << beyond) - 1;
-        distance = (0 - (low + offset)) & mask;
-    } else {
-        // The numbers lie further apart than the interval is wide: there is one at most.
-        if (gap < offset)
-            return false;
-        distance = gap - offset;
-    }
-    return distance < newRange;
+        return 0;
+    if (beyond <= 30)
+        return (0 - low) & ((std::uint64_t{1} << beyond) - 1);
+    return farGap;
+}
+
+bool ArithmeticEncoder::HoldsEnd(std::uint64_t offset, std::uint32_t newRange) const {
+    const int beyond = bits - segmentBits;
+    if (beyond > 30) // such numbers lie further apart than the interval is wide: there is one at most
+        return farGap >= offset && farGap - offset < newRange;
+    const std::uint64_t mask = beyond > 0 ? (std::uint64_t{1} << beyond) - 1 : 0;
+    return ((0 - (low + offset)) & mask) < newRange;
 }
 
 void ArithmeticEncoder::Carry() {
@@ -48,20 +48,15 @@ void ArithmeticEncoder::Carry() {
 }
 
 void ArithmeticEncoder::Take(std::uint64_t offset, std::uint32_t newRange, int& budget) {
-    const int beyond = bits - segmentBits;
-    if (beyond > 0) {
-        if (beyond <= 30)
-            gap = (0 - (low + offset)) & ((std::uint64_t{1} << beyond) - 1);
-        else
-            gap -= offset;
-    }
+    const bool far = bits - segmentBits > 30;
     low += offset;
+    farGap = far ? farGap - offset : Gap();
     Carry();
     range = newRange;
     const int doublings = std::countl_zero(range) - 2;
     range <<= doublings;
     low <<= doublings;
-    gap <<= doublings;
+    farGap <<= doublings;
     width += static_cast<unsigned>(doublings);
     bits += doublings;
     budget -= doublings;
@@ -95,8 +90,11 @@ unsigned ArithmeticEncoder::Bit(unsigned p0, int& budget, unsigned wanted) {
         return bit != 0 ? HoldsEnd(zeroRange, oneRange) : HoldsEnd(0, zeroRange);
     };
     unsigned bit = wanted;
-    if (!holds(bit))
+    if (!holds(bit)) {
         bit ^= 1;
+        // The two children leave a little of the interval uncovered; the last number may lie there.
+        fits = fits && holds(bit);
+    }
     if (bit != 0)
         Take(zeroRange, oneRange, budget);
     else
@@ -108,7 +106,7 @@ void ArithmeticEncoder::WriteTo(wire::BitWriter& writer) {
     // Choose the number of the interval with the most zeros at its end.
     const int beyond = bits - segmentBits;
     if (beyond > 0) {
-        low += gap;
+        low += Gap();
     } else {
         std::uint64_t choice = low;
         for (unsigned zeros = 1; zeros < 31; ++zeros) {

@@ -46,6 +46,8 @@ private:
 
     // Whether a number with zeros from the segment's end on lies in [low + offset, low + offset + range).
     [[nodiscard]] bool HoldsEnd(std::uint64_t offset, std::uint32_t range) const;
+    // From low to the next number with zeros from the segment's end on.
+    [[nodiscard]] std::uint64_t Gap() const;
     void Take(std::uint64_t offset, std::uint32_t newRange, int& budget);
     void Carry();
 
@@ -56,8 +58,9 @@ private:
     std::uint32_t range = 1U << 30;
     int bits = 30;
     int segmentBits = 0;
-    // While bits > segmentBits: from low to the next number with zeros from the segment's end on.
-    std::uint64_t gap = 0;
+    // From low to the only number of the interval with zeros from the segment's end on, once that lies more
+    // than 30 bits back and low's own bits do not show it any more.
+    std::uint64_t farGap = 0;
     bool fits = true;
 };
 

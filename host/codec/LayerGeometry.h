@@ -75,8 +75,8 @@ struct LayerGeometry {
 
 // Lays out the layers of a block with a legal header. `blockBits` is where the block's data ends: 8 *
 // frame_length, or less when only the first bytes of the block arrived. A whole block may be shorter than the
-// targets of its layers: then the zeros after its end belong to the code, and all layers are present. kNoBaseLayer when there are lines to send but no base
-// layer to send them in.
+// targets of its layers: then the zeros after its end belong to the code, and all layers are present.
+// kNoBaseLayer when there are lines to send but no base layer to send them in.
 [[nodiscard]] BsacStatus LayOutLayers(const RateTables& rate, const BlockHeader& header, int blockBits,
                                       LayerGeometry& geometry);
 

@@ -92,6 +92,7 @@ void LayerLoop<Coder>::RunSegmented(typename Coder::Medium medium, const BlockHe
             CodeScalefactorBands(segment.coder, header, geometry, l, info, budget);
             CodeOwnLines(segment.coder, header, geometry, l, planes, budget);
         } else {
+            SkipSideInformation(geometry, l, info);
             OpenLines(geometry, l, info, planes);
         }
         segment.budget = budget;

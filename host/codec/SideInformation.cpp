@@ -90,6 +90,24 @@ void CodeScalefactorBands(Coder& coder, const BlockHeader& header, const LayerGe
     }
 }
 
+void SkipSideInformation(const LayerGeometry& geometry, int l, SideInformation& info) {
+    const Layer& layer = geometry.layer[l];
+    const unsigned firstBand = static_cast<unsigned>(geometry.group[layer.group].firstLine) / kCodingBand;
+    for (unsigned c = 0; c < kMaxChannels; ++c) {
+        for (unsigned band = layer.startBand; band < layer.endBand; ++band)
+            info.cbandSi[c][firstBand + band] = 0;
+    }
+    for (unsigned sfb = layer.startSfb; sfb < layer.endSfb; ++sfb) {
+        const unsigned index = SfbIndex(layer.group, sfb);
+        for (unsigned c = 0; c < kMaxChannels; ++c) {
+            info.level[c][index] = 0;
+            info.noise[c][index] = false;
+        }
+        info.stereo[index] = StereoInfo::kIndependent;
+        info.noiseMode[index] = 0;
+    }
+}
+
 template void CodeCodingBands(ArithmeticDecoder&, const BlockHeader&, const LayerGeometry&, int,
                               SideInformation&, int&);
 template void CodeCodingBands(ArithmeticEncoder&, const BlockHeader&, const LayerGeometry&, int,

@@ -68,4 +68,7 @@ template <class Coder>
 void CodeScalefactorBands(Coder& coder, const BlockHeader& header, const LayerGeometry& geometry, int l,
                           SideInformation& info, int& budget);
 
+// Layer l is left out: what is new with it has no value, in an encoder either.
+void SkipSideInformation(const LayerGeometry& geometry, int l, SideInformation& info);
+
 } // namespace codec
