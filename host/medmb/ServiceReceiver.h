@@ -28,8 +28,9 @@ public:
 
 class ServiceReceiver {
 public:
-    ServiceReceiver(std::uint32_t serviceIdentifier, ServiceSink& target)
-        : serviceId(serviceIdentifier), sink(target) {}
+    // `known` is what is known of the ensemble already, so that not even the first frame is lost.
+    ServiceReceiver(std::uint32_t serviceIdentifier, ServiceSink& target, FicDecoder known = {})
+        : serviceId(serviceIdentifier), sink(target), fic(std::move(known)) {}
 
     // `restarted`: the frame does not follow the one before, as when a file starts over.
     void Push(const wire::EtiFrame& frame, bool restarted = false);
