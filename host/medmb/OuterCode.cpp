@@ -1,6 +1,9 @@
 #include "host/medmb/OuterCode.h"
 
+// The library's header does not say that it is C.
+extern "C" {
 #include <fec.h>
+}
 
 #include <algorithm>
 #include <array>

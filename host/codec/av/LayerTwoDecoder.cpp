@@ -53,7 +53,8 @@ bool LayerTwoDecoder::Decode(std::span<const std::uint8_t> bytes, LayerTwoSample
         return false;
     const AVFrame& frame = *state->frame;
     const int channels = frame.ch_layout.nb_channels;
-    samples.sampleRate = frame.sample_rate;
+    // The frame's own field is one frame behind when the format changes.
+    samples.sampleRate = state->context->sample_rate;
     samples.channels = channels;
     samples.interleaved.resize(static_cast<std::size_t>(frame.nb_samples * channels));
     constexpr float kFullScale = 32768.0F;
