@@ -16,8 +16,8 @@ public:
     AnalysisBank();
 
     // The spectrum of 2048 samples: 1024 that the block before has seen, and 1024 new ones.
-    void Run(std::span<const float, 2 * kBlockSamples> samples, WindowSequence sequence,
-             WindowShape leftShape, WindowShape rightShape, Spectrum& spectrum);
+    void Run(std::span<const float, 2 * kBlockSamples> samples, WindowSequence sequence, WindowShape leftShape,
+             WindowShape rightShape, Spectrum& spectrum);
 
 private:
     WindowSlopes slopes;

@@ -86,19 +86,6 @@ unsigned Limit(unsigned p0, int budget) {
     return std::clamp(p0, least, kProbabilityScale - least);
 }
 
-// How one channel's lines of a quad are coded in one plane.
-struct ChannelRows {
-    const std::uint16_t* zero = nullptr;
-    const std::uint16_t* nonzero = nullptr;
-
-    [[gnu::always_inline]] ChannelRows(const Quad& quad, unsigned channel, unsigned plane) {
-        const PlaneModel& model = kPlaneModels[quad.cbandSi[channel]];
-        const unsigned distance = model.topPlane - plane;
-        zero = model.ZeroRow(distance);
-        nonzero = distance > 0 ? model.NonzeroRow(distance) : zero; // in the top plane all lines are zero so far
-    }
-};
-
 // What all quads of a pass have in common.
 template <class Coder> struct Pass {
     Coder coder;
@@ -107,46 +94,51 @@ template <class Coder> struct Pass {
     const QuantisedLines* wanted;
 };
 
-// Codes the plane in one line of one channel. `due`: its bit is coded, only the sign is missing. False when the budget
-// ended before the sign.
-template <class Coder, bool kLimited>
-[[gnu::always_inline]] inline bool CodeLine(Pass<Coder>& pass, Quad& quad, const ChannelRows& rows, unsigned position,
-                                            unsigned channel, unsigned firstLine, bool due) {
-    const unsigned element = 2 * position + channel;
-    const unsigned magnitude = quad.magnitude[element];
-    if (!due) {
-        if (position == 0) {
+// How one channel's lines of a quad are coded in one plane.
+struct ChannelPass {
+    const PlaneRow& row;
+    const std::uint8_t* contexts;
+    unsigned current; // as in Quad
+
+    [[gnu::always_inline]] ChannelPass(Quad& quad, unsigned channel, unsigned plane, bool begins)
+        : row(kPlaneModels[quad.cbandSi[channel]].Row(kPlaneModels[quad.cbandSi[channel]].topPlane - plane)) {
+        if (begins) {
             quad.higher[channel] |= quad.current[channel];
             quad.current[channel] = 0;
         }
-        const unsigned current = quad.current[channel];
-        const unsigned context = kSpectralContext[quad.higher[channel]][kContextPosition[position] + current];
-        const unsigned history = std::min<unsigned>(magnitude >> pass.plane, kLargestHigherBits) - 1;
-        unsigned p0 = *(magnitude == 0 ? rows.zero + context : rows.nonzero + history);
+        contexts = kSpectralContext[quad.higher[channel]];
+        current = quad.current[channel];
+    }
+};
+
+// Codes the plane in one line of one channel. `due`: its bit is coded, only the sign is missing. False when the budget
+// ended before the sign.
+template <class Coder, bool kLimited>
+[[gnu::always_inline]] inline bool CodeLine(Pass<Coder>& pass, ChannelPass& channel, std::uint16_t& magnitude,
+                                            unsigned& negative, unsigned element, bool due, int wantedLine) {
+    if (!due) [[likely]] {
+        const unsigned before = magnitude;
+        const unsigned context = channel.contexts[(1U << (element >> 1)) - 1 + channel.current];
+        const unsigned history = kContexts - 1 + std::min<unsigned>(before >> pass.plane, kLargestHigherBits);
+        const unsigned isZero = 0U - (before == 0 ? 1U : 0U);
+        unsigned p0 = channel.row[(context & isZero) | (history & ~isZero)];
         if constexpr (kLimited)
             p0 = Limit(p0, pass.budget);
         unsigned wantedBit = 0;
         if constexpr (Coder::kEncodes) {
-            const int line = (*pass.wanted)[channel][firstLine + position];
-            wantedBit = static_cast<unsigned>(std::abs(line)) >> (pass.plane - 1) & 1;
-            if (magnitude == 0 && pass.coder.NearEnd())
+            wantedBit = static_cast<unsigned>(std::abs(wantedLine)) >> (pass.plane - 1) & 1;
+            if (before == 0 && pass.coder.NearEnd())
                 wantedBit = 0;
         }
         const unsigned bit = pass.coder.Bit(p0, pass.budget, wantedBit);
-        quad.current[channel] = static_cast<std::uint8_t>(current << 1 | bit);
-        if (bit == 0)
-            return true;
-        quad.magnitude[element] = static_cast<std::uint16_t>(magnitude | 1U << (pass.plane - 1));
-        if (magnitude != 0)
+        channel.current = channel.current << 1 | bit;
+        magnitude = static_cast<std::uint16_t>(before | bit << (pass.plane - 1));
+        if ((bit & isZero) == 0)
             return true;
     }
     if (pass.budget <= 0)
         return false;
-    unsigned wantedSign = 0;
-    if constexpr (Coder::kEncodes)
-        wantedSign = (*pass.wanted)[channel][firstLine + position] < 0 ? 1 : 0;
-    const unsigned sign = pass.coder.Bit(kSignP0, pass.budget, wantedSign);
-    quad.negative = static_cast<std::uint8_t>(quad.negative | sign << element);
+    negative |= pass.coder.EvenBit(pass.budget, wantedLine < 0 ? 1 : 0) << element;
     return true;
 }
 
@@ -154,29 +146,52 @@ template <class Coder, bool kLimited>
 // in quad.next, when the budget ended before the last one.
 template <class Coder, bool kLimited, bool kFirst, bool kSecond>
 [[gnu::always_inline]] inline bool CodeQuad(Pass<Coder>& pass, Quad& quad, unsigned firstLine) {
-    const ChannelRows first(quad, kFirst ? 0 : 1, pass.plane);
-    const ChannelRows second(quad, kSecond ? 1 : 0, pass.plane);
     constexpr unsigned kLast = 2 * (kQuadLines - 1) + (kSecond ? 1 : 0);
-    const unsigned start = quad.next;
+    unsigned element = quad.next;
     bool due = quad.signDue;
-    quad.signDue = false;
-#pragma GCC unroll 8
-    for (unsigned element = kFirst ? 0 : 1; element <= kLast; element += kFirst && kSecond ? 1 : 2) {
-        if (element < start)
-            continue;
-        const unsigned channel = element & 1;
-        const unsigned position = element >> 1;
-        if (!CodeLine<Coder, kLimited>(pass, quad, channel == 0 ? first : second, position, channel, firstLine, due)) {
-            quad.next = static_cast<std::uint8_t>(element);
-            quad.signDue = true;
-            return false;
+    unsigned negative = quad.negative;
+    // A channel that has nothing of this plane yet begins with it.
+    ChannelPass first(quad, kFirst ? 0 : 1, pass.plane, kFirst ? element == 0 && !due : element <= 1 && !due);
+    ChannelPass second(quad, kSecond ? 1 : 0, pass.plane, kSecond && (element == 0 || (element == 1 && !due)));
+    const auto stop = [&](unsigned next, bool signDue) {
+        quad.next = static_cast<std::uint8_t>(next);
+        quad.signDue = signDue;
+        quad.negative = static_cast<std::uint8_t>(negative);
+        if constexpr (kFirst)
+            quad.current[0] = static_cast<std::uint8_t>(first.current);
+        if constexpr (kSecond)
+            quad.current[1] = static_cast<std::uint8_t>(second.current);
+    };
+    for (unsigned position = element >> 1; position < kQuadLines; ++position) {
+        const auto wanted = [&](unsigned channel) {
+            return Coder::kEncodes ? (*pass.wanted)[channel][firstLine + position] : 0;
+        };
+        if (kFirst && (element & 1) == 0) {
+            if (!CodeLine<Coder, kLimited>(pass, first, quad.magnitude[element], negative, element, due, wanted(0))) {
+                stop(element, true);
+                return false;
+            }
+            due = false;
+            if (pass.budget <= 0 && element != kLast) {
+                stop(element + 1, false);
+                return false;
+            }
         }
-        due = false;
-        if (pass.budget <= 0 && element != kLast) {
-            quad.next = static_cast<std::uint8_t>(element + 1);
-            return false;
+        element |= 1;
+        if (kSecond) {
+            if (!CodeLine<Coder, kLimited>(pass, second, quad.magnitude[element], negative, element, due, wanted(1))) {
+                stop(element, true);
+                return false;
+            }
+            due = false;
+            if (pass.budget <= 0 && element != kLast) {
+                stop(element + 1, false);
+                return false;
+            }
         }
+        ++element;
     }
+    stop(0, false);
     return true;
 }
 
@@ -187,9 +202,12 @@ template <class Coder, bool kLimited>
                                                          int& budget) {
     // A copy that nothing else points to can stay in registers.
     Pass<Coder> pass{std::move(coder), budget, kLargestPlane, wanted};
-    for (; pass.plane >= lowest && pass.budget > 0; --pass.plane) {
-        if ((openPlanes >> pass.plane & 1) == 0)
-            continue;
+    for (;;) {
+        // The highest plane at or below this one that any quad is at.
+        const unsigned open = openPlanes & ((2U << pass.plane) - 1) & (~0U << lowest);
+        if (open == 0 || pass.budget <= 0)
+            break;
+        pass.plane = static_cast<unsigned>(std::bit_width(open)) - 1;
         for (unsigned w = 0; w < QuadSet::kWords && pass.budget > 0; ++w) {
             std::uint64_t left = pending[pass.plane].Word(w) & set.Word(w);
             for (; left != 0 && pass.budget > 0; left &= left - 1) {
@@ -208,6 +226,7 @@ template <class Coder, bool kLimited>
                     Lower(index, pass.plane);
             }
         }
+        --pass.plane;
     }
     coder = std::move(pass.coder);
     budget = pass.budget;
