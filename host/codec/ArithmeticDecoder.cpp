@@ -14,11 +14,12 @@ void ArithmeticDecoder::Start(Medium block, std::size_t startBit, std::size_t en
 
 unsigned ArithmeticDecoder::Symbol(CumulativeModel model, int& budget, unsigned wanted) {
     static_cast<void>(wanted);
+    Refill();
     const std::uint32_t r = range >> 14;
     const auto high = static_cast<std::uint32_t>(value >> kAhead);
     // The first entry that is not above value / r. The last entry is 0, so there always is one.
-    const auto found = std::partition_point(model.begin(), model.end(),
-                                            [=](std::uint16_t entry) { return entry * r > high; });
+    const auto found =
+        std::partition_point(model.begin(), model.end(), [=](std::uint16_t entry) { return entry * r > high; });
     const auto symbol = static_cast<unsigned>(found - model.begin());
     const std::uint32_t above = symbol == 0 ? kProbabilityScale : model[symbol - 1];
     value -= static_cast<std::uint64_t>(*found * r) << kAhead;

@@ -39,22 +39,37 @@ public:
 
     unsigned Bit(unsigned p0, int& budget, unsigned wanted = 0) {
         static_cast<void>(wanted);
+        Refill();
+        // Half of all bits are a surprise, so a branch on one would cost more than all of this.
         const std::uint32_t r = range >> 14;
-        const std::uint64_t split = static_cast<std::uint64_t>(r * p0) << kAhead;
-        const bool one = value >= split;
-        if (one) {
-            value -= split;
-            range = r * (kProbabilityScale - p0);
-        } else {
-            range = r * p0;
-        }
+        const std::uint32_t zeroRange = r * p0;
+        const std::uint32_t oneRange = (r << 14) - zeroRange;
+        const std::uint64_t split = static_cast<std::uint64_t>(zeroRange) << kAhead;
+        const std::uint64_t one = value >= split ? 1 : 0;
+        value -= split & (0 - one);
+        range = zeroRange ^ ((zeroRange ^ oneRange) & static_cast<std::uint32_t>(0 - one));
         Normalise(budget);
-        return one ? 1 : 0;
+        return static_cast<unsigned>(one);
+    }
+
+    // Bit with p0 = kSignP0: both halves of the range are alike, and the cost is always 1.
+    unsigned EvenBit(int& budget, unsigned wanted = 0) {
+        static_cast<void>(wanted);
+        const std::uint32_t half = range >> 14 << 13;
+        const std::uint64_t split = static_cast<std::uint64_t>(half) << kAhead;
+        const unsigned one = value >= split ? 1 : 0;
+        value -= one != 0 ? split : 0;
+        range = half << 1;
+        value <<= 1;
+        --ahead;
+        --budget;
+        return one;
     }
 
 private:
     static constexpr unsigned kAhead = 32;
 
+    // Every bit needs 15 bits in advance: up to 14 of its own and one of an EvenBit behind it.
     void Normalise(int& budget) {
         // The range was below 2^30 and is at least 2^15, so there are 0..14 doublings.
         const int doublings = std::countl_zero(range) - 2;
@@ -62,6 +77,9 @@ private:
         value <<= doublings;
         ahead -= doublings;
         budget -= doublings;
+    }
+
+    void Refill() {
         if (ahead < 16) {
             value |= static_cast<std::uint64_t>(reader.Read(16)) << (16 - ahead);
             ahead += 16;

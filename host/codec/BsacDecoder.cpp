@@ -113,8 +113,7 @@ BsacBlock BsacDecoder::Impl::Finish(BsacStatus status) {
         for (std::size_t n = 0; n < kBlockSamples; ++n)
             samples[n * channels + c] = Round(channelSamples[n]);
     }
-    return {status,
-            std::span<const std::int16_t>(samples).first(static_cast<std::size_t>(channels) * kBlockSamples)};
+    return {status, std::span<const std::int16_t>(samples).first(static_cast<std::size_t>(channels) * kBlockSamples)};
 }
 
 BsacDecoder::BsacDecoder(const BsacConfig& config) : impl(std::make_unique<Impl>(config)) {}

@@ -14,8 +14,8 @@ constexpr unsigned kFlat = 448; // samples before and after the short slope of a
 
 void MakeSineSlope(std::span<float> slope) {
     for (std::size_t n = 0; n < slope.size(); ++n)
-        slope[n] = static_cast<float>(std::sin(std::numbers::pi / 2 * (static_cast<double>(n) + 0.5) /
-                                               static_cast<double>(slope.size())));
+        slope[n] = static_cast<float>(
+            std::sin(std::numbers::pi / 2 * (static_cast<double>(n) + 0.5) / static_cast<double>(slope.size())));
 }
 
 double BesselI0(double x) {
@@ -63,8 +63,8 @@ WindowSlopes::WindowSlopes() {
     MakeKaiserBesselSlope(6, shortSlope[1]);
 }
 
-void ApplyLongWindow(const WindowSlopes& slopes, WindowSequence sequence, WindowShape leftShape,
-                     WindowShape rightShape, float* samples) {
+void ApplyLongWindow(const WindowSlopes& slopes, WindowSequence sequence, WindowShape leftShape, WindowShape rightShape,
+                     float* samples) {
     const auto left = static_cast<std::size_t>(leftShape);
     const auto right = static_cast<std::size_t>(rightShape);
     if (sequence == WindowSequence::kStop) {

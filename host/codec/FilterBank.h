@@ -19,8 +19,8 @@ struct WindowSlopes {
 };
 
 // Multiplies 2048 samples with the window of a long, start or stop block.
-void ApplyLongWindow(const WindowSlopes& slopes, WindowSequence sequence, WindowShape leftShape,
-                     WindowShape rightShape, float* samples);
+void ApplyLongWindow(const WindowSlopes& slopes, WindowSequence sequence, WindowShape leftShape, WindowShape rightShape,
+                     float* samples);
 
 // The synthesis side of one channel.
 class FilterBank {

@@ -35,9 +35,8 @@ private:
     static constexpr int kHighestLevel = 255;
 
     [[nodiscard]] float Gain(int level) const;
-    void Dequantise(const BlockHeader& header, const LayerGeometry& geometry,
-                    std::span<const std::uint16_t> edges, const SideInformation& info,
-                    const BitPlanes& planes, unsigned channel, Spectrum& spectrum) const;
+    void Dequantise(const BlockHeader& header, const LayerGeometry& geometry, std::span<const std::uint16_t> edges,
+                    const SideInformation& info, const BitPlanes& planes, unsigned channel, Spectrum& spectrum) const;
     void DequantiseQuad(const Quad& quad, unsigned channel, float gain, float* lines) const;
     void SubstituteNoise(const SideInformation& info, unsigned index, unsigned firstLine, unsigned lines,
                          Spectra& spectra);

@@ -98,7 +98,8 @@ VideoEncoder::VideoEncoder(const VideoSettings& settings) : impl(std::make_uniqu
     av_opt_set(context->priv_data, "profile", "baseline", 0);
     // Parameter sets stand before each IDR. Macroblock trees stay off: libx264 164 then reads memory that it never wrote,
     // and two runs may differ.
-    av_opt_set(context->priv_data, "x264-params", "scenecut=0:repeat-headers=1:annexb=1:force-cfr=1:mbtree=0:rc-lookahead=0", 0);
+    av_opt_set(context->priv_data, "x264-params",
+               "scenecut=0:repeat-headers=1:annexb=1:force-cfr=1:mbtree=0:rc-lookahead=0", 0);
     Check(avcodec_open2(context, codec, nullptr) == 0, "libx264 refuses the settings");
 
     impl->packet.reset(av_packet_alloc());
