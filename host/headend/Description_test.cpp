@@ -65,6 +65,9 @@ INSTANTIATE_TEST_SUITE_P(
         BadCase{"rate", WithService(R"("kind": "radio", "id": 1, "subChannel": 1, "bitRate": 130)" + kLabel),
                 "130 kbit/s is no layer II rate"},
         BadCase{"pad", WithService(kRadio + kLabel + R"(, "padBytes": 150)"), "with 150 bytes of PAD"},
+        BadCase{"padAfterAChange",
+                WithService(kRadio + kLabel + R"(, "padBytes": 40, "changes": [{"at": 1, "bitRate": 112}])"),
+                "112 kbit/s is no layer II rate"},
         BadCase{"texts", WithService(kRadio + kLabel + R"(, "texts": [{"text": "a"}])"),
                 "services[0].texts: need padBytes"},
         BadCase{
