@@ -165,11 +165,6 @@ void CVelBaseView::ResetMenuTimeout(UINT milliseconds) {
     }
 }
 
-HWND CVelBaseView::GetMainWindow() {
-    const ShellCore* core = ShellCore::Current();
-    return core && core->main ? core->main->GetSafeHwnd() : nullptr;
-}
-
 namespace shell {
 
 void ApplyControls(CVelBaseView& view) {
