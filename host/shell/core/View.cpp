@@ -42,29 +42,6 @@ CVelDocument* GView::GetDocument() const {
     return core ? &core->document : nullptr;
 }
 
-void GView::BringToTop() {
-    ShellCore* core = ShellCore::Current();
-    if (core && core->windows.Find(m_hWnd)) {
-        core->windows.Raise(m_hWnd);
-        core->ScreenChanged();
-    }
-}
-
-HWND GView::GetMainWindow() {
-    const ShellCore* core = ShellCore::Current();
-    return core && core->main ? core->main->GetSafeHwnd() : nullptr;
-}
-
-RECT GView::GetMainWindowRect() {
-    return shell::kScreen;
-}
-
-HWND GView::GetFrontWindow() {
-    ShellCore* core = ShellCore::Current();
-    const shell::Window* window = core ? core->InputWindow() : nullptr;
-    return window ? window->handle : nullptr;
-}
-
 int GView::OnCreate(CREATESTRUCTW* /*parameters*/) {
     return 0;
 }
@@ -86,6 +63,28 @@ void GView::OnLButtonDown(UINT /*flags*/, POINT point) {
     if (shell::Window* window = core ? core->windows.Find(m_hWnd) : nullptr) {
         core->TouchDown(*window, point);
     }
+}
+
+void GView::BringToTop() {
+    ShellCore* core = ShellCore::Current();
+    if (core && core->windows.Find(m_hWnd)) {
+        core->RaiseBelowDialogs(m_hWnd);
+    }
+}
+
+HWND GView::GetMainWindow() {
+    const ShellCore* core = ShellCore::Current();
+    return core && core->main ? core->main->GetSafeHwnd() : nullptr;
+}
+
+RECT GView::GetMainWindowRect() {
+    return shell::kScreen;
+}
+
+HWND GView::GetFrontWindow() {
+    ShellCore* core = ShellCore::Current();
+    const shell::Window* front = core ? core->windows.Front() : nullptr;
+    return front ? front->handle : nullptr;
 }
 
 // ---- GMessage ----

@@ -81,7 +81,7 @@ void GFactory::Theme() {
 void GFactory::Locale() {
     shell::SkinHost* host = shell::CurrentSkinHost();
     for (const auto& element : m_pFactory->elements) {
-        if (!element->State().description->text[0].empty()) {
+        if (!element->State().description->captions[0][0].empty()) {
             element->SetCaption(host->CurrentLanguage());
         }
     }
