@@ -22,8 +22,11 @@ public:
     STDMETHODIMP_(ULONG) AddRef() override { return references_.fetch_add(1) + 1; }
     STDMETHODIMP_(ULONG) Release() override {
         const ULONG left = references_.fetch_sub(1) - 1;
-        if (left == 0)
+        if (left == 0) {
+            // What the destructor calls may take and give back a reference for a moment; that must not end it twice.
+            references_ = kEnding;
             delete this;
+        }
         return left;
     }
 
@@ -32,6 +35,7 @@ protected:
     virtual ~ComObject() { CountLiveObject(-1); }
 
 private:
+    static constexpr ULONG kEnding = 0x40000000;
     std::atomic<ULONG> references_{1};
 };
 
