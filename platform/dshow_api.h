@@ -363,6 +363,10 @@ struct IMediaEventEx : IMediaEvent {
 // --- picture, sound, position: the graph hands these calls to the filter that has them
 // ------------------------------
 
+// Truth of the properties below.
+inline constexpr LONG OATRUE = -1;
+inline constexpr LONG OAFALSE = 0;
+
 struct IVideoWindow : IDispatch {
     STDMETHOD(put_Caption)(BSTR caption) PURE;
     STDMETHOD(get_Caption)(BSTR* caption) PURE;

@@ -51,8 +51,8 @@ void Store(DWORD* to, DWORD value) {
 
 } // namespace
 
-HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES*, DWORD disposition,
-                   DWORD, HANDLE) {
+HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES*, DWORD disposition, DWORD,
+                   HANDLE) {
     ce::DeviceFiles* const files = Files();
     return files != nullptr ? files->Open(path, access, share, disposition) : INVALID_HANDLE_VALUE;
 }
@@ -76,9 +76,8 @@ BOOL WriteFile(HANDLE file, const void* buffer, DWORD size, DWORD* done, OVERLAP
 DWORD SetFilePointer(HANDLE file, LONG distance, LONG* high, DWORD method) {
     ce::DeviceFiles* const files = Files();
     const LONGLONG whole =
-        high == nullptr
-            ? distance
-            : static_cast<LONGLONG>(static_cast<ULONGLONG>(*high) << 32 | static_cast<ULONG>(distance));
+        high == nullptr ? distance
+                        : static_cast<LONGLONG>(static_cast<ULONGLONG>(*high) << 32 | static_cast<ULONG>(distance));
     const auto position = files != nullptr ? files->Seek(file, whole, method) : std::nullopt;
     if (!position)
         return INVALID_SET_FILE_POINTER;

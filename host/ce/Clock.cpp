@@ -56,8 +56,7 @@ std::thread Clock::StartWorker(std::function<void()> work) {
 // ---- Real time ----
 
 Millis RealClock::Now() {
-    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start_)
-        .count();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start_).count();
 }
 
 void RealClock::Sleep(Millis duration) {
@@ -66,8 +65,7 @@ void RealClock::Sleep(Millis duration) {
 }
 
 TimeSeconds RealClock::WallSeconds() {
-    return std::chrono::duration_cast<std::chrono::seconds>(
-               std::chrono::system_clock::now().time_since_epoch())
+    return std::chrono::duration_cast<std::chrono::seconds>(std::chrono::system_clock::now().time_since_epoch())
         .count();
 }
 

@@ -37,8 +37,7 @@ std::nullopt_t FailNothing(DWORD error) {
 
 // A name that is missing on the way down is a missing path.
 DWORD ErrorOfFolder(int number) {
-    return number == ENOENT || number == ENOTDIR || number == ELOOP ? ERROR_PATH_NOT_FOUND
-                                                                    : ErrorOfErrno(number);
+    return number == ENOENT || number == ENOTDIR || number == ELOOP ? ERROR_PATH_NOT_FOUND : ErrorOfErrno(number);
 }
 
 // May an opening with `access` exist beside one that shares `share`? Writers are never shared here.
@@ -122,8 +121,7 @@ HANDLE DeviceFiles::Open(const WCHAR* path, DWORD access, DWORD share, DWORD dis
     if (!location)
         return INVALID_HANDLE_VALUE;
     // A folder is no file; and a profile file is replaced as a whole or not at all.
-    if (location->names.empty() ||
-        (writes && !creates && location->mount->writing == Mount::Writing::OnClose))
+    if (location->names.empty() || (writes && !creates && location->mount->writing == Mount::Writing::OnClose))
         return failed(ERROR_ACCESS_DENIED);
     const auto file = std::make_shared<OpenFile>();
     file->path = path;
@@ -298,15 +296,13 @@ std::optional<std::vector<FolderEntry>> DeviceFiles::List(const WCHAR* path) {
         return FailNothing(ERROR_PATH_NOT_FOUND);
     }
     std::vector<FolderEntry> entries;
-    while (const dirent* entry =
-               readdir(stream.get())) { // NOLINT(concurrency-mt-unsafe): a stream of our own
+    while (const dirent* entry = readdir(stream.get())) { // NOLINT(concurrency-mt-unsafe): a stream of our own
         struct stat info {};
         if (entry->d_name[0] == '.' || fstatat(readable, entry->d_name, &info, AT_SYMLINK_NOFOLLOW) != 0)
             continue;
         const bool isFolder = S_ISDIR(info.st_mode);
         if (isFolder || S_ISREG(info.st_mode))
-            entries.push_back(
-                {FromUtf8(entry->d_name), isFolder, isFolder ? 0 : static_cast<ULONGLONG>(info.st_size)});
+            entries.push_back({FromUtf8(entry->d_name), isFolder, isFolder ? 0 : static_cast<ULONGLONG>(info.st_size)});
     }
     std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) { return a.name < b.name; });
     return entries;

@@ -25,15 +25,20 @@ namespace ce {
 
 // What shall go wrong. Counted from the moment it is set.
 struct FileFaults {
-    WString only;              // concerns only paths that contain this text; empty: all
-    bool refuseOpen = false;   // opening an existing file fails
-    bool refuseCreate = false; // creating a file or folder fails
-    bool cardAbsent = false;   // nothing exists on a removable mount, and what is open there fails
+    // Concerns only paths that contain this text; empty: all.
+    WString only = {};
+    // Opening an existing file, creating a file or folder, asking for the free space fails.
+    bool refuseOpen = false;
+    bool refuseCreate = false;
     bool refuseFreeSpace = false;
-    std::optional<ULONGLONG> freeBytes;       // what the free-space query tells
-    std::optional<ULONGLONG> readBytes;       // so many bytes can be read; then reads succeed with fewer
-    std::optional<ULONGLONG> shortWriteAfter; // so many bytes can be written; then writes succeed with fewer
-    std::optional<ULONGLONG> diskFullAfter;   // so many bytes can be written; then writes fail
+    // Nothing exists on a removable mount, and what is open there fails.
+    bool cardAbsent = false;
+    // What the free-space query tells, in bytes.
+    std::optional<ULONGLONG> freeBytes = std::nullopt;
+    // So many bytes can still be read, or written; then reads and writes succeed with fewer, or writes fail.
+    std::optional<ULONGLONG> readBytes = std::nullopt;
+    std::optional<ULONGLONG> shortWriteAfter = std::nullopt;
+    std::optional<ULONGLONG> diskFullAfter = std::nullopt;
 };
 
 struct FolderEntry {

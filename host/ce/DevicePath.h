@@ -26,7 +26,7 @@ struct Mount {
 // count as one and a final one is ignored. Nothing when the path is not absolute or a name is impossible: "."
 // and "..", a character that the device's file system refuses (/ : * ? " < > | and control characters), half
 // a surrogate pair.
-[[nodiscard]] std::optional<std::vector<std::string>> SplitDevicePath(WStringView path);
+[[nodiscard]] DMB_HOST_API std::optional<std::vector<std::string>> SplitDevicePath(WStringView path);
 
 // A device path below one of the mounts.
 struct Location {
@@ -37,6 +37,6 @@ struct Location {
 
 // Finds the mount with the longest matching prefix; its name compares without regard to (ASCII) case, as on a
 // card.
-[[nodiscard]] std::optional<Location> Locate(const std::vector<Mount>& mounts, WStringView path);
+[[nodiscard]] DMB_HOST_API std::optional<Location> Locate(const std::vector<Mount>& mounts, WStringView path);
 
 } // namespace ce

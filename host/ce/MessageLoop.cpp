@@ -96,15 +96,14 @@ bool MessageLoop::StartTimer(HWND window, UINT_PTR id, UINT period) {
 
 bool MessageLoop::StopTimer(HWND window, UINT_PTR id) {
     const std::lock_guard lock(mutex_);
-    return std::erase_if(timers_,
-                         [&](const Timer& timer) { return timer.window == window && timer.id == id; }) != 0;
+    return std::erase_if(timers_, [&](const Timer& timer) { return timer.window == window && timer.id == id; }) != 0;
 }
 
 std::optional<Message> MessageLoop::TakeDueTimer() {
     const Millis now = clock_.Now();
     const std::lock_guard lock(mutex_);
-    const auto first = std::min_element(timers_.begin(), timers_.end(),
-                                        [](const Timer& a, const Timer& b) { return a.due < b.due; });
+    const auto first =
+        std::min_element(timers_.begin(), timers_.end(), [](const Timer& a, const Timer& b) { return a.due < b.due; });
     if (first == timers_.end() || first->due > now)
         return std::nullopt;
     // Periods that were missed are not made up for.

@@ -91,11 +91,7 @@ char32_t TakeCharacter(WStringView& wide) {
 std::size_t TakeUtf8(std::string_view utf8, char32_t& character) {
     const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(utf8[i]); };
     const unsigned char lead = byte(0);
-    const std::size_t size = lead < 0x80       ? 1
-                             : lead >> 5 == 6  ? 2
-                             : lead >> 4 == 14 ? 3
-                             : lead >> 3 == 30 ? 4
-                                               : 0;
+    const std::size_t size = lead < 0x80 ? 1 : lead >> 5 == 6 ? 2 : lead >> 4 == 14 ? 3 : lead >> 3 == 30 ? 4 : 0;
     if (size == 0 || size > utf8.size())
         return 0;
     character = size == 1 ? lead : lead & (0x7Fu >> size);
@@ -124,8 +120,8 @@ WString NarrowToWide(std::string_view narrow) {
     WString wide;
     wide.reserve(bytes.size() / 2);
     for (std::size_t i = 0; i + 1 < bytes.size(); i += 2)
-        wide += static_cast<WCHAR>(static_cast<unsigned char>(bytes[i]) |
-                                   static_cast<unsigned char>(bytes[i + 1]) << 8);
+        wide +=
+            static_cast<WCHAR>(static_cast<unsigned char>(bytes[i]) | static_cast<unsigned char>(bytes[i + 1]) << 8);
     return wide;
 }
 

@@ -11,6 +11,13 @@ class CVelDocument;
 class GObject;
 class GView;
 
+#ifndef _WIN32
+// What a window is made with; handlers hand it to their base and look at nothing else.
+struct CREATESTRUCTW {
+    LONG x, y, cx, cy;
+};
+#endif
+
 // ---- Run-time classes -------------------------------------------------------------------------------------------------
 
 // Names a class so that the shell can create it without knowing it. One constant object per class, alive while its library is.
@@ -154,6 +161,14 @@ public:
     [[nodiscard]] HWND GetSafeHwnd() const { return m_hWnd; }
     // The shell's one document.
     [[nodiscard]] CVelDocument* GetDocument() const;
+    // Puts the window at the top of the window order without moving, sizing or activating it.
+    void BringToTop();
+
+    // The shell's top-level window, and its rectangle on the screen.
+    [[nodiscard]] static HWND GetMainWindow();
+    [[nodiscard]] static RECT GetMainWindowRect();
+    // The window in front: a dialog while one is open, else the active view.
+    [[nodiscard]] static HWND GetFrontWindow();
 
     static const GRuntimeClass classGView;
     static const GMessageMap messageMap;

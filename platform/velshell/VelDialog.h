@@ -16,7 +16,8 @@ public:
     const GMessageMap* GetMessageMap() const override;
     void OnDraw(HDC dc) override;
 
-    // Before the dialog is shown; zero ends the initialisation early or, from the base, means failure.
+    // Before the dialog is shown. Zero from this base: its skin could not be made, and DoModal fails. Zero from a derived dialog
+    // ends the initialisation early; the dialog runs all the same.
     virtual int OnInitDialog();
     // Commands 3 (OK) and 4 (cancel).
     virtual void OnOK();

@@ -3,6 +3,13 @@
 
 #include "platform/types.h"
 
+// Kinds of files that CheckFileType tells apart.
+enum enSupportedFileType : int {
+    kFileTypeOther = 0,
+    kFileTypeDMB = 4, // a recorded broadcast: .dmb
+    kFileTypeTS = 5,  // a transport stream: .ts, .tsp
+};
+
 class DMB_HOST_API CVelDocument {
 public:
     // The view is shown as a small window over another view.
@@ -18,7 +25,7 @@ public:
 
     // Creates a folder (its parent must exist). Non-zero when the folder exists afterwards.
     int MakeDirectory(const WCHAR* path);
-    // The kind of a file by its name: 4 a recorded broadcast (.dmb), 5 a transport stream (.ts, .tsp), 0 anything else.
+    // The kind of a file by the ending of its name, an enSupportedFileType.
     [[nodiscard]] int CheckFileType(const WCHAR* path) const;
 
     CVelDocument(const CVelDocument&) = delete;

@@ -30,6 +30,9 @@ enum VelBoxStyle : int {
     kBoxError = 3,    // closes with OK
 };
 
+// Answers of MsgBox.
+enum VelBoxAnswer : int { kAnswerOk = 1, kAnswerCancel = 2 };
+
 // Is the memory card present and usable?
 [[nodiscard]] DMB_HOST_API int IsAccessableSDMMC();
 
@@ -84,8 +87,6 @@ public:
     // Period after which the controls hide by themselves, in ms, and its restart.
     [[nodiscard]] UINT GetMenuTimeout() const;
     void ResetMenuTimeout(UINT milliseconds);
-    // The shell's top-level window.
-    [[nodiscard]] static HWND GetMainWindow();
 
     static const GRuntimeClass classCVelBaseView;
     static const GMessageMap messageMap;
