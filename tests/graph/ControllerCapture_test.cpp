@@ -15,8 +15,7 @@ protected:
         EXPECT_EQ(control.CloseDMBFilters(), 0);
         ControllerTest::TearDown();
     }
-    Script& parser() { return world.stage[Kind::Parser]; }
-    using Script = scripted::Script;
+    scripted::Script& parser() { return world.stage[Kind::Parser]; }
 };
 
 using ControllerWithoutParser = ControllerTest;

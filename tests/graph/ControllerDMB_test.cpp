@@ -1,6 +1,7 @@
 // The television graph of the controller: build, join, take apart, and every way in which that may fail.
 #include "tests/graph/ControllerWorld.h"
 
+#include <cstring>
 #include <type_traits>
 
 namespace {
@@ -225,8 +226,9 @@ TEST_F(ControllerDMB, AFailedCreateKeepsTheFiltersBeforeItInTheGraph) {
         for (int i = 0; i < 5; ++i) {
             EXPECT_EQ(peer.Field(kDMBKinds[i]) != nullptr, i < failing);
             EXPECT_EQ(static_cast<bool>(InGraph(kDMBKinds[i])), i < failing);
-            if (i < failing)
+            if (i < failing) {
                 EXPECT_EQ(Last(kDMBKinds[i])->References(), 2u); // the field and the graph
+            }
         }
         world.stage[kDMBKinds[failing]].create = S_OK;
         for (int i = 0; i < failing; ++i)

@@ -5,6 +5,9 @@
 #include "graph/FilterOps.h"
 #include "tests/graph/GraphWorld.h"
 
+#include <algorithm>
+#include <utility>
+
 #include <gtest/gtest.h>
 
 using scripted::Kind;

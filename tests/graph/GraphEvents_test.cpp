@@ -1,4 +1,5 @@
 // Events from the filters to the application. The numbers are those of docs/graph-rules.md.
+#include "platform/wince.h"
 #include "tests/graph/ControllerWorld.h"
 
 #include <thread>
