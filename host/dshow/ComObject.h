@@ -41,15 +41,15 @@ private:
 
 // Implements the three identity methods of an interface whose object is counted by another part of it. `Base`
 // names the class that counts.
-#define DSHOW_UNKNOWN_OF(Base)                                                                               \
-    STDMETHODIMP QueryInterface(REFIID iid, void** object) override {                                        \
-        return Base::QueryInterface(iid, object);                                                            \
-    }                                                                                                        \
-    STDMETHODIMP_(ULONG) AddRef() override {                                                                 \
-        return Base::AddRef();                                                                               \
-    }                                                                                                        \
-    STDMETHODIMP_(ULONG) Release() override {                                                                \
-        return Base::Release();                                                                              \
+#define DSHOW_UNKNOWN_OF(Base)                                                                                         \
+    STDMETHODIMP QueryInterface(REFIID iid, void** object) override {                                                  \
+        return Base::QueryInterface(iid, object);                                                                      \
+    }                                                                                                                  \
+    STDMETHODIMP_(ULONG) AddRef() override {                                                                           \
+        return Base::AddRef();                                                                                         \
+    }                                                                                                                  \
+    STDMETHODIMP_(ULONG) Release() override {                                                                          \
+        return Base::Release();                                                                                        \
     }
 
 // One interface of an object that has many: it lends identity and count from its owner.
@@ -59,9 +59,7 @@ public:
     Face(const Face&) = delete;
     Face& operator=(const Face&) = delete;
 
-    STDMETHODIMP QueryInterface(REFIID iid, void** object) override {
-        return owner_.QueryInterface(iid, object);
-    }
+    STDMETHODIMP QueryInterface(REFIID iid, void** object) override { return owner_.QueryInterface(iid, object); }
     STDMETHODIMP_(ULONG) AddRef() override { return owner_.AddRef(); }
     STDMETHODIMP_(ULONG) Release() override { return owner_.Release(); }
 

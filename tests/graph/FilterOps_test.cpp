@@ -186,10 +186,10 @@ TEST_F(FilterOps, DeleteFilterThatEndsTheFilterReturns0WithoutLogging) {
 // --- slots ----------------------------------------------------------------------------------------------------------
 
 // Calls a method by its place in the table, counted from 1 after the three of IUnknown.
-template <class... Arguments> HRESULT CallSlot(void* interface, int slot, Arguments... arguments) {
+template <class... Arguments> HRESULT CallSlot(void* face, int slot, Arguments... arguments) {
     using Method = HRESULT(STDMETHODCALLTYPE*)(void*, Arguments...);
-    void** const table = *static_cast<void***>(interface);
-    return reinterpret_cast<Method>(table[2 + slot])(interface, arguments...);
+    void** const table = *static_cast<void***>(face);
+    return reinterpret_cast<Method>(table[2 + slot])(face, arguments...);
 }
 
 using InterfaceSlots = FilterOps;

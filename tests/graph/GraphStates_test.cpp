@@ -152,7 +152,7 @@ TEST_F(GraphStates, R25StopEndsARunThatWaits) {
     world.stage[Kind::AudioRenderer].ready = false;
     Build();
     EXPECT_EQ(media->Run(), S_FALSE);
-    EXPECT_EQ(media->Stop(), 0);
+    EXPECT_EQ(media->Stop(), S_FALSE); // its Pause answered so on the way down
     EXPECT_EQ(State(0), State_Stopped);
     world.stage[Kind::AudioRenderer].ready = true;
     world.LetTimePass(50);
@@ -193,6 +193,10 @@ TEST_F(GraphStates, R27AFailingPauseIsTheAnswerOfRun) {
     EXPECT_EQ(media->Run(), E_ABORT);
     EXPECT_TRUE(Calls(".Run").empty());
     EXPECT_EQ(Last(Kind::VideoRenderer)->State(), State_Paused);
+#ifdef _WIN32
+    for (const Kind kind : kDMBKinds) // the graph counts as stopped already and stops nothing (known difference)
+        EXPECT_EQ(Last(kind)->Stop(), 0);
+#endif
     EXPECT_EQ(media->Stop(), 0);
     EXPECT_EQ(Last(Kind::VideoRenderer)->State(), State_Stopped);
     EXPECT_EQ(State(0), State_Stopped);

@@ -224,6 +224,11 @@ private:
     private:
         ScriptedFilter& filter_;
     };
+    class SeekingFace final : public dshow::MediaSeekingFace {
+    public:
+        using MediaSeekingFace::MediaSeekingFace;
+        STDMETHODIMP IsFormatSupported(const GUID*) override { return S_OK; }
+    };
     class FlagsFace final : public dshow::Face<IAMFilterMiscFlags> {
     public:
         using Face::Face;
@@ -252,7 +257,7 @@ private:
     HoldFace hold_{*this};
     PadFace pad_{*this};
     WindowFace window_{*this};
-    dshow::MediaSeekingFace seeking_{*this};
+    SeekingFace seeking_{*this};
     FlagsFace flags_{*this};
     ClockFace clock_{*this};
 };
