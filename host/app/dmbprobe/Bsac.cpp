@@ -84,8 +84,7 @@ int Decode(const BsacOptions& options) {
         decoder.Push(*unit);
         while (const auto block = decoder.Next()) {
             if (block->status != codec::BsacStatus::kOk)
-                std::cerr << "dmbprobe bsac: unit " << units << ": " << codec::StatusText(block->status)
-                          << '\n';
+                std::cerr << "dmbprobe bsac: unit " << units << ": " << codec::StatusText(block->status) << '\n';
             output.Write(block->samples);
             ++blocks;
         }
@@ -105,9 +104,7 @@ void AddBsac(CLI::App& app, int& status) {
     auto options = std::make_shared<BsacOptions>();
     CLI::App* command = app.add_subcommand("bsac", "Decodes BSAC access units into a WAV file");
     command->add_option("--config", options->config, "AudioSpecificConfig as hexadecimal digits")->required();
-    command
-        ->add_option("IN.bsac", options->input,
-                     "Access units, each behind its length as a 16-bit big-endian number")
+    command->add_option("IN.bsac", options->input, "Access units, each behind its length as a 16-bit big-endian number")
         ->required();
     command->add_option("OUT.wav", options->output, "16-bit samples, 1024 for each block")->required();
     command->callback([options, &status] { status = Decode(*options); });

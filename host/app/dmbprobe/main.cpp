@@ -8,6 +8,11 @@ int main(int argc, char** argv) {
     CLI::App app{"Looks at the stages of the receiver, one sub-command each."};
     app.require_subcommand(1);
     int status = dmbprobe::kDone;
+    dmbprobe::AddInfo(app, status);
+    dmbprobe::AddFic(app, status);
+    dmbprobe::AddTs(app, status);
+    dmbprobe::AddPad(app, status);
+    dmbprobe::AddAudio(app, status);
     dmbprobe::AddBsac(app, status);
     try {
         app.parse(argc, argv);
