@@ -226,9 +226,7 @@ Status BaselineDecoder::Open(MarkerReader& reader, std::span<const std::uint8_t>
         if (std::count(covered.begin(), covered.begin() + components, true) == components) {
             break;
         }
-        if (const Status status = reader.ReadToNextScan(reader.Position(), found); status != Status::kOk) {
-            return status;
-        }
+        reader.ReadToNextScan(reader.Position(), found);
     }
     return quantisers.LatchRest(reader.GetFrame(), reader.GetTables(), reduction);
 }
