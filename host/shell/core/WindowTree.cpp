@@ -1,0 +1,82 @@
+#include "host/shell/core/WindowTree.h"
+
+#include <algorithm>
+#include <cairo.h>
+
+namespace shell {
+
+Window& WindowTree::Add(HWND handle, WindowKind kind, GView& view, GFactory& widgets, const RECT& place) {
+    auto window = std::make_unique<Window>();
+    window->handle = handle;
+    window->kind = kind;
+    window->view = &view;
+    window->widgets = &widgets;
+    Place(*window, place);
+    windows.push_back(std::move(window));
+    return *windows.back();
+}
+
+void WindowTree::Remove(HWND handle) {
+    std::erase_if(windows, [handle](const auto& window) { return window->handle == handle; });
+}
+
+Window* WindowTree::Find(HWND handle) {
+    const auto found = std::find_if(windows.begin(), windows.end(), [&](const auto& w) { return w->handle == handle; });
+    return found == windows.end() ? nullptr : found->get();
+}
+
+void WindowTree::Place(Window& window, const RECT& place) {
+    const int oldWidth = window.Width();
+    const int oldHeight = window.Height();
+    window.place = place;
+    if (!window.surface || window.Width() != oldWidth || window.Height() != oldHeight) {
+        window.surface = std::make_unique<Surface>(window.Width(), window.Height());
+    }
+    window.invalid = Region(window.Client());
+}
+
+void WindowTree::Raise(HWND handle) {
+    const auto found = std::find_if(windows.begin(), windows.end(), [&](const auto& w) { return w->handle == handle; });
+    if (found != windows.end()) {
+        std::rotate(found, found + 1, windows.end());
+    }
+}
+
+Window* WindowTree::At(POINT point) {
+    const auto hit = std::find_if(windows.rbegin(), windows.rend(), [point](const auto& w) {
+        return w->visible && point.x >= w->place.left && point.x < w->place.right && point.y >= w->place.top &&
+               point.y < w->place.bottom;
+    });
+    return hit == windows.rend() ? nullptr : hit->get();
+}
+
+Window* WindowTree::Front() {
+    const auto front = std::find_if(windows.rbegin(), windows.rend(), [](const auto& w) { return w->visible; });
+    return front == windows.rend() ? nullptr : front->get();
+}
+
+Window* WindowTree::NextToPaint() {
+    const auto next = std::find_if(windows.begin(), windows.end(),
+                                   [](const auto& w) { return w->visible && !w->painting && !w->invalid.IsEmpty(); });
+    return next == windows.end() ? nullptr : next->get();
+}
+
+void WindowTree::Compose(Surface& screen, const VideoPlane& video) const {
+    cairo_t* cairo = cairo_create(screen.Cairo());
+    cairo_set_source_rgb(cairo, 0, 0, 0);
+    cairo_paint(cairo);
+    for (const auto& window : windows) {
+        if (!window->visible) {
+            continue;
+        }
+        if (window->kind == WindowKind::View && video.visible) {
+            video.Paint(screen, window->place);
+        }
+        cairo_surface_mark_dirty(window->surface->Cairo());
+        cairo_set_source_surface(cairo, window->surface->Cairo(), window->place.left, window->place.top);
+        cairo_paint(cairo);
+    }
+    cairo_destroy(cairo);
+}
+
+} // namespace shell

@@ -1,0 +1,488 @@
+// The object descriptor framework of ISO/IEC 14496-1 as it travels in a T-DMB transport stream (ETSI TS 102
+// 428): the initial object descriptor in the programme map, and the object descriptor updates in their own
+// sections.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace wire {
+
+// Class tags, 14496-1 7.2.2.1.
+inline constexpr std::uint8_t kTagObjectDescriptor = 0x01;
+inline constexpr std::uint8_t kTagInitialObjectDescriptor = 0x02;
+inline constexpr std::uint8_t kTagEsDescriptor = 0x03;
+inline constexpr std::uint8_t kTagDecoderConfig = 0x04;
+inline constexpr std::uint8_t kTagDecoderSpecificInfo = 0x05;
+inline constexpr std::uint8_t kTagSlConfig = 0x06;
+// Command tag, 7.2.5.5.
+inline constexpr std::uint8_t kTagObjectDescriptorUpdate = 0x01;
+// Descriptors of the programme map, ISO/IEC 13818-1 2.6.40 and 2.6.46.
+inline constexpr std::uint8_t kPsiTagIod = 0x1D;
+inline constexpr std::uint8_t kPsiTagSl = 0x1E;
+
+// objectTypeIndication and streamType, 7.2.6.6.2.
+inline constexpr std::uint8_t kObjectTypeSystems1 = 0x01;
+inline constexpr std::uint8_t kObjectTypeSystems2 = 0x02;
+inline constexpr std::uint8_t kObjectTypeH264 = 0x21;
+inline constexpr std::uint8_t kObjectTypeMpeg4Audio = 0x40;
+inline constexpr std::uint8_t kStreamObjectDescriptor = 0x01;
+inline constexpr std::uint8_t kStreamScene = 0x03;
+inline constexpr std::uint8_t kStreamVisual = 0x04;
+inline constexpr std::uint8_t kStreamAudio = 0x05;
+
+namespace detail {
+
+inline void Put16(std::vector<std::uint8_t>& out, unsigned value) {
+    out.push_back(static_cast<std::uint8_t>(value >> 8 & 0xFF));
+    out.push_back(static_cast<std::uint8_t>(value & 0xFF));
+}
+
+inline void Put32(std::vector<std::uint8_t>& out, std::uint32_t value) {
+    Put16(out, value >> 16);
+    Put16(out, value & 0xFFFF);
+}
+
+[[nodiscard]] inline unsigned Get16(std::span<const std::uint8_t> at) {
+    return static_cast<unsigned>(at[0]) << 8 | at[1];
+}
+
+[[nodiscard]] inline std::uint32_t Get32(std::span<const std::uint8_t> at) {
+    return static_cast<std::uint32_t>(Get16(at)) << 16 | Get16(at.subspan(2));
+}
+
+inline void Append(std::vector<std::uint8_t>& out, std::span<const std::uint8_t> bytes) {
+    out.insert(out.end(), bytes.begin(), bytes.end());
+}
+
+} // namespace detail
+
+// 8.3.3, an expandable class: tag, size in groups of seven bits, body.
+struct Mp4Descriptor {
+    std::uint8_t tag = 0;
+    std::span<const std::uint8_t> body{};
+
+    // Takes one descriptor off the front of `rest`. Nothing (and `rest` untouched) when it does not fit.
+    [[nodiscard]] static std::optional<Mp4Descriptor> Take(std::span<const std::uint8_t>& rest) {
+        std::size_t at = 1;
+        std::size_t size = 0;
+        for (;; ++at) {
+            if (at >= rest.size() || at > 4)
+                return std::nullopt;
+            size = size << 7 | (rest[at] & 0x7F);
+            if ((rest[at] & 0x80) == 0)
+                break;
+        }
+        ++at;
+        if (rest.size() - at < size)
+            return std::nullopt;
+        Mp4Descriptor descriptor{rest[0], rest.subspan(at, size)};
+        rest = rest.subspan(at + size);
+        return descriptor;
+    }
+
+    static void Put(std::vector<std::uint8_t>& out, std::uint8_t tag, std::span<const std::uint8_t> body) {
+        out.push_back(tag);
+        for (int shift = 21; shift > 0; shift -= 7) {
+            if (body.size() >> shift != 0)
+                out.push_back(static_cast<std::uint8_t>(0x80 | (body.size() >> shift & 0x7F)));
+        }
+        out.push_back(static_cast<std::uint8_t>(body.size() & 0x7F));
+        detail::Append(out, body);
+    }
+};
+
+// SLConfigDescriptor, 7.3.2.3: how long the fields of a stream's SL packet headers are.
+struct SlConfig {
+    std::uint8_t predefined = 0; // 0 = all fields follow; 1 = null header, 2 = MP4 file
+    bool useAccessUnitStart = false;
+    bool useAccessUnitEnd = false;
+    bool useRandomAccessPoint = false;
+    bool hasRandomAccessUnitsOnly = false;
+    bool usePadding = false;
+    bool useTimeStamps = false;
+    bool useIdle = false;
+    std::uint32_t timeStampResolution = 0; // ticks a second
+    std::uint32_t ocrResolution = 0;
+    std::uint8_t timeStampLength = 0; // bits, 0..64
+    std::uint8_t ocrLength = 0;       // bits, 0..64
+    std::uint8_t accessUnitLengthLength = 0;
+    std::uint8_t instantBitrateLength = 0;
+    std::uint8_t degradationPriorityLength = 0;
+    std::uint8_t accessUnitSequenceLength = 0;
+    std::uint8_t packetSequenceLength = 0;
+    // With durationFlag.
+    bool hasDuration = false;
+    std::uint32_t timeScale = 0;
+    std::uint16_t accessUnitDuration = 0;
+    std::uint16_t compositionUnitDuration = 0;
+
+    bool operator==(const SlConfig&) const = default;
+
+    // Nothing for a body that is too short or field lengths that no SL packet can have.
+    [[nodiscard]] static std::optional<SlConfig> Parse(std::span<const std::uint8_t> body) {
+        if (body.empty())
+            return std::nullopt;
+        SlConfig config;
+        config.predefined = body[0];
+        if (config.predefined != 0)
+            return config;
+        if (body.size() < 16)
+            return std::nullopt;
+        const std::uint8_t flags = body[1];
+        config.useAccessUnitStart = (flags & 0x80) != 0;
+        config.useAccessUnitEnd = (flags & 0x40) != 0;
+        config.useRandomAccessPoint = (flags & 0x20) != 0;
+        config.hasRandomAccessUnitsOnly = (flags & 0x10) != 0;
+        config.usePadding = (flags & 0x08) != 0;
+        config.useTimeStamps = (flags & 0x04) != 0;
+        config.useIdle = (flags & 0x02) != 0;
+        config.hasDuration = (flags & 0x01) != 0;
+        config.timeStampResolution = detail::Get32(body.subspan(2));
+        config.ocrResolution = detail::Get32(body.subspan(6));
+        config.timeStampLength = body[10];
+        config.ocrLength = body[11];
+        config.accessUnitLengthLength = body[12];
+        config.instantBitrateLength = body[13];
+        const unsigned lengths = detail::Get16(body.subspan(14));
+        config.degradationPriorityLength = lengths >> 12;
+        config.accessUnitSequenceLength = lengths >> 7 & 0x1F;
+        config.packetSequenceLength = lengths >> 2 & 0x1F;
+        if (config.timeStampLength > 64 || config.ocrLength > 64 || config.accessUnitLengthLength > 32 ||
+            config.instantBitrateLength > 32 || config.accessUnitSequenceLength > 16 ||
+            config.packetSequenceLength > 16)
+            return std::nullopt;
+        if (config.hasDuration) {
+            if (body.size() < 24)
+                return std::nullopt;
+            config.timeScale = detail::Get32(body.subspan(16));
+            config.accessUnitDuration = static_cast<std::uint16_t>(detail::Get16(body.subspan(20)));
+            config.compositionUnitDuration = static_cast<std::uint16_t>(detail::Get16(body.subspan(22)));
+        }
+        return config;
+    }
+
+    // The body. Start and end time stamps of streams without time stamps are not written.
+    [[nodiscard]] std::vector<std::uint8_t> Write() const {
+        std::vector<std::uint8_t> out = {predefined};
+        if (predefined != 0)
+            return out;
+        out.push_back(static_cast<std::uint8_t>(useAccessUnitStart << 7 | useAccessUnitEnd << 6 |
+                                                useRandomAccessPoint << 5 | hasRandomAccessUnitsOnly << 4 |
+                                                usePadding << 3 | useTimeStamps << 2 | useIdle << 1 |
+                                                static_cast<int>(hasDuration)));
+        detail::Put32(out, timeStampResolution);
+        detail::Put32(out, ocrResolution);
+        out.insert(out.end(), {timeStampLength, ocrLength, accessUnitLengthLength, instantBitrateLength});
+        detail::Put16(out, static_cast<unsigned>(degradationPriorityLength) << 12 |
+                               static_cast<unsigned>(accessUnitSequenceLength) << 7 |
+                               static_cast<unsigned>(packetSequenceLength) << 2 | 3);
+        if (hasDuration) {
+            detail::Put32(out, timeScale);
+            detail::Put16(out, accessUnitDuration);
+            detail::Put16(out, compositionUnitDuration);
+        }
+        return out;
+    }
+};
+
+// DecoderConfigDescriptor, 7.2.6.6, with the decoder specific information inside it.
+struct DecoderConfig {
+    std::uint8_t objectType = 0;
+    std::uint8_t streamType = 0; // 6 bits
+    bool upStream = false;
+    std::uint32_t bufferSize = 0; // bytes, 24 bits
+    std::uint32_t maxBitrate = 0; // bit/s
+    std::uint32_t averageBitrate = 0;
+    std::vector<std::uint8_t> specificInfo{}; // avcC, AudioSpecificConfig; empty = none
+
+    bool operator==(const DecoderConfig&) const = default;
+
+    [[nodiscard]] static std::optional<DecoderConfig> Parse(std::span<const std::uint8_t> body) {
+        if (body.size() < 13)
+            return std::nullopt;
+        DecoderConfig config;
+        config.objectType = body[0];
+        config.streamType = body[1] >> 2;
+        config.upStream = (body[1] & 2) != 0;
+        config.bufferSize = detail::Get32(body.subspan(1)) & 0xFF'FFFF;
+        config.maxBitrate = detail::Get32(body.subspan(5));
+        config.averageBitrate = detail::Get32(body.subspan(9));
+        std::span<const std::uint8_t> rest = body.subspan(13);
+        while (!rest.empty()) {
+            const auto inner = Mp4Descriptor::Take(rest);
+            if (!inner)
+                return std::nullopt;
+            if (inner->tag == kTagDecoderSpecificInfo)
+                config.specificInfo.assign(inner->body.begin(), inner->body.end());
+        }
+        return config;
+    }
+
+    [[nodiscard]] std::vector<std::uint8_t> Write() const {
+        std::vector<std::uint8_t> out = {objectType,
+                                         static_cast<std::uint8_t>(streamType << 2 | (upStream ? 2 : 0) | 1)};
+        out.push_back(static_cast<std::uint8_t>(bufferSize >> 16 & 0xFF));
+        detail::Put16(out, bufferSize & 0xFFFF);
+        detail::Put32(out, maxBitrate);
+        detail::Put32(out, averageBitrate);
+        if (!specificInfo.empty())
+            Mp4Descriptor::Put(out, kTagDecoderSpecificInfo, specificInfo);
+        return out;
+    }
+};
+
+// ES_Descriptor, 7.2.6.5.
+struct EsDescriptor {
+    std::uint16_t esId = 0;
+    std::uint8_t priority = 0; // 5 bits
+    std::optional<std::uint16_t> dependsOn{};
+    std::string url{};
+    std::optional<std::uint16_t>
+        clockEsId{}; // OCR_ES_Id: the stream whose clock references count for this one
+    DecoderConfig decoder{};
+    SlConfig sl{};
+
+    bool operator==(const EsDescriptor&) const = default;
+
+    // Nothing without a decoder configuration and an SL configuration: such a stream cannot be read.
+    [[nodiscard]] static std::optional<EsDescriptor> Parse(std::span<const std::uint8_t> body) {
+        if (body.size() < 3)
+            return std::nullopt;
+        EsDescriptor es;
+        es.esId = static_cast<std::uint16_t>(detail::Get16(body));
+        const std::uint8_t flags = body[2];
+        es.priority = flags & 0x1F;
+        std::span<const std::uint8_t> rest = body.subspan(3);
+        if ((flags & 0x80) != 0 && !Take16(rest, es.dependsOn))
+            return std::nullopt;
+        if ((flags & 0x40) != 0) {
+            if (rest.empty() || rest.size() - 1 < rest[0])
+                return std::nullopt;
+            es.url.assign(rest.begin() + 1, rest.begin() + 1 + rest[0]);
+            rest = rest.subspan(1 + es.url.size());
+        }
+        if ((flags & 0x20) != 0 && !Take16(rest, es.clockEsId))
+            return std::nullopt;
+
+        std::optional<DecoderConfig> decoder;
+        std::optional<SlConfig> sl;
+        while (!rest.empty()) {
+            const auto inner = Mp4Descriptor::Take(rest);
+            if (!inner)
+                return std::nullopt;
+            if (inner->tag == kTagDecoderConfig)
+                decoder = DecoderConfig::Parse(inner->body);
+            else if (inner->tag == kTagSlConfig)
+                sl = SlConfig::Parse(inner->body);
+        }
+        if (!decoder || !sl)
+            return std::nullopt;
+        es.decoder = std::move(*decoder);
+        es.sl = *sl;
+        return es;
+    }
+
+    [[nodiscard]] std::vector<std::uint8_t> Write() const {
+        std::vector<std::uint8_t> out;
+        out.reserve(64);
+        detail::Put16(out, esId);
+        out.push_back(static_cast<std::uint8_t>((dependsOn ? 0x80 : 0) | (url.empty() ? 0 : 0x40) |
+                                                (clockEsId ? 0x20 : 0) | (priority & 0x1F)));
+        if (dependsOn)
+            detail::Put16(out, *dependsOn);
+        if (!url.empty()) {
+            out.push_back(static_cast<std::uint8_t>(url.size()));
+            out.insert(out.end(), url.begin(), url.end());
+        }
+        if (clockEsId)
+            detail::Put16(out, *clockEsId);
+        Mp4Descriptor::Put(out, kTagDecoderConfig, decoder.Write());
+        Mp4Descriptor::Put(out, kTagSlConfig, sl.Write());
+        return out;
+    }
+
+private:
+    [[nodiscard]] static bool Take16(std::span<const std::uint8_t>& rest,
+                                     std::optional<std::uint16_t>& value) {
+        if (rest.size() < 2)
+            return false;
+        value = static_cast<std::uint16_t>(detail::Get16(rest));
+        rest = rest.subspan(2);
+        return true;
+    }
+};
+
+namespace detail {
+
+// The ES descriptors among `rest`; other descriptors are passed over. Nothing when any of them is damaged.
+[[nodiscard]] inline std::optional<std::vector<EsDescriptor>>
+ParseEsList(std::span<const std::uint8_t> rest) {
+    std::vector<EsDescriptor> streams{};
+    while (!rest.empty()) {
+        const auto inner = Mp4Descriptor::Take(rest);
+        if (!inner)
+            return std::nullopt;
+        if (inner->tag != kTagEsDescriptor)
+            continue;
+        auto es = EsDescriptor::Parse(inner->body);
+        if (!es)
+            return std::nullopt;
+        streams.push_back(std::move(*es));
+    }
+    return streams;
+}
+
+inline void PutEsList(std::vector<std::uint8_t>& out, const std::vector<EsDescriptor>& streams) {
+    for (const EsDescriptor& es : streams)
+        Mp4Descriptor::Put(out, kTagEsDescriptor, es.Write());
+}
+
+} // namespace detail
+
+// ObjectDescriptor, 7.2.6.3: one audio or visual object and its streams. With a URL it has none of its own.
+struct ObjectDescriptor {
+    std::uint16_t id = 0; // 10 bits
+    std::string url{};
+    std::vector<EsDescriptor> streams{};
+
+    bool operator==(const ObjectDescriptor&) const = default;
+
+    [[nodiscard]] static std::optional<ObjectDescriptor> Parse(std::span<const std::uint8_t> body) {
+        if (body.size() < 2)
+            return std::nullopt;
+        const unsigned head = detail::Get16(body);
+        ObjectDescriptor object;
+        object.id = static_cast<std::uint16_t>(head >> 6);
+        std::span<const std::uint8_t> rest = body.subspan(2);
+        if ((head & 0x20) != 0) {
+            if (rest.empty() || rest.size() - 1 < rest[0])
+                return std::nullopt;
+            object.url.assign(rest.begin() + 1, rest.begin() + 1 + rest[0]);
+            return object;
+        }
+        auto streams = detail::ParseEsList(rest);
+        if (!streams)
+            return std::nullopt;
+        object.streams = std::move(*streams);
+        return object;
+    }
+
+    [[nodiscard]] std::vector<std::uint8_t> Write() const {
+        std::vector<std::uint8_t> out;
+        out.reserve(64);
+        detail::Put16(out, static_cast<unsigned>(id) << 6 | (url.empty() ? 0 : 0x20) | 0x1F);
+        if (url.empty()) {
+            detail::PutEsList(out, streams);
+        } else {
+            out.push_back(static_cast<std::uint8_t>(url.size()));
+            out.insert(out.end(), url.begin(), url.end());
+        }
+        return out;
+    }
+};
+
+// ObjectDescriptorUpdate, 7.2.5.5.2: the objects that an object descriptor access unit brings. Other commands
+// in the same access unit are passed over.
+struct ObjectDescriptorUpdate {
+    std::vector<ObjectDescriptor> objects{};
+
+    // `bytes` is the access unit: a list of commands.
+    [[nodiscard]] static std::optional<ObjectDescriptorUpdate> Parse(std::span<const std::uint8_t> bytes) {
+        ObjectDescriptorUpdate update;
+        while (!bytes.empty()) {
+            const auto command = Mp4Descriptor::Take(bytes);
+            if (!command)
+                return std::nullopt;
+            if (command->tag != kTagObjectDescriptorUpdate)
+                continue;
+            std::span<const std::uint8_t> rest = command->body;
+            while (!rest.empty()) {
+                const auto inner = Mp4Descriptor::Take(rest);
+                if (!inner)
+                    return std::nullopt;
+                if (inner->tag != kTagObjectDescriptor)
+                    continue;
+                auto object = ObjectDescriptor::Parse(inner->body);
+                if (!object)
+                    return std::nullopt;
+                update.objects.push_back(std::move(*object));
+            }
+        }
+        return update;
+    }
+
+    // The access unit with this one command.
+    [[nodiscard]] std::vector<std::uint8_t> Write() const {
+        std::vector<std::uint8_t> body;
+        for (const ObjectDescriptor& object : objects)
+            Mp4Descriptor::Put(body, kTagObjectDescriptor, object.Write());
+        std::vector<std::uint8_t> out;
+        Mp4Descriptor::Put(out, kTagObjectDescriptorUpdate, body);
+        return out;
+    }
+};
+
+// The IOD_descriptor of the programme map (ISO/IEC 13818-1 2.6.40) with its InitialObjectDescriptor
+// (14496-1 7.2.6.4).
+struct IodDescriptor {
+    std::uint8_t scope = 0x10; // 0x10: the label is unique in the programme
+    std::uint8_t label = 0;
+    std::uint16_t id = 0; // object descriptor id, 10 bits
+    bool inlineProfiles = false;
+    std::uint8_t objectProfile = 0xFF;
+    std::uint8_t sceneProfile = 0xFF;
+    std::uint8_t audioProfile = 0xFF;
+    std::uint8_t visualProfile = 0xFF;
+    std::uint8_t graphicsProfile = 0xFF;
+    std::vector<EsDescriptor> streams{};
+
+    bool operator==(const IodDescriptor&) const = default;
+
+    // The body of the programme map's descriptor. One that refers to a URL has nothing to tune to: nothing.
+    [[nodiscard]] static std::optional<IodDescriptor> Parse(std::span<const std::uint8_t> body) {
+        if (body.size() < 2)
+            return std::nullopt;
+        IodDescriptor iod;
+        iod.scope = body[0];
+        iod.label = body[1];
+        std::span<const std::uint8_t> rest = body.subspan(2);
+        const auto inner = Mp4Descriptor::Take(rest);
+        if (!inner || inner->tag != kTagInitialObjectDescriptor || inner->body.size() < 7)
+            return std::nullopt;
+        const unsigned head = detail::Get16(inner->body);
+        if ((head & 0x20) != 0)
+            return std::nullopt;
+        iod.id = static_cast<std::uint16_t>(head >> 6);
+        iod.inlineProfiles = (head & 0x10) != 0;
+        iod.objectProfile = inner->body[2];
+        iod.sceneProfile = inner->body[3];
+        iod.audioProfile = inner->body[4];
+        iod.visualProfile = inner->body[5];
+        iod.graphicsProfile = inner->body[6];
+        auto streams = detail::ParseEsList(inner->body.subspan(7));
+        if (!streams)
+            return std::nullopt;
+        iod.streams = std::move(*streams);
+        return iod;
+    }
+
+    [[nodiscard]] std::vector<std::uint8_t> Write() const {
+        std::vector<std::uint8_t> inner;
+        inner.reserve(64);
+        detail::Put16(inner, static_cast<unsigned>(id) << 6 | (inlineProfiles ? 0x10 : 0) | 0x0F);
+        inner.insert(inner.end(),
+                     {objectProfile, sceneProfile, audioProfile, visualProfile, graphicsProfile});
+        detail::PutEsList(inner, streams);
+        std::vector<std::uint8_t> out = {scope, label};
+        Mp4Descriptor::Put(out, kTagInitialObjectDescriptor, inner);
+        return out;
+    }
+};
+
+} // namespace wire
