@@ -43,7 +43,7 @@ Lanes ScaleMinus669(Lanes value) {
 }
 
 // One pass over eight lanes, in place.
-void Butterfly(Lanes (&v)[8]) {
+[[gnu::always_inline]] inline void Butterfly(Lanes (&v)[8]) {
     const Lanes e0 = _mm_add_epi16(v[0], v[4]);
     const Lanes e1 = _mm_sub_epi16(v[0], v[4]);
     const Lanes e3 = _mm_add_epi16(v[2], v[6]);
@@ -74,7 +74,7 @@ void Butterfly(Lanes (&v)[8]) {
 }
 
 // The same with the inputs 4..7 known to be 0.
-void ButterflyLow(Lanes (&v)[8]) {
+[[gnu::always_inline]] inline void ButterflyLow(Lanes (&v)[8]) {
     const Lanes e2 = _mm_sub_epi16(Scale362(v[2]), v[2]);
     const Lanes even0 = _mm_add_epi16(v[0], v[2]);
     const Lanes even3 = _mm_sub_epi16(v[0], v[2]);
@@ -99,7 +99,7 @@ void ButterflyLow(Lanes (&v)[8]) {
     v[7] = _mm_sub_epi16(even0, odd7);
 }
 
-void Transpose(Lanes (&v)[8]) {
+[[gnu::always_inline]] inline void Transpose(Lanes (&v)[8]) {
     Lanes a[8];
     for (int i = 0; i < 4; ++i) {
         a[2 * i] = _mm_unpacklo_epi16(v[i], v[i + 4]);
