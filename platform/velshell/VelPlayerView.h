@@ -71,9 +71,6 @@ public:
     virtual const RECT* GetPIPRect();
     virtual void ResetPIPosition();
 
-    // Applies the skin.
-    void Theme() override;
-
     [[nodiscard]] int IsActivated() const;
     // Switches a button between its normal (0) and its alternative (1) face.
     void SwapPIPButton(GButton* button, int alternative, int redraw);

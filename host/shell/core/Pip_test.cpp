@@ -85,7 +85,11 @@ TEST_F(ShellFixture, SwapShowsTheOtherFace) {
     TestView& view = Open();
     const auto pixels = [&] {
         const std::uint32_t* screen = shell->Screen();
-        return std::vector<std::uint32_t>(screen + 410 * 800 + 460, screen + 410 * 800 + 564);
+        std::vector<std::uint32_t> button;
+        for (int y = 402; y < 474; ++y) {
+            button.insert(button.end(), screen + y * 800 + 460, screen + y * 800 + 564);
+        }
+        return button;
     };
     const auto normal = pixels();
     view.SwapPIPButton(view.Find(27), 1, 1);

@@ -75,8 +75,8 @@ TEST_F(ShellFixture, MessagesGoThroughTheMapRowsInOrderThenTheBase) {
     for (const UINT id : {19u + 0x10000u, 20u, 25u + 0x70000u, 26u}) {
         system.loop().Send(view.GetSafeHwnd(), WM_COMMAND, id);
     }
-    EXPECT_EQ(TestView::Calls(), (Calls{"command 20", "command 25", "TransferToPIP", "MoveToPIPWindow"}))
-        << "19 is the base's: small window";
+    EXPECT_EQ(TestView::Calls(), (Calls{"TransferToPIP", "MoveToPIPWindow", "command 20", "command 25"}))
+        << "19, the small window, is the base's and 26 nobody's";
 }
 
 TEST_F(ShellFixture, AnUnknownTimerReachesTheBase) {

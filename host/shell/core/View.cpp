@@ -83,7 +83,7 @@ RECT GView::GetMainWindowRect() {
 
 HWND GView::GetFrontWindow() {
     ShellCore* core = ShellCore::Current();
-    const shell::Window* front = core ? core->windows.Front() : nullptr;
+    const shell::Window* front = core ? core->InputWindow() : nullptr;
     return front ? front->handle : nullptr;
 }
 

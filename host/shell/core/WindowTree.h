@@ -42,8 +42,6 @@ public:
     void Raise(HWND handle);
     // The window in front at a point of the screen, or null.
     [[nodiscard]] Window* At(POINT point);
-    // The visible window that is in front of all others, or null.
-    [[nodiscard]] Window* Front();
     // The visible window in front that wants painting, lowest first, or null.
     [[nodiscard]] Window* NextToPaint();
 

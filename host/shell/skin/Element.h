@@ -4,6 +4,7 @@
 #include "host/shell/skin/SkinHost.h"
 #include "platform/velshell/GEngine.h"
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -33,6 +34,7 @@ struct GFactory::Impl {
     std::vector<std::unique_ptr<shell::Element>> elements; // in painting order
     shell::Element* pressed = nullptr;
     HDC canvas = nullptr;
+    std::function<void()> themed; // the window's own part after a theme was applied
 };
 
 namespace shell {

@@ -72,6 +72,9 @@ void GFactory::Theme() {
         m_pFactory->elements.push_back(
             std::make_unique<Element>(description, *m_pFactory->skin, *m_pFactory, host->CurrentLanguage()));
     }
+    if (m_pFactory->themed) {
+        m_pFactory->themed();
+    }
     RefreshWindow();
 }
 
