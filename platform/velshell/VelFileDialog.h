@@ -52,13 +52,6 @@ protected:
     void ReadFolder();
     // Gives the row widgets the texts of the current list.
     void UpdateRows();
-    // Moves the first visible row, and the marked line (which stays visible), by so many lines.
-    void Scroll(int lines);
-    void MoveMark(int lines);
-    // A visible row was touched: its line is picked and the dialog ends with OK.
-    void OnClickRow(UINT id);
-    void OnClickPage(UINT id);
-    void OnKeyUp(UINT key, UINT repeatCount, UINT flags);
     LRESULT OnRefresh(WPARAM wParam, LPARAM lParam);
 
     std::vector<WString> m_arrFileLines;
@@ -68,4 +61,7 @@ protected:
     WString m_strFolder;
     int m_nFileType;
     int m_nSelection = -1;
+    struct FileDialogImpl;
+    FileDialogImpl* m_pFileDialog = nullptr;
+    friend class VelShellAccess;
 };

@@ -187,7 +187,8 @@ void Element::Paint(Context& context) const {
         if (!ShownText().empty()) {
             place.bottom -= (place.bottom - place.top) * 3 / 10; // the caption stands below the icon
         }
-        DrawCentred(context, icon->surface, place);
+        constexpr double kDimmed = 0.3;
+        DrawCentred(context, icon->surface, place, look == kButtonDisabled ? kDimmed : 1.0);
     }
     if (!description.textWhenPressed || textOnly) {
         PaintText(context);
