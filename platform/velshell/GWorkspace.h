@@ -11,14 +11,10 @@ class CVelDocument;
 class GObject;
 class GView;
 #ifndef _WIN32
-<<<<<<< HEAD
-struct CREATESTRUCTW; // handed through to the base; only the shell looks inside
-=======
 // What a window is made with; handlers hand it to their base and look at nothing else.
 struct CREATESTRUCTW {
     LONG x, y, cx, cy;
 };
->>>>>>> main
 #endif
 
 // ---- Run-time classes -------------------------------------------------------------------------------------------------

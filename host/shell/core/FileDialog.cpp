@@ -1,30 +1,12 @@
-<<<<<<< HEAD
-// The list dialog: rows over whatever lines are current, a folder's files to begin with.
-#include "host/shell/core/ShellCore.h"
-#include "platform/velshell/VelFileDialog.h"
-
-=======
 // The list dialog: rows over lines, with scrolling and selection, and the files of a folder as its own lines.
 #include "platform/velshell/VelFileDialog.h"
 
 #include "host/shell/core/ShellCore.h"
 
->>>>>>> main
 #include <algorithm>
 
 using shell::ShellCore;
 
-<<<<<<< HEAD
-namespace {
-
-constexpr UINT kFirstRow = 40; // elements 40 to 49
-constexpr int kRowLimit = 10;
-constexpr int kFileRows = 5;
-constexpr UINT kPageUp = 51;
-constexpr UINT kPageDown = 52;
-
-constexpr UINT kKeyPageUp = 33, kKeyPageDown = 34, kKeyUp = 38, kKeyDown = 40;
-=======
 struct CVelFileDialog::FileDialogImpl {
     std::vector<ULONGLONG> sizes; // of the files, in the order of the lines
 };
@@ -36,7 +18,6 @@ constexpr int kMostRows = 10;
 constexpr UINT kScrollUp = 71, kScrollDown = 72;
 // Distance of the length from the right side of its row.
 constexpr int kSizeMargin = 16;
->>>>>>> main
 
 } // namespace
 
@@ -44,20 +25,6 @@ const GRuntimeClass CVelFileDialog::classCVelFileDialog = {"CVelFileDialog", nul
 
 const GMessageMap CVelFileDialog::messageMap = [] {
     static const GMessageEntry rows[] = {
-<<<<<<< HEAD
-        GMap::OnCommandRange<&CVelFileDialog::OnClickRow>(kFirstRow, kFirstRow + kRowLimit - 1),
-        GMap::OnCommandRange<&CVelFileDialog::OnClickPage>(kPageUp, kPageDown),
-        GMap::OnKeyUp<&CVelFileDialog::OnKeyUp>(),
-        GMap::OnMessage<&CVelFileDialog::OnRefresh>(WM_LIST_REFRESH),
-    };
-    return GMessageMap{&CVelDialog::messageMap, rows, 4};
-}();
-
-CVelFileDialog::CVelFileDialog(GView* parent, const WCHAR* folder, int fileType)
-    : CVelDialog(parent), m_strFolder(folder), m_nFileType(fileType) {}
-
-CVelFileDialog::~CVelFileDialog() = default;
-=======
         GMap::OnMessage<&CVelFileDialog::OnRefresh>(WM_LIST_REFRESH),
         {WM_COMMAND, kFirstRow, kFirstRow + kMostRows - 1,
          [](GView* self, WPARAM id, LPARAM) -> LRESULT {
@@ -70,8 +37,9 @@ CVelFileDialog::~CVelFileDialog() = default;
              dialog->Scroll((id & 0xFFFF) == kScrollUp ? -dialog->GetVisibleRows() : dialog->GetVisibleRows());
              return 0;
          }},
+        GMap::OnKeyUp<&CVelFileDialog::OnKeyUp>(),
     };
-    return GMessageMap{&CVelDialog::messageMap, rows, 3};
+    return GMessageMap{&CVelDialog::messageMap, rows, 4};
 }();
 
 CVelFileDialog::CVelFileDialog(GView* parent, const WCHAR* folder, int fileType)
@@ -80,7 +48,6 @@ CVelFileDialog::CVelFileDialog(GView* parent, const WCHAR* folder, int fileType)
 CVelFileDialog::~CVelFileDialog() {
     delete m_pFileDialog;
 }
->>>>>>> main
 
 const GRuntimeClass* CVelFileDialog::GetRuntimeClass() const {
     return &classCVelFileDialog;
@@ -99,20 +66,6 @@ int CVelFileDialog::OnInitDialog() {
     return 1;
 }
 
-<<<<<<< HEAD
-void CVelFileDialog::OnDraw(HDC dc) {
-    CVelDialog::OnDraw(dc);
-}
-
-int CVelFileDialog::GetVisibleRows() {
-    return kFileRows;
-}
-
-void CVelFileDialog::SetItemCount(ItemList& items, int count) {
-    items.count = count;
-    items.marked = std::min(items.marked, count - 1);
-    items.top = std::clamp(items.top, 0, std::max(0, count - GetVisibleRows()));
-=======
 void CVelFileDialog::OnOK() {
     const bool marked = m_pItems->marked >= 0 && m_pItems->marked < static_cast<int>(m_pLines->size());
     m_nSelection = marked ? m_pItems->marked : -1;
@@ -153,33 +106,22 @@ int CVelFileDialog::GetVisibleRows() {
 void CVelFileDialog::SetItemCount(ItemList& items, int count) {
     items.count = std::max(count, 0);
     items.marked = items.marked < items.count ? items.marked : -1;
-    items.top = std::clamp(items.top, 0, std::max(items.count - 1, 0));
->>>>>>> main
+    items.top = std::clamp(items.top, 0, std::max(items.count - GetVisibleRows(), 0));
 }
 
 void CVelFileDialog::ReadFolder() {
     m_arrFileLines.clear();
-<<<<<<< HEAD
-=======
     m_pFileDialog->sizes.clear();
->>>>>>> main
     ShellCore* core = ShellCore::Current();
     const auto entries = core ? core->ce.files().List(m_strFolder.c_str()) : std::nullopt;
     if (entries) {
         for (const ce::FolderEntry& entry : *entries) {
             const int type = core->document.CheckFileType(entry.name.c_str());
-<<<<<<< HEAD
-            const bool listed = m_nFileType == kListTypeRecordings ? type == kFileTypeDMB || type == kFileTypeTS
-                                                                   : type == m_nFileType;
-            if (!entry.isFolder && listed) {
-                m_arrFileLines.push_back(entry.name);
-=======
             const bool wanted = m_nFileType == kListTypeRecordings ? type == kFileTypeDMB || type == kFileTypeTS
                                                                    : type == m_nFileType;
             if (!entry.isFolder && wanted) {
                 m_arrFileLines.push_back(entry.name);
                 m_pFileDialog->sizes.push_back(entry.size);
->>>>>>> main
             }
         }
     }
@@ -187,78 +129,6 @@ void CVelFileDialog::ReadFolder() {
 }
 
 void CVelFileDialog::UpdateRows() {
-<<<<<<< HEAD
-    const int rows = GetVisibleRows();
-    for (int row = 0; row < kRowLimit; ++row) {
-        GButton* button = Find(kFirstRow + static_cast<UINT>(row));
-        if (!button) {
-            continue;
-        }
-        const int line = m_pItems->top + row;
-        const bool filled = row < rows && line < m_pItems->count && line < static_cast<int>(m_pLines->size());
-        button->SetText(filled ? (*m_pLines)[static_cast<std::size_t>(line)].c_str() : nullptr, 0);
-        button->SetSelected(filled && line == m_pItems->marked, 0);
-    }
-    RefreshWindow();
-}
-
-void CVelFileDialog::Scroll(int lines) {
-    m_pItems->top = std::clamp(m_pItems->top + lines, 0, std::max(0, m_pItems->count - GetVisibleRows()));
-    UpdateRows();
-}
-
-void CVelFileDialog::MoveMark(int lines) {
-    if (m_pItems->count == 0) {
-        return;
-    }
-    m_pItems->marked = std::clamp(m_pItems->marked + lines, 0, m_pItems->count - 1);
-    m_pItems->top = std::clamp(m_pItems->top, m_pItems->marked - GetVisibleRows() + 1, m_pItems->marked);
-    Scroll(0);
-}
-
-void CVelFileDialog::OnClickRow(UINT id) {
-    const int line = m_pItems->top + static_cast<int>(id - kFirstRow);
-    if (line < m_pItems->count) {
-        m_pItems->marked = line;
-        OnOK();
-    }
-}
-
-void CVelFileDialog::OnClickPage(UINT id) {
-    Scroll(id == kPageUp ? -GetVisibleRows() : GetVisibleRows());
-}
-
-void CVelFileDialog::OnKeyUp(UINT key, UINT repeatCount, UINT flags) {
-    switch (key) {
-    case kKeyUp:
-        MoveMark(-1);
-        break;
-    case kKeyDown:
-        MoveMark(+1);
-        break;
-    case kKeyPageUp:
-        MoveMark(-GetVisibleRows());
-        break;
-    case kKeyPageDown:
-        MoveMark(GetVisibleRows());
-        break;
-    default:
-        CVelDialog::OnKeyUp(key, repeatCount, flags);
-        break;
-    }
-}
-
-void CVelFileDialog::OnOK() {
-    m_nSelection = m_pItems->marked;
-    CVelDialog::OnOK();
-}
-
-LRESULT CVelFileDialog::OnRefresh(WPARAM /*wParam*/, LPARAM /*lParam*/) {
-    ReadFolder();
-    UpdateRows();
-    return 0;
-}
-=======
     const int visible = GetVisibleRows();
     for (int row = 0; row < kMostRows; ++row) {
         if (GButton* widget = Find(kFirstRow + static_cast<UINT>(row))) {
@@ -302,9 +172,39 @@ void CVelFileDialog::PickRow(int row) {
     UpdateRows();
 }
 
+// Arrow keys move the mark, the channel keys move it by a page; the rest is every dialog's.
+void CVelFileDialog::OnKeyUp(UINT key, UINT repeatCount, UINT flags) {
+    constexpr UINT kPageUp = 33, kPageDown = 34, kUp = 38, kDown = 40;
+    switch (key) {
+    case kUp:
+        MoveMark(-1);
+        break;
+    case kDown:
+        MoveMark(+1);
+        break;
+    case kPageUp:
+        MoveMark(-GetVisibleRows());
+        break;
+    case kPageDown:
+        MoveMark(GetVisibleRows());
+        break;
+    default:
+        CVelDialog::OnKeyUp(key, repeatCount, flags);
+        break;
+    }
+}
+
+void CVelFileDialog::MoveMark(int rows) {
+    if (m_pItems->count == 0) {
+        return;
+    }
+    m_pItems->marked = std::clamp(m_pItems->marked + rows, 0, m_pItems->count - 1);
+    m_pItems->top = std::clamp(m_pItems->top, m_pItems->marked - GetVisibleRows() + 1, m_pItems->marked);
+    Scroll(0);
+}
+
 void CVelFileDialog::Scroll(int rows) {
     const int last = std::max(m_pItems->count - GetVisibleRows(), 0);
     m_pItems->top = std::clamp(m_pItems->top + rows, 0, last);
     UpdateRows();
 }
->>>>>>> main

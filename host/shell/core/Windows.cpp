@@ -6,10 +6,6 @@
 
 #include <array>
 
-struct CREATESTRUCTW {
-    LONG x, y, cx, cy;
-};
-
 namespace shell {
 
 Window* ShellCore::CreateWindowFor(GView& object, GFactory& widgets, WindowKind kind, const RECT& place,

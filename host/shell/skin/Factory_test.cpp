@@ -125,7 +125,7 @@ TEST_F(ShellFixture, ButtonsAreLargeEnoughForAFinger) {
     }
     Named list(&view, u"VelDMBChList");
     list.Theme();
-    for (const UINT id : {3, 4, 40, 41, 42, 43, 44, 45, 46, 47, 48, 49, 51, 52, 60, 61, 62}) {
+    for (const UINT id : {3, 4, 40, 41, 42, 43, 44, 45, 46, 47, 48, 49, 60, 61, 62, 71, 72}) {
         check(list, id);
     }
     Named box(&view, u"VelMsgBox");
