@@ -43,7 +43,8 @@ const GMessageMap CVelFileDialog::messageMap = [] {
 }();
 
 CVelFileDialog::CVelFileDialog(GView* parent, const WCHAR* folder, int fileType)
-    : CVelDialog(parent), m_strFolder(folder ? folder : u""), m_nFileType(fileType), m_pFileDialog(new FileDialogImpl) {}
+    : CVelDialog(parent), m_strFolder(folder ? folder : u""), m_nFileType(fileType), m_pFileDialog(new FileDialogImpl) {
+}
 
 CVelFileDialog::~CVelFileDialog() {
     delete m_pFileDialog;
@@ -117,8 +118,8 @@ void CVelFileDialog::ReadFolder() {
     if (entries) {
         for (const ce::FolderEntry& entry : *entries) {
             const int type = core->document.CheckFileType(entry.name.c_str());
-            const bool wanted = m_nFileType == kListTypeRecordings ? type == kFileTypeDMB || type == kFileTypeTS
-                                                                   : type == m_nFileType;
+            const bool wanted =
+                m_nFileType == kListTypeRecordings ? type == kFileTypeDMB || type == kFileTypeTS : type == m_nFileType;
             if (!entry.isFolder && wanted) {
                 m_arrFileLines.push_back(entry.name);
                 m_pFileDialog->sizes.push_back(entry.size);

@@ -1,5 +1,5 @@
-#include "host/shell/core/testing/ShellFixture.h"
 #include "platform/velshell/VelFileDialog.h"
+#include "tests/shell/ShellFixture.h"
 
 namespace shell {
 

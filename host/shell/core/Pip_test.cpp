@@ -1,4 +1,4 @@
-#include "host/shell/core/testing/ShellFixture.h"
+#include "tests/shell/ShellFixture.h"
 
 namespace shell {
 
@@ -25,8 +25,7 @@ TEST_F(ShellFixture, SmallAndBackInOrder) {
     EXPECT_TRUE(Equal(view.Find(25)->GetRect(), {248, 172, 312, 232})) << "counted from the right and bottom edge";
     shell->Restore();
     EXPECT_FALSE(shell->Document().IsMinimized());
-    EXPECT_EQ(TestView::Calls(),
-              (Calls{"TransferToPIP", "MoveToPIPWindow", "MoveToPIPWindow", "RestoreFromPIP own"}));
+    EXPECT_EQ(TestView::Calls(), (Calls{"TransferToPIP", "MoveToPIPWindow", "MoveToPIPWindow", "RestoreFromPIP own"}));
     GetClientRect(view.GetSafeHwnd(), &client);
     EXPECT_TRUE(Equal(client, {0, 0, 800, 480}));
     EXPECT_TRUE(Equal(view.Find(25)->GetRect(), {124, 402, 228, 474}));

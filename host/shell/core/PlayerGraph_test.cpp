@@ -1,6 +1,6 @@
 #include "host/dshow/ClassTable.h"
-#include "host/shell/core/testing/ShellFixture.h"
 #include "platform/dshow_api.h"
+#include "tests/shell/ShellFixture.h"
 
 namespace shell {
 

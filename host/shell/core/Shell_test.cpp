@@ -1,4 +1,4 @@
-#include "host/shell/core/testing/ShellFixture.h"
+#include "tests/shell/ShellFixture.h"
 
 namespace shell {
 
@@ -273,7 +273,8 @@ TEST_F(ShellFixture, LeaksAreTold) {
     const HDC dc = GetDC(view.GetSafeHwnd());
     const HBITMAP strip = LoadBitmapW(nullptr, MAKEINTRESOURCEW(2001));
     PostMessageW(view.GetSafeHwnd(), WM_USER + 100, 0, 0);
-    EXPECT_EQ(shell->Leaks(), (Calls{"1 windows", "1 waiting messages", "1 contexts not released", "1 drawing objects not deleted"}));
+    EXPECT_EQ(shell->Leaks(),
+              (Calls{"1 windows", "1 waiting messages", "1 contexts not released", "1 drawing objects not deleted"}));
     EXPECT_TRUE(ReleaseDC(view.GetSafeHwnd(), dc));
     EXPECT_TRUE(DeleteObject(strip));
     shell->RunUntilIdle();

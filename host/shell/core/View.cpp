@@ -16,7 +16,8 @@ const GMessageMap GView::messageMap = [] {
          [](GView* self, WPARAM, LPARAM lParam) -> LRESULT {
              ShellCore* core = ShellCore::Current();
              if (shell::Window* window = core->windows.Find(self->GetSafeHwnd())) {
-                 core->TouchUp(*window, {static_cast<SHORT>(lParam & 0xFFFF), static_cast<SHORT>((lParam >> 16) & 0xFFFF)});
+                 core->TouchUp(*window,
+                               {static_cast<SHORT>(lParam & 0xFFFF), static_cast<SHORT>((lParam >> 16) & 0xFFFF)});
              }
              return 0;
          }},

@@ -1,5 +1,5 @@
-#include "host/shell/core/testing/ShellFixture.h"
 #include "platform/gdi.h"
+#include "tests/shell/ShellFixture.h"
 
 #include <array>
 
@@ -26,8 +26,8 @@ Dib Header565(LONG width, LONG height) {
 }
 
 int StretchInto(HDC dc, const RECT& target, const Dib& dib, const void* pixels, int width, int height) {
-    return StretchDIBits(dc, target.left, target.top, target.right - target.left, target.bottom - target.top, 0, 0, width,
-                         height, pixels, reinterpret_cast<const BITMAPINFO*>(&dib), DIB_RGB_COLORS, SRCCOPY);
+    return StretchDIBits(dc, target.left, target.top, target.right - target.left, target.bottom - target.top, 0, 0,
+                         width, height, pixels, reinterpret_cast<const BITMAPINFO*>(&dib), DIB_RGB_COLORS, SRCCOPY);
 }
 
 } // namespace
@@ -133,7 +133,8 @@ TEST_F(GdiTest, DrawTextBreaksHangulAndReturnsTheHeight) {
     EXPECT_EQ(DrawTextW(canvas.dc, text.c_str(), -1, &area, DT_WORDBREAK), 2 * size.cy);
     EXPECT_EQ(DrawTextW(canvas.dc, text.c_str(), -1, &area, 0), size.cy) << "without breaking it is one line";
     const WString ended = u"가\n나\n";
-    EXPECT_EQ(DrawTextW(canvas.dc, ended.c_str(), -1, &area, DT_WORDBREAK), 2 * size.cy) << "the last line end adds none";
+    EXPECT_EQ(DrawTextW(canvas.dc, ended.c_str(), -1, &area, DT_WORDBREAK), 2 * size.cy)
+        << "the last line end adds none";
     EXPECT_EQ(DrawTextW(canvas.dc, text.c_str(), 2, &area, DT_WORDBREAK), size.cy) << "two syllables of it";
 }
 

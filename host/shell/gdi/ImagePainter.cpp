@@ -21,7 +21,8 @@ void DrawPart(cairo_t* cairo, const Surface& picture, const Box& source, const B
     cairo_rectangle(cairo, target.x, target.y, target.width, target.height);
     cairo_clip(cairo);
     cairo_translate(cairo, target.x, target.y);
-    cairo_scale(cairo, static_cast<double>(target.width) / source.width, static_cast<double>(target.height) / source.height);
+    cairo_scale(cairo, static_cast<double>(target.width) / source.width,
+                static_cast<double>(target.height) / source.height);
     cairo_set_source_surface(cairo, picture.Cairo(), -source.x, -source.y);
     const bool scaled = target.width != source.width || target.height != source.height;
     cairo_pattern_set_filter(cairo_get_source(cairo), scaled ? CAIRO_FILTER_GOOD : CAIRO_FILTER_NEAREST);
@@ -38,7 +39,8 @@ void DrawPicture(Context& context, const Surface& picture, const RECT& target, i
     const int height = target.bottom - target.top;
     const int b = std::min({border, width / 2, height / 2, picture.Width() / 2, picture.Height() / 2});
     if (b <= 0) {
-        DrawPart(clipped.cairo, picture, {0, 0, picture.Width(), picture.Height()}, {target.left, target.top, width, height});
+        DrawPart(clipped.cairo, picture, {0, 0, picture.Width(), picture.Height()},
+                 {target.left, target.top, width, height});
         return;
     }
     const std::array<int, 4> fromX = {0, b, picture.Width() - b, picture.Width()};
@@ -58,8 +60,8 @@ void DrawCentred(Context& context, const Surface& picture, const RECT& target, d
     const ClippedCairo clipped(context);
     const int x = (target.left + target.right - picture.Width()) / 2;
     const int y = (target.top + target.bottom - picture.Height()) / 2;
-    DrawPart(clipped.cairo, picture, {0, 0, picture.Width(), picture.Height()}, {x, y, picture.Width(), picture.Height()},
-             opacity);
+    DrawPart(clipped.cairo, picture, {0, 0, picture.Width(), picture.Height()},
+             {x, y, picture.Width(), picture.Height()}, opacity);
 }
 
 void FillPixels(Context& context, const RECT& target, std::uint32_t pixel) {

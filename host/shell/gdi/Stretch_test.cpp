@@ -24,7 +24,8 @@ std::vector<std::uint32_t> Stretched(const Surface& from, int width, const RECT&
 } // namespace
 
 TEST(Stretch, OneToOneMakesPixelsOpaque) {
-    EXPECT_EQ(Stretched(Row({1, 2, 3}), 3, {0, 0, 3, 1}), (std::vector<std::uint32_t>{0xFF000001, 0xFF000002, 0xFF000003}));
+    EXPECT_EQ(Stretched(Row({1, 2, 3}), 3, {0, 0, 3, 1}),
+              (std::vector<std::uint32_t>{0xFF000001, 0xFF000002, 0xFF000003}));
 }
 
 TEST(Stretch, EnlargingToAnOddSizeCoversEveryPixel) {

@@ -1,9 +1,9 @@
 #include "host/shell/skin/Element.h"
 
+#include "host/ce/Text.h"
 #include "host/shell/gdi/ClippedCairo.h"
 #include "host/shell/gdi/ImagePainter.h"
 #include "host/shell/gdi/TextLines.h"
-#include "host/ce/Text.h"
 
 namespace {
 
@@ -98,7 +98,8 @@ const POINT* GButton::GetAnchors(int* count) const {
 
 namespace shell {
 
-Element::Element(const ElementDescription& description, const Skin& skin, const GFactory::Impl& owner, Language language) {
+Element::Element(const ElementDescription& description, const Skin& skin, const GFactory::Impl& owner,
+                 Language language) {
     m_pImpl = new Impl;
     m_pImpl->description = &description;
     m_pImpl->skin = &skin;

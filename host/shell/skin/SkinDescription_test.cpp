@@ -105,7 +105,8 @@ TEST(SkinDescription, ErrorsNameTheLineAndTheReason) {
     EXPECT_EQ(ErrorAfterHead("button 3\nrect 0 0 1 1\nfont big\n"), "4: element 3 uses the unknown font 'big'");
     EXPECT_EQ(ErrorAfterHead("button 3\ncolour red\n"), "5: 'red' is not a colour (#rrggbb or #rrggbbaa)");
     EXPECT_EQ(ErrorAfterHead("button 3\ncolour \"\"\n"), "5: '' is not a colour (#rrggbb or #rrggbbaa)");
-    EXPECT_EQ(ErrorAfterHead("button 3\nface ../../etc/x\n"), "5: '../../etc/x' is not a name (letters, digits, - and _)");
+    EXPECT_EQ(ErrorAfterHead("button 3\nface ../../etc/x\n"),
+              "5: '../../etc/x' is not a name (letters, digits, - and _)");
     EXPECT_EQ(ErrorAfterHead("button 3\nalign middle\n"), "5: 'middle' is none of: left, centre, right");
     EXPECT_EQ(ErrorAfterHead("button 3\nanchors 1 2 3\n"), "5: 'anchors' needs pairs of x and y");
     EXPECT_EQ(ErrorAfterHead("button 3\ncaption \"a\n"), "5: a quoted text is not closed properly");

@@ -76,7 +76,8 @@ TEST_F(SkinFolder, FindsByName) {
 TEST(ProductSkin, CaptionsFitTheirElementsInBothLanguages) {
     GdiState gdi;
     const SkinLibrary library(std::filesystem::path(DMB_BINARY_DIR) / "skin", gdi);
-    for (const WCHAR* resource : {u"VelMain", u"VelDMB", u"VelDMBSettings", u"VelDMBDebug", u"VelDMBChList", u"VelMsgBox"}) {
+    for (const WCHAR* resource :
+         {u"VelMain", u"VelDMB", u"VelDMBSettings", u"VelDMBDebug", u"VelDMBChList", u"VelMsgBox"}) {
         const Skin* skin = library.Find(resource);
         ASSERT_NE(skin, nullptr);
         const RECT window = {0, 0, skin->description.width, skin->description.height};
@@ -110,9 +111,11 @@ TEST(ProductSkin, MessagesFitTheBoxInBothLanguages) {
             const WString text = std::max(WString(library.Text(u"VelDMB", id, language)),
                                           WString(library.Text(u"VelMain", id, language)));
             const auto lines = BreakLines(text, area.rect.right - area.rect.left, true, measure);
-            EXPECT_LE(static_cast<int>(lines.size()) * gdi.text.LineHeight(spec), area.rect.bottom - area.rect.top) << id;
+            EXPECT_LE(static_cast<int>(lines.size()) * gdi.text.LineHeight(spec), area.rect.bottom - area.rect.top)
+                << id;
             for (const TextLine& line : lines) {
-                EXPECT_LE(measure(WStringView(text).substr(line.start, line.length)), area.rect.right - area.rect.left) << id;
+                EXPECT_LE(measure(WStringView(text).substr(line.start, line.length)), area.rect.right - area.rect.left)
+                    << id;
             }
         }
     }

@@ -3,7 +3,7 @@
 
 #include "host/ce/Ce.h"
 #include "host/shell/Shell.h"
-#include "host/shell/core/testing/TestView.h"
+#include "tests/shell/TestView.h"
 
 #include <gtest/gtest.h>
 
