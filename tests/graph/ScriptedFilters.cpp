@@ -67,6 +67,8 @@ const KindInfo& InfoOf(Kind kind) {
 // --- log and stage --------------------------------------------------------------------------------------------------
 
 void CallLog::Add(std::string text) {
+    if (listener)
+        listener(text);
     const std::scoped_lock lock(guard_);
     lines_.push_back({std::move(text), now ? now() : 0});
 }

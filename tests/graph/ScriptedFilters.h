@@ -48,6 +48,7 @@ public:
     void Clear();
 
     std::function<long()> now; // stamps the lines; may be empty
+    std::function<void(const std::string&)> listener; // is told every line; may be empty
 
 private:
     mutable std::mutex guard_; // a graph may run filters from a thread of its own
