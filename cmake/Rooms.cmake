@@ -19,6 +19,8 @@ target_compile_options(dmb_flags INTERFACE -Wall -Wextra -Wshadow -Wnon-virtual-
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT WIN32)
     # A unique inline static would keep the module loaded for ever.
     target_compile_options(dmb_flags INTERFACE -fno-gnu-unique)
+    # g++ 12 warns wrongly about joining strings (GCC bug 105651).
+    target_compile_options(dmb_flags INTERFACE -Wno-restrict)
 endif()
 if(DMB_WERROR)
     target_compile_options(dmb_flags INTERFACE -Werror)

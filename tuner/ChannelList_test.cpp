@@ -72,7 +72,7 @@ TEST_F(ChannelListTest, SavedListLoadsAgainByteForByte) {
     EXPECT_TRUE(list.SaveChannelList(kPath));
     const std::string bytes = ReadHost();
     ASSERT_EQ(bytes.size(), 64u);
-    EXPECT_EQ(bytes.substr(0, 10), std::string("\x00\x4F\x3C\x0CTV ONE", 10));
+    EXPECT_EQ(bytes.substr(0, 10), std::string("\x00\x53\x3C\x0CTV ONE", 10));
 
     ChannelList loaded;
     EXPECT_EQ(loaded.LoadChannelList(kPath), 2);

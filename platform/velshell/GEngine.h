@@ -31,11 +31,11 @@ public:
 
     GImageSet(const GImageSet&) = delete;
     GImageSet& operator=(const GImageSet&) = delete;
+    struct Impl;
 
 protected:
     GImageSet() = default;
     ~GImageSet() = default;
-    struct Impl;
     Impl* m_pImpl = nullptr;
 };
 
@@ -81,11 +81,11 @@ public:
 
     GButton(const GButton&) = delete;
     GButton& operator=(const GButton&) = delete;
+    struct Impl;
 
 protected:
     GButton() = default;
     ~GButton() = default;
-    struct Impl;
     Impl* m_pImpl = nullptr;
     friend class GFactory;
 };
@@ -121,10 +121,10 @@ public:
 
     GFactory(const GFactory&) = delete;
     GFactory& operator=(const GFactory&) = delete;
+    struct Impl;
 
 protected:
     GFactory();
-    struct Impl;
     Impl* m_pFactory = nullptr;
     friend class VelShellAccess;
 };

@@ -10,7 +10,6 @@
 class CVelDocument;
 class GObject;
 class GView;
-
 #ifndef _WIN32
 // What a window is made with; handlers hand it to their base and look at nothing else.
 struct CREATESTRUCTW {

@@ -34,9 +34,12 @@ public:
 
     static const GRuntimeClass classCVelDialog;
     static const GMessageMap messageMap;
+    struct DialogImpl;
 
 protected:
-    struct DialogImpl;
+    // Escape cancels; Enter and the OK key confirm.
+    void OnKeyUp(UINT key, UINT repeatCount, UINT flags);
+
     DialogImpl* m_pDialog = nullptr;
     friend class VelShellAccess;
 };

@@ -30,10 +30,10 @@ public:
 
     CVelDocument(const CVelDocument&) = delete;
     CVelDocument& operator=(const CVelDocument&) = delete;
+    struct Impl;
 
 protected:
     CVelDocument() = default;
     ~CVelDocument() = default;
-    struct Impl;
     Impl* m_pImpl = nullptr;
 };

@@ -71,9 +71,6 @@ public:
     virtual const RECT* GetPIPRect();
     virtual void ResetPIPosition();
 
-    // Applies the skin.
-    void Theme() override;
-
     [[nodiscard]] int IsActivated() const;
     // Switches a button between its normal (0) and its alternative (1) face.
     void SwapPIPButton(GButton* button, int alternative, int redraw);
@@ -90,6 +87,7 @@ public:
 
     static const GRuntimeClass classCVelBaseView;
     static const GMessageMap messageMap;
+    struct BaseImpl;
 
 protected:
     CVelBaseView();
@@ -98,7 +96,6 @@ protected:
 
     RECT m_rcPIP = {};         // stored small rectangle: left, top, right, bottom
     LONG m_bProfileDirty = 0;  // settings differ from the stored profile
-    struct BaseImpl;
     BaseImpl* m_pBase = nullptr;
     friend class VelShellAccess;
 };
@@ -160,6 +157,7 @@ public:
 
     static const GRuntimeClass classCVelPlayerView;
     static const GMessageMap messageMap;
+    struct PlayerImpl;
 
 protected:
     CVelPlayerView();
@@ -173,7 +171,6 @@ protected:
     IVideoWindow* m_pVideoWindow = nullptr;
     IMediaSeeking* m_pSeeking = nullptr;
     IBasicAudio* m_pAudio = nullptr;
-    struct PlayerImpl;
     PlayerImpl* m_pPlayer = nullptr;
     friend class VelShellAccess;
 };

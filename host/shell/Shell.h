@@ -1,0 +1,144 @@
+// The shell as programs and tests see it: load a module, open its view, touch it, let time pass, look at it.
+//
+// Construct a ce::Ce first, then one Shell, on the same thread; destroy them in the opposite order. All calls belong to that
+// thread. With a manual clock nothing happens by itself: RunUntilIdle handles what waits, Wait lets time pass.
+#pragma once
+
+#include "platform/types.h"
+#include "platform/velshell/VelDialog.h"
+#include "platform/velshell/VelDocument.h"
+#include "platform/velshell/VelPlayerView.h"
+
+#include "host/shell/core/BoxRecord.h"
+#include "host/shell/gdi/VideoPlane.h"
+#include "host/shell/skin/SkinDescription.h"
+#include "host/shell/skin/SkinError.h"
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ce {
+class Ce;
+}
+
+namespace shell {
+
+class ShellCore;
+class Surface;
+
+struct Setup {
+    std::filesystem::path skinFolder;
+    Language language = Language::Korean;
+    WString profileDirectory = u"\\Profile\\"; // device path with its final separator
+    bool debugMode = false;
+};
+
+class DMB_HOST_API Shell {
+public:
+    // Becomes the current shell, with its main window shown. Throws SkinError when the skin cannot be used.
+    Shell(ce::Ce& ce, const Setup& setup);
+    // Closes the view and unloads the modules.
+    ~Shell();
+    Shell(const Shell&) = delete;
+    Shell& operator=(const Shell&) = delete;
+
+    // ---- Modules and the view ----
+
+    // Returns an empty text, or the module's name and the loader's reason.
+    [[nodiscard]] std::string LoadModule(const std::filesystem::path& file);
+    // Closes the view first. False when the module is not loaded.
+    bool UnloadModule(const std::filesystem::path& file);
+    // Creates the view of that class, makes its window, applies the skin, has it read its profile and get ready. Null when
+    // there is no such class, it is no player view, or it refuses its window.
+    CVelPlayerView* OpenView(const char* className);
+    CVelPlayerView* OpenView(const GRuntimeClass& runtimeClass);
+    // Has the view save its settings, takes it down and deletes it. False when there is none or it may not be closed now. In a
+    // modal loop it is only noted, and done when the loop has ended.
+    bool CloseView();
+    // The open view, or null.
+    [[nodiscard]] CVelPlayerView* View() const;
+    [[nodiscard]] CVelDocument& Document() const;
+
+    // ---- Fingers, keys, time ----
+
+    // Presses and lets go an element of the window in front (a box, a dialog, else the view). False when it is not there, not
+    // visible, no button or disabled. What it does happens when messages are handled.
+    bool Press(UINT element);
+    // A touch at a point of the screen.
+    void Click(int x, int y);
+    void TouchDown(int x, int y);
+    void TouchUp(int x, int y);
+    // A key is let go; `repeat` is what its message says.
+    void Key(UINT code, UINT repeat = 1);
+
+    // Handles everything that waits, without letting time pass.
+    void RunUntilIdle();
+    // Lets so many milliseconds pass, with timers in their order.
+    void Wait(int milliseconds);
+    // Inside a modal loop that has nothing to do, the next of these is called; then the scripted answers and the idle input are
+    // asked. A modal loop for which nothing is left ends with Cancel.
+    void DuringModal(std::function<void()> action);
+    // Asked when a modal loop has nothing else to do; true when it did something.
+    void SetIdleInput(std::function<bool()> input);
+    // Depth of modal loops now.
+    [[nodiscard]] int ModalDepth() const;
+
+    // ---- What the shell does with the view ----
+
+    // The view becomes a small window, moves while small, returns to full size. False when it may not.
+    bool Minimize();
+    void MoveSmall(const RECT& place);
+    void Restore();
+    void SetDebugMode(bool on);
+    // Asks every view to save at its next SaveProfile, and has it save.
+    void SaveAll();
+    void SetLanguage(Language language);
+    // The user leaves: the window is hidden, waits end, boxes and dialogs are cancelled, the view is closed.
+    void Quit();
+    [[nodiscard]] bool IsQuitting() const;
+    // Called once by Quit, before anything else; the place to make the tuner answer at once.
+    void SetQuitListener(std::function<void()> listener);
+
+    // ---- Boxes ----
+
+    // Answers the next box with this text (none: any) with OK or Cancel.
+    void Answer(std::optional<WORD> textId, bool ok);
+    [[nodiscard]] const std::vector<BoxRecord>& BoxRecords() const;
+    [[nodiscard]] bool IsBoxOpen() const;
+
+    // ---- Looking ----
+
+    // An element of the window in front, or null.
+    [[nodiscard]] GButton* Element(UINT id) const;
+    [[nodiscard]] const WCHAR* Title() const;
+    // Writes the screen as PNG. False when the file cannot be written.
+    [[nodiscard]] bool Screenshot(const std::filesystem::path& file);
+    // Writes one window as PNG, with its transparency. False when there is no such window or file.
+    [[nodiscard]] bool ScreenshotWindow(HWND window, const std::filesystem::path& file);
+    // The screen as rows of 32-bit pixels (0xFFRRGGBB), 800 a row. Valid until the next call.
+    [[nodiscard]] const std::uint32_t* Screen();
+    // Called after something on the screen changed.
+    void SetScreenListener(std::function<void()> listener);
+    [[nodiscard]] VideoPlane& Video();
+
+    // ---- The log and the leak check ----
+
+    [[nodiscard]] std::vector<std::string> Log() const;
+    void ClearLog();
+    void Note(std::string line);
+    // What is left over now, one line each: windows, messages, timers, drawing contexts and objects, files. With a view open
+    // its own window and timers are among them.
+    [[nodiscard]] std::vector<std::string> Leaks() const;
+
+private:
+    void Touch(UINT message, int x, int y);
+
+    std::unique_ptr<ShellCore> core;
+    std::unique_ptr<Surface> screen;
+};
+
+} // namespace shell

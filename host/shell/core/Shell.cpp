@@ -1,0 +1,230 @@
+// The public face.
+#include "host/shell/Shell.h"
+
+#include "host/shell/core/Access.h"
+#include "host/shell/core/BaseImpl.h"
+#include "host/shell/core/ShellCore.h"
+
+namespace shell {
+
+Shell::Shell(ce::Ce& ce, const Setup& setup)
+    : core(std::make_unique<ShellCore>(ce, setup)), screen(std::make_unique<Surface>(kScreenWidth, kScreenHeight)) {}
+
+Shell::~Shell() = default;
+
+// ---- Modules and the view ----
+
+std::string Shell::LoadModule(const std::filesystem::path& file) {
+    return core->modules.Load(file);
+}
+
+bool Shell::UnloadModule(const std::filesystem::path& file) {
+    core->CloseView();
+    return !core->view && core->modules.Unload(file);
+}
+
+CVelPlayerView* Shell::OpenView(const char* className) {
+    const GRuntimeClass* found = core->classes.Find(className);
+    return found ? core->OpenView(*found) : nullptr;
+}
+
+CVelPlayerView* Shell::OpenView(const GRuntimeClass& runtimeClass) {
+    return core->OpenView(runtimeClass);
+}
+
+bool Shell::CloseView() {
+    return core->CloseView();
+}
+
+CVelPlayerView* Shell::View() const {
+    return core->view;
+}
+
+CVelDocument& Shell::Document() const {
+    return core->document;
+}
+
+// ---- Fingers, keys, time ----
+
+bool Shell::Press(UINT element) {
+    Window* window = core->InputWindow();
+    const GButton* found = window ? window->widgets->Find(element) : nullptr;
+    return found && core->Click(*window, *static_cast<const class Element*>(found));
+}
+
+void Shell::Click(int x, int y) {
+    TouchDown(x, y);
+    TouchUp(x, y);
+}
+
+void Shell::TouchDown(int x, int y) {
+    Touch(WM_LBUTTONDOWN, x, y);
+}
+
+void Shell::TouchUp(int x, int y) {
+    Touch(WM_LBUTTONUP, x, y);
+}
+
+void Shell::Touch(UINT message, int x, int y) {
+    const Window* window = core->windows.At({x, y});
+    if (window && core->TakesInput(*window)) {
+        const auto place = static_cast<LPARAM>(((y - window->place.top) & 0xFFFF) << 16 | ((x - window->place.left) & 0xFFFF));
+        core->ce.loop().Post(window->handle, message, 0, place);
+    }
+}
+
+void Shell::Key(UINT code, UINT repeat) {
+    if (const Window* window = core->KeyWindow()) {
+        constexpr UINT kReleased = 0xC0000000;
+        core->ce.loop().Post(window->handle, WM_KEYUP, code, static_cast<LPARAM>(kReleased | (repeat & 0xFFFF)));
+    }
+}
+
+void Shell::RunUntilIdle() {
+    core->ce.loop().RunUntilIdle();
+}
+
+void Shell::Wait(int milliseconds) {
+    core->ce.loop().RunFor(milliseconds);
+}
+
+void Shell::DuringModal(std::function<void()> action) {
+    core->modalActions.push_back(std::move(action));
+}
+
+void Shell::SetIdleInput(std::function<bool()> input) {
+    core->idleInput = std::move(input);
+}
+
+int Shell::ModalDepth() const {
+    return static_cast<int>(core->modalWindows.size());
+}
+
+// ---- What the shell does with the view ----
+
+bool Shell::Minimize() {
+    return core->Minimize();
+}
+
+void Shell::MoveSmall(const RECT& place) {
+    core->MoveSmall(place);
+}
+
+void Shell::Restore() {
+    core->Restore();
+}
+
+void Shell::SetDebugMode(bool on) {
+    core->document.SetDebugMode(on);
+}
+
+void Shell::SaveAll() {
+    core->document.RequestSave();
+    if (core->view) {
+        core->view->SaveProfile();
+    }
+}
+
+void Shell::SetLanguage(Language language) {
+    core->language = language;
+    core->main->Locale();
+    if (core->view) {
+        core->view->Locale();
+    }
+}
+
+void Shell::Quit() {
+    core->Quit();
+}
+
+bool Shell::IsQuitting() const {
+    return core->quitting;
+}
+
+void Shell::SetQuitListener(std::function<void()> listener) {
+    core->quitListener = std::move(listener);
+}
+
+// ---- Boxes ----
+
+void Shell::Answer(std::optional<WORD> textId, bool ok) {
+    core->boxes.answers.push_back({textId, ok ? kDialogOk : kDialogCancel});
+}
+
+const std::vector<BoxRecord>& Shell::BoxRecords() const {
+    return core->boxes.records;
+}
+
+bool Shell::IsBoxOpen() const {
+    return core->boxes.Front() != nullptr;
+}
+
+// ---- Looking ----
+
+GButton* Shell::Element(UINT id) const {
+    const Window* window = core->InputWindow();
+    return window ? window->widgets->Find(id) : nullptr;
+}
+
+const WCHAR* Shell::Title() const {
+    return core->view ? VelShellAccess::Base(*core->view).title.c_str() : u"";
+}
+
+const std::uint32_t* Shell::Screen() {
+    while (core->PaintOne()) {
+    }
+    core->windows.Compose(*screen, core->video);
+    return screen->Row(0);
+}
+
+bool Shell::Screenshot(const std::filesystem::path& file) {
+    return Screen() != nullptr && screen->WritePng(file);
+}
+
+bool Shell::ScreenshotWindow(HWND window, const std::filesystem::path& file) {
+    while (core->PaintOne()) {
+    }
+    const Window* found = core->windows.Find(window);
+    return found && found->surface->WritePng(file);
+}
+
+void Shell::SetScreenListener(std::function<void()> listener) {
+    core->screenListener = std::move(listener);
+}
+
+VideoPlane& Shell::Video() {
+    return core->video;
+}
+
+// ---- The log and the leak check ----
+
+std::vector<std::string> Shell::Log() const {
+    return core->log.Lines();
+}
+
+void Shell::ClearLog() {
+    core->log.Clear();
+}
+
+void Shell::Note(std::string line) {
+    core->log.Note(std::move(line));
+}
+
+std::vector<std::string> Shell::Leaks() const {
+    std::vector<std::string> leaks;
+    const auto check = [&leaks](std::size_t count, std::size_t expected, const char* what) {
+        if (count > expected) {
+            leaks.push_back(std::to_string(count - expected) + " " + what);
+        }
+    };
+    constexpr std::size_t kOwnWindows = 1;
+    check(core->windows.Count(), kOwnWindows, "windows");
+    check(core->ce.loop().WaitingMessages(), 0, "waiting messages");
+    check(core->ce.loop().RunningTimers(), 0, "running timers");
+    check(core->gdi.OpenWindowContexts(), 0, "contexts not released");
+    check(core->gdi.CallerObjects(), 0, "drawing objects not deleted");
+    check(core->ce.files().OpenCount(), 0, "open files");
+    return leaks;
+}
+
+} // namespace shell

@@ -1,0 +1,131 @@
+// The one object behind the framework classes: all that the shell knows. Shell.h is its public face.
+//
+// There is one current shell; the framework classes find it through ShellCore::Current(). Everything here belongs to the
+// shell's thread.
+#pragma once
+
+#include "host/ce/Ce.h"
+#include "host/shell/Shell.h"
+#include "host/shell/core/Boxes.h"
+#include "host/shell/core/Document.h"
+#include "host/shell/core/EffectLog.h"
+#include "host/shell/core/ModuleLoader.h"
+#include "host/shell/core/RunTimeClasses.h"
+#include "host/shell/core/MainWindow.h"
+#include "host/shell/gdi/VideoPlane.h"
+#include "host/shell/core/WindowTree.h"
+#include "host/shell/skin/Element.h"
+#include "host/shell/skin/SkinHost.h"
+#include "platform/velshell/VelPlayerView.h"
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace shell {
+
+inline constexpr int kScreenWidth = 800;
+inline constexpr int kScreenHeight = 480;
+inline constexpr RECT kScreen = {0, 0, kScreenWidth, kScreenHeight};
+
+// The shell's own messages to its main window.
+inline constexpr UINT kCloseViewMessage = WM_USER + 300;
+// Requests that views post: the picture under the view, and a message box.
+inline constexpr UINT kVideoMessage = WM_USER + 5;
+inline constexpr UINT kBoxMessage = WM_USER + 7;
+// Commands of the shell's own.
+inline constexpr UINT kCommandFullSize = 17;
+inline constexpr UINT kCommandSmallSize = 19;
+inline constexpr UINT kCommandPreload = 64954;
+
+class ShellCore final : public SkinHost {
+public:
+    ShellCore(ce::Ce& system, const Setup& setup);
+    ~ShellCore();
+    ShellCore(const ShellCore&) = delete;
+    ShellCore& operator=(const ShellCore&) = delete;
+
+    [[nodiscard]] static ShellCore* Current();
+
+    // ---- Windows (Windows.cpp) ----
+
+    // Makes a window for a view object: WM_CREATE is sent; null when the object refuses it.
+    [[nodiscard]] Window* CreateWindowFor(GView& view, GFactory& widgets, WindowKind kind, const RECT& place,
+                                          const std::string& logName);
+    void DestroyWindowOf(GView& view);
+    // Brings a view in front of the other views; dialogs and boxes stay above it.
+    void RaiseBelowDialogs(HWND handle);
+    LRESULT Dispatch(HWND handle, UINT message, WPARAM wParam, LPARAM lParam);
+    // Paints one window that wants it. False when none does.
+    bool PaintOne();
+    void PaintWindow(Window& window);
+    // The screen has changed: whoever presents it should compose it again.
+    void ScreenChanged();
+
+    // ---- Touches and keys (Input.cpp) ----
+
+    void TouchDown(Window& window, POINT client);
+    void TouchUp(Window& window, POINT client);
+    // May this window take input now? While a modal window is up, only it and message boxes may.
+    [[nodiscard]] bool TakesInput(const Window& window) const;
+    // Presses and lets go an element. False when it is not to be pressed or the window refuses.
+    bool Click(Window& window, const Element& element);
+    // The window in front that takes touches: a box, a dialog, the view, the home screen.
+    [[nodiscard]] Window* InputWindow();
+    // Where keys go.
+    [[nodiscard]] Window* KeyWindow();
+
+    // ---- Modal windows (Modal.cpp) ----
+
+    // Dispatches until `done`; false when it was cut short (nothing can happen any more, or the user leaves).
+    bool RunModal(HWND window, const std::function<bool()>& done);
+    // Called when a modal loop has nothing to do. True when something was done.
+    bool ModalIdle();
+
+    // ---- The view (ViewLife.cpp) ----
+
+    [[nodiscard]] CVelPlayerView* OpenView(const GRuntimeClass& runtimeClass);
+    // In a modal loop it is only noted, and done when that has ended: true all the same.
+    bool CloseView();
+    void Quit();
+
+    // ---- Small window (Pip.cpp) ----
+
+    bool Minimize();
+    void MoveSmall(const RECT& place);
+    void Restore();
+
+    // ---- SkinHost ----
+
+    [[nodiscard]] GdiState& Gdi() override { return gdi; }
+    [[nodiscard]] const SkinLibrary& Skins() const override { return skins; }
+    [[nodiscard]] Language CurrentLanguage() const override { return language; }
+    void Redraw(HWND window, const RECT& rect, bool atOnce) override;
+    [[nodiscard]] bool ShowsVideoBehind(HWND window) const override;
+
+    ce::Ce& ce;
+    GdiState gdi;
+    SkinLibrary skins;
+    Language language;
+    Document document;
+    RunTimeClasses classes;
+    EffectLog log;
+    VideoPlane video;
+    WindowTree windows;
+    Boxes boxes;
+    std::unique_ptr<MainWindow> main;
+    CVelPlayerView* view = nullptr;
+    std::vector<HWND> modalWindows; // last: in front
+    bool closePending = false;
+    bool quitting = false;
+    RECT smallPlace = {};    // where the small window is now
+    bool smallMoved = false; // the user moved it
+    std::deque<std::function<void()>> modalActions;
+    std::function<bool()> idleInput;
+    std::function<void()> screenListener;
+    std::function<void()> quitListener;
+    ModuleLoader modules;
+};
+
+} // namespace shell

@@ -1,0 +1,110 @@
+// GView: a window's default answers; GMessage: numbered texts.
+#include "host/ce/Text.h"
+#include "host/shell/core/ShellCore.h"
+
+using shell::ShellCore;
+
+const GRuntimeClass GView::classGView = {"GView", nullptr, &GObject::classGObject};
+
+const GMessageMap GView::messageMap = [] {
+    static const GMessageEntry rows[] = {
+        GMap::OnCreate<&GView::OnCreate>(),
+        GMap::OnTimer<&GView::OnTimer>(),
+        GMap::OnKeyUp<&GView::OnKeyUp>(),
+        GMap::OnLButtonDown<&GView::OnLButtonDown>(),
+        {WM_LBUTTONUP, 0, 0,
+         [](GView* self, WPARAM, LPARAM lParam) -> LRESULT {
+             ShellCore* core = ShellCore::Current();
+             if (shell::Window* window = core->windows.Find(self->GetSafeHwnd())) {
+                 core->TouchUp(*window, {static_cast<SHORT>(lParam & 0xFFFF), static_cast<SHORT>((lParam >> 16) & 0xFFFF)});
+             }
+             return 0;
+         }},
+    };
+    return GMessageMap{nullptr, rows, 5};
+}();
+
+GView::GView() = default;
+GView::~GView() = default;
+
+const GRuntimeClass* GView::GetRuntimeClass() const {
+    return &classGView;
+}
+
+const GMessageMap* GView::GetMessageMap() const {
+    return &messageMap;
+}
+
+void GView::OnDraw(HDC /*dc*/) {}
+
+CVelDocument* GView::GetDocument() const {
+    ShellCore* core = ShellCore::Current();
+    return core ? &core->document : nullptr;
+}
+
+int GView::OnCreate(CREATESTRUCTW* /*parameters*/) {
+    return 0;
+}
+
+void GView::OnTimer(UINT_PTR id) {
+    if (ShellCore* core = ShellCore::Current()) {
+        core->log.Note("host timer " + std::to_string(id));
+    }
+}
+
+void GView::OnKeyUp(UINT key, UINT /*repeatCount*/, UINT /*flags*/) {
+    if (ShellCore* core = ShellCore::Current()) {
+        core->log.Note("host key " + std::to_string(key));
+    }
+}
+
+void GView::OnLButtonDown(UINT /*flags*/, POINT point) {
+    ShellCore* core = ShellCore::Current();
+    if (shell::Window* window = core ? core->windows.Find(m_hWnd) : nullptr) {
+        core->TouchDown(*window, point);
+    }
+}
+
+void GView::BringToTop() {
+    ShellCore* core = ShellCore::Current();
+    if (core && core->windows.Find(m_hWnd)) {
+        core->RaiseBelowDialogs(m_hWnd);
+    }
+}
+
+HWND GView::GetMainWindow() {
+    const ShellCore* core = ShellCore::Current();
+    return core && core->main ? core->main->GetSafeHwnd() : nullptr;
+}
+
+RECT GView::GetMainWindowRect() {
+    return shell::kScreen;
+}
+
+HWND GView::GetFrontWindow() {
+    ShellCore* core = ShellCore::Current();
+    const shell::Window* front = core ? core->windows.Front() : nullptr;
+    return front ? front->handle : nullptr;
+}
+
+// ---- GMessage ----
+
+GMessage::GMessage() = default;
+GMessage::~GMessage() = default;
+
+const WCHAR* GMessage::GetMessageW(WORD id) const {
+    const ShellCore* core = ShellCore::Current();
+    return core ? core->skins.Text(m_strMessageResource, id, core->language) : u"";
+}
+
+WString GMessage::atou(const char* text, int byteCount, int /*flags*/) {
+    if (!text || byteCount <= 0) {
+        return {};
+    }
+    const std::string_view bytes(text, static_cast<std::size_t>(byteCount));
+    return ce::NarrowToWide(bytes.substr(0, bytes.find('\0')));
+}
+
+void GMessage::SetMessageResource(const WCHAR* resourceName) {
+    m_strMessageResource = resourceName;
+}

@@ -1,0 +1,57 @@
+// The shell's windows: who is where, who is in front, what must be painted.
+#pragma once
+
+#include "host/shell/gdi/VideoPlane.h"
+#include "host/shell/gdi/Context.h"
+#include "platform/velshell/GEngine.h"
+#include "platform/velshell/GWorkspace.h"
+
+#include <memory>
+#include <vector>
+
+namespace shell {
+
+enum class WindowKind { Main, View, Dialog, MessageBox };
+
+struct Window {
+    HWND handle = nullptr;
+    WindowKind kind = WindowKind::Main;
+    GView* view = nullptr;
+    GFactory* widgets = nullptr;
+    RECT place = {}; // on the screen
+    bool visible = false;
+    std::unique_ptr<Surface> surface; // as large as the window
+    Region invalid;                   // in client coordinates
+    bool painting = false;
+
+    [[nodiscard]] int Width() const { return place.right - place.left; }
+    [[nodiscard]] int Height() const { return place.bottom - place.top; }
+    [[nodiscard]] RECT Client() const { return {0, 0, Width(), Height()}; }
+};
+
+class WindowTree {
+public:
+    // A new window in front of all others, hidden.
+    Window& Add(HWND handle, WindowKind kind, GView& view, GFactory& widgets, const RECT& place);
+    void Remove(HWND handle);
+    [[nodiscard]] Window* Find(HWND handle);
+    [[nodiscard]] std::size_t Count() const { return windows.size(); }
+
+    // Moves and sizes a window; its surface is made anew when the size changes.
+    static void Place(Window& window, const RECT& place);
+    void Raise(HWND handle);
+    // The window in front at a point of the screen, or null.
+    [[nodiscard]] Window* At(POINT point);
+    // The visible window that is in front of all others, or null.
+    [[nodiscard]] Window* Front();
+    // The visible window in front that wants painting, lowest first, or null.
+    [[nodiscard]] Window* NextToPaint();
+
+    // All visible windows on one picture; the moving picture lies under the view.
+    void Compose(Surface& screen, const VideoPlane& video) const;
+
+private:
+    std::vector<std::unique_ptr<Window>> windows; // lowest first
+};
+
+} // namespace shell

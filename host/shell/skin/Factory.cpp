@@ -1,0 +1,116 @@
+// The widget factory: elements from a skin, found by number, painted in the skin's order.
+#include "host/shell/gdi/ImagePainter.h"
+#include "host/shell/skin/Element.h"
+
+using shell::Element;
+
+GFactory::GFactory() : m_pFactory(new Impl) {}
+
+GFactory::~GFactory() {
+    if (shell::SkinHost* host = shell::CurrentSkinHost()) {
+        host->Gdi().EndContext(m_pFactory->canvas);
+    }
+    delete m_pFactory;
+}
+
+void GFactory::Paint(HDC dc) {
+    DoPaint(dc);
+}
+
+void GFactory::DoPaint(HDC dc) {
+    shell::SkinHost* host = shell::CurrentSkinHost();
+    shell::Context* context = host ? host->Gdi().Find(dc) : nullptr;
+    if (!context) {
+        return;
+    }
+    const RECT clip = context->clip.Extents();
+    if (host->ShowsVideoBehind(m_pFactory->window)) {
+        shell::FillPixels(*context, clip, 0);
+    } else {
+        shell::FillPixels(*context, clip, shell::kOpaque);
+        if (m_pFactory->skin && m_pFactory->skin->background) {
+            const shell::Surface& picture = m_pFactory->skin->background->surface;
+            shell::DrawPicture(*context, picture, picture.Bounds(), 0);
+        }
+    }
+    for (const auto& element : m_pFactory->elements) {
+        RECT common;
+        if (element->State().visible && IntersectRect(&common, &element->State().rect, &clip)) {
+            element->Paint(*context);
+        }
+    }
+}
+
+void GFactory::RefreshWindow() {
+    shell::SkinHost* host = shell::CurrentSkinHost();
+    if (host && m_pFactory->window) {
+        host->Redraw(m_pFactory->window, {0, 0, shell::kMaxSurfaceSide, shell::kMaxSurfaceSide}, false);
+    }
+}
+
+HFONT GFactory::GetDefaultFont() const {
+    return m_pFactory->skin ? m_pFactory->skin->fonts.at("default") : nullptr;
+}
+
+const WCHAR* GFactory::GetResourceName() const {
+    return u"";
+}
+
+int GFactory::OnPreClick(UINT /*id*/) {
+    return 0;
+}
+
+void GFactory::Theme() {
+    shell::SkinHost* host = shell::CurrentSkinHost();
+    m_pFactory->pressed = nullptr;
+    m_pFactory->elements.clear();
+    m_pFactory->skin = host ? host->Skins().Find(GetResourceName()) : nullptr;
+    if (!m_pFactory->skin) {
+        return;
+    }
+    for (const shell::ElementDescription& description : m_pFactory->skin->description.elements) {
+        m_pFactory->elements.push_back(
+            std::make_unique<Element>(description, *m_pFactory->skin, *m_pFactory, host->CurrentLanguage()));
+    }
+    if (m_pFactory->themed) {
+        m_pFactory->themed();
+    }
+    RefreshWindow();
+}
+
+void GFactory::Locale() {
+    shell::SkinHost* host = shell::CurrentSkinHost();
+    for (const auto& element : m_pFactory->elements) {
+        if (!element->State().description->captions[0][0].empty()) {
+            element->SetCaption(host->CurrentLanguage());
+        }
+    }
+    RefreshWindow();
+}
+
+GButton* GFactory::Find(UINT id) const {
+    for (const auto& element : m_pFactory->elements) {
+        if (element->GetId() == id) {
+            return element.get();
+        }
+    }
+    return nullptr;
+}
+
+void GFactory::ShowButton(UINT id, int show, int redraw) {
+    if (GButton* element = Find(id)) {
+        element->Show(show, redraw);
+    }
+}
+
+HDC GFactory::GetCanvas() const {
+    shell::SkinHost* host = shell::CurrentSkinHost();
+    if (!m_pFactory->canvas && host) {
+        m_pFactory->canvas = host->Gdi().MakeMemoryContext();
+    }
+    return m_pFactory->canvas;
+}
+
+const GImage* GFactory::GetBackground() const {
+    return m_pFactory->skin ? m_pFactory->skin->background : nullptr;
+}
