@@ -47,7 +47,8 @@ CDMBFilterControl::CDMBFilterControl(IGraphBuilder* pGraphBuilder)
     : m_pGraphBuilder(pGraphBuilder), m_pParser(nullptr), m_pBSACDecoder(nullptr), m_pAudioRenderer(nullptr),
       m_pVideoDecoder(nullptr), m_pVideoRenderer(nullptr), m_pDABSource(nullptr), m_pMP3Decoder(nullptr) {}
 
-CDMBFilterControl::~CDMBFilterControl() = default;
+// Here and not in the class: the shell links to it.
+CDMBFilterControl::~CDMBFilterControl() {}
 
 CDMBFilterControl& CDMBFilterControl::operator=(const CDMBFilterControl& other) = default;
 

@@ -34,7 +34,10 @@ private:
         Block block;
     };
     struct Part {
-        ScanComponent ids;
+        int component = 0; // index in the frame
+        const HuffmanTable* dcTable = nullptr;
+        const HuffmanTable* acTable = nullptr;
+        const SkipTable* skipTable = nullptr;
         int prediction = 0;
         ZeroBlock zeros;
     };

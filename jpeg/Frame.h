@@ -19,7 +19,7 @@ struct Component {
     std::uint8_t id = 0; // Ci
     int h = 1;           // Hi, 1..4
     int v = 1;           // Vi, 1..4
-    std::uint8_t quantId = 0; // Tqi, 0..3
+    std::uint8_t quantId = 0; // Tqi as sent; only 0..3 can be used
 };
 
 enum class FrameKind { kNone, kBaseline, kProgressive };

@@ -20,7 +20,7 @@ struct ChromaTerms {
 // `cb` and `cr` are 16-bit lanes, already centred. The table entries without their whole steps (c for red, 2c for blue,
 // -cr for green) are products of 16 bits; the offsets 5 and -11 stand for the rounding half and are exact for every one
 // of the 256 values.
-ChromaTerms TermsOf(Lanes cb, Lanes cr) {
+[[gnu::always_inline]] inline ChromaTerms TermsOf(Lanes cb, Lanes cr) {
     const Lanes cr4 = _mm_slli_epi16(cr, 2);
     const Lanes cb5 = _mm_add_epi16(_mm_slli_epi16(cb, 2), cb);
     const Lanes redPart = _mm_mulhi_epi16(_mm_add_epi16(cr4, _mm_set1_epi16(5)), _mm_set1_epi16(6587));
@@ -48,7 +48,7 @@ Lanes AddLuma(Lanes y, Lanes low, Lanes high) {
                             _mm_add_epi16(_mm_unpackhi_epi8(y, zero), high));
 }
 
-template <int kChromaShift> Sixteen Convert(const SampleRow& row, int x) {
+template <int kChromaShift> [[gnu::always_inline]] inline Sixteen Convert(const SampleRow& row, int x) {
     const Lanes zero = _mm_setzero_si128();
     const Lanes centre = _mm_set1_epi16(kChromaCentre);
     const Lanes y = _mm_loadu_si128(reinterpret_cast<const __m128i*>(row[0] + x));

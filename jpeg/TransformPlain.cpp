@@ -114,7 +114,7 @@ void TransformFull(const std::int16_t* values, const Dequantiser& dequantiser, b
     }
 }
 
-// The full butterfly over frequencies 0..3; outputs averaged in the pairs (0,1) (2,3) (4,5) (6,7).
+// The full butterfly over frequencies 0..3; outputs averaged in the pairs (0,1) (2,3) (4,5) (6,7) before the range limit.
 void TransformHalf(const std::int16_t* values, const Dequantiser& dequantiser, bool dcOnly, std::uint8_t* samples,
                    std::ptrdiff_t stride) {
     const auto at = [&](int row, int column) {
@@ -135,14 +135,13 @@ void TransformHalf(const std::int16_t* values, const Dequantiser& dequantiser, b
     for (int row = 0; row < 4; ++row) {
         const Eight outputs = Butterfly({rows[row][0], rows[row][1], rows[row][2], rows[row][3]});
         for (int column = 0; column < 4; ++column) {
-            samples[row * stride + column] = static_cast<std::uint8_t>(
-                Average(ToSample(outputs[2 * column]), ToSample(outputs[2 * column + 1])));
+            samples[row * stride + column] = ToSample(Add(outputs[2 * column], outputs[2 * column + 1]) >> 1);
         }
     }
 }
 
-// The full butterfly over frequencies 0 and 1; the averages of outputs (1,2) and (5,6). With two inputs it comes down to
-// one product for each output.
+// The full butterfly over frequencies 0 and 1; the averages of outputs (1,2) and (5,6), of the second pass after
+// the range limit.
 void TransformQuarter(const std::int16_t* values, const Dequantiser& dequantiser, bool dcOnly, std::uint8_t* samples,
                       std::ptrdiff_t stride) {
     const auto at = [&](int i) { return Dequantise(values[i], dequantiser.multiplier[i]); };

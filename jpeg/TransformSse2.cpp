@@ -43,7 +43,7 @@ Lanes ScaleMinus669(Lanes value) {
 }
 
 // One pass over eight lanes, in place.
-void Butterfly(Lanes (&v)[8]) {
+[[gnu::always_inline]] inline void Butterfly(Lanes (&v)[8]) {
     const Lanes e0 = _mm_add_epi16(v[0], v[4]);
     const Lanes e1 = _mm_sub_epi16(v[0], v[4]);
     const Lanes e3 = _mm_add_epi16(v[2], v[6]);
@@ -74,7 +74,7 @@ void Butterfly(Lanes (&v)[8]) {
 }
 
 // The same with the inputs 4..7 known to be 0.
-void ButterflyLow(Lanes (&v)[8]) {
+[[gnu::always_inline]] inline void ButterflyLow(Lanes (&v)[8]) {
     const Lanes e2 = _mm_sub_epi16(Scale362(v[2]), v[2]);
     const Lanes even0 = _mm_add_epi16(v[0], v[2]);
     const Lanes even3 = _mm_sub_epi16(v[0], v[2]);
@@ -99,7 +99,7 @@ void ButterflyLow(Lanes (&v)[8]) {
     v[7] = _mm_sub_epi16(even0, odd7);
 }
 
-void Transpose(Lanes (&v)[8]) {
+[[gnu::always_inline]] inline void Transpose(Lanes (&v)[8]) {
     Lanes a[8];
     for (int i = 0; i < 4; ++i) {
         a[2 * i] = _mm_unpacklo_epi16(v[i], v[i + 4]);
@@ -233,17 +233,9 @@ void TransformHalf(const std::int16_t* values, const Dequantiser& dequantiser, b
     v[2] = columns23;
     v[3] = _mm_srli_si128(columns23, 8);
     ButterflyLow(v);
-    // Limit to -128..127 first, then average, as the outputs are averaged after the range limit.
-    const auto limit = [](Lanes a) {
-        return _mm_max_epi16(_mm_min_epi16(_mm_srai_epi16(a, 5), _mm_set1_epi16(127)), _mm_set1_epi16(-128));
-    };
-    const auto output = [&](Lanes a, Lanes b) {
-        return _mm_srai_epi16(_mm_add_epi16(limit(a), limit(b)), 1); // lanes: rows
-    };
-    const Lanes a = _mm_unpacklo_epi16(output(v[0], v[1]), output(v[2], v[3]));
-    const Lanes b = _mm_unpacklo_epi16(output(v[4], v[5]), output(v[6], v[7]));
-    const Lanes bytes = _mm_xor_si128(_mm_packs_epi16(_mm_unpacklo_epi32(a, b), _mm_unpackhi_epi32(a, b)),
-                                      _mm_set1_epi8(-128));
+    const Lanes a = _mm_unpacklo_epi16(AverageDown(v[0], v[1]), AverageDown(v[2], v[3])); // lanes: rows
+    const Lanes b = _mm_unpacklo_epi16(AverageDown(v[4], v[5]), AverageDown(v[6], v[7]));
+    const Lanes bytes = PackSamples(_mm_unpacklo_epi32(a, b), _mm_unpackhi_epi32(a, b));
     alignas(16) std::uint8_t out[16];
     _mm_store_si128(reinterpret_cast<__m128i*>(out), bytes);
     for (int row = 0; row < 4; ++row) {

@@ -69,10 +69,10 @@ public:
                 continue;
             }
             at += 2;
-            if (marker == 0xD9) {
+            if (marker == 0xD9 && !parts.empty()) {
                 return;
             }
-            if (marker == 0x00 || (marker >= 0xD0 && marker <= 0xD8)) {
+            if (marker == 0x00 || marker == 0xD9 || (marker >= 0xD0 && marker <= 0xD8)) {
                 continue;
             }
             const std::size_t length = static_cast<std::size_t>(Word(at));
