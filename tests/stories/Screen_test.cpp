@@ -1,7 +1,7 @@
 // The screen: title, information, progress bar, labels, slides, small form.
 #include <thread>
 
-#include "dataservice//PadInfo.h"
+#include "dataservice/PadInfo.h"
 #include "platform/gdi.h"
 #include "tests/stories/Story.h"
 
