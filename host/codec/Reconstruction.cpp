@@ -1,6 +1,7 @@
 #include "host/codec/Reconstruction.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <span>
@@ -25,10 +26,13 @@ void Reconstruction::DequantiseQuad(const Quad& quad, unsigned channel, float ba
     for (unsigned k = 0; k < kQuadLines; ++k) {
         const unsigned element = 2 * k + channel;
         const unsigned magnitude = quad.magnitude[element];
-        const float value = magnitude < kSmall
-                                ? power[magnitude]
-                                : static_cast<float>(magnitude * std::cbrt(static_cast<double>(magnitude)));
-        lines[k] = ((quad.negative >> element & 1) != 0 ? -value : value) * bandGain;
+        float value = 0;
+        if (magnitude < kSmall) [[likely]]
+            value = power[magnitude];
+        else
+            value = static_cast<float>(magnitude * std::cbrt(static_cast<double>(magnitude)));
+        const std::uint32_t sign = static_cast<std::uint32_t>(quad.negative) >> element << 31;
+        lines[k] = std::bit_cast<float>(std::bit_cast<std::uint32_t>(value * bandGain) ^ sign);
     }
 }
 
@@ -44,11 +48,15 @@ void Reconstruction::Dequantise(const BlockHeader& header, const LayerGeometry& 
         unsigned quad = firstLine / kQuadLines;
         for (unsigned sfb = 0; sfb < header.maxSfb; ++sfb) {
             const unsigned index = SfbIndex(g, sfb);
+            const unsigned quads = (edges[sfb + 1] - edges[sfb]) / kQuadLines * windows;
+            if (channel == 1 && IsIntensity(info, index)) {
+                quad += quads;
+                continue;
+            }
             const float bandGain = Gain(info.level[channel][index]);
-            const bool skip = channel == 1 && IsIntensity(info, index);
             for (unsigned line = edges[sfb]; line < edges[sfb + 1]; line += kQuadLines) {
                 for (unsigned w = 0; w < windows; ++w, ++quad) {
-                    if (planes.Opened().Contains(quad) && !skip)
+                    if (planes.Opened().Contains(quad))
                         DequantiseQuad(planes.At(quad), channel, bandGain, &spectrum[firstLine + 128 * w + line]);
                 }
             }
