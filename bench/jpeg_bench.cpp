@@ -56,7 +56,8 @@ std::string ClassOf(const std::filesystem::path& path, const Bytes& data) {
     }
     jpeg::MarkerReader reader(data);
     std::vector<std::uint16_t> pixels(kWidth * kHeight);
-    if (!bench::DecodeWithTurbo(data, pixels.data()) || !DecodeWithOurs(data, pixels.data()) ||
+    if (!bench::DecodeWithTurbo(data, pixels.data()) || !bench::DecodeWithStb(data, pixels.data()) ||
+        !DecodeWithOurs(data, pixels.data()) ||
         reader.ReadToFirstScan() != jpeg::Status::kOk) {
         return "";
     }
