@@ -10,7 +10,7 @@
 #include "platform/velshell/VelPlayerView.h"
 
 #include "host/shell/core/BoxRecord.h"
-#include "host/shell/core/VideoPlane.h"
+#include "host/shell/gdi/VideoPlane.h"
 #include "host/shell/skin/SkinDescription.h"
 #include "host/shell/skin/SkinError.h"
 

@@ -11,10 +11,6 @@ class CVelDocument;
 class GObject;
 class GView;
 #ifndef _WIN32
-struct CREATESTRUCTW; // handed through to the base; only the shell looks inside
-#endif
-
-#ifndef _WIN32
 // What a window is made with; handlers hand it to their base and look at nothing else.
 struct CREATESTRUCTW {
     LONG x, y, cx, cy;

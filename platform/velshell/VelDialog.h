@@ -37,6 +37,9 @@ public:
     struct DialogImpl;
 
 protected:
+    // Escape cancels; Enter and the OK key confirm.
+    void OnKeyUp(UINT key, UINT repeatCount, UINT flags);
+
     DialogImpl* m_pDialog = nullptr;
     friend class VelShellAccess;
 };

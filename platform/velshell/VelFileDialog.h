@@ -53,6 +53,10 @@ protected:
     // Gives the row widgets the texts of the current list.
     void UpdateRows();
     LRESULT OnRefresh(WPARAM wParam, LPARAM lParam);
+    // A row was touched: the first touch marks it, the second takes it.
+    void PickRow(int row);
+    // Moves the list by so many rows.
+    void Scroll(int rows);
 
     std::vector<WString> m_arrFileLines;
     ItemList m_FileItems;

@@ -42,7 +42,20 @@ const GMessageMap CVelBaseView::messageMap = [] {
     return GMessageMap{&GView::messageMap, rows, 6};
 }();
 
-CVelBaseView::CVelBaseView() : m_pBase(new BaseImpl) {}
+CVelBaseView::CVelBaseView() : m_pBase(new BaseImpl) {
+    // What the user sees survives a change of the skin.
+    m_pFactory->themed = [this] {
+        for (const auto& element : m_pFactory->elements) {
+            const shell::Role role = element->State().description->role;
+            if (role == shell::Role::TitleBar) {
+                element->SetText(m_pBase->title.c_str(), 0);
+            } else if (role == shell::Role::Toggle) {
+                element->SetState(m_pBase->toggleEnabled ? kButtonNormal : kButtonDisabled, 0);
+            }
+        }
+        shell::ApplyControls(*this);
+    };
+}
 
 CVelBaseView::~CVelBaseView() {
     delete m_pBase;
@@ -108,20 +121,6 @@ void CVelBaseView::SetAudioLevel(int level) {
     m_pBase->audioLevel = level;
 }
 
-void CVelBaseView::Theme() {
-    GFactory::Theme();
-    // What the user sees survives a change of the skin.
-    for (const auto& element : m_pFactory->elements) {
-        const shell::Role role = element->State().description->role;
-        if (role == shell::Role::TitleBar) {
-            element->SetText(m_pBase->title.c_str(), 0);
-        } else if (role == shell::Role::Toggle) {
-            element->SetState(m_pBase->toggleEnabled ? kButtonNormal : kButtonDisabled, 0);
-        }
-    }
-    shell::ApplyControls(*this);
-}
-
 int CVelBaseView::IsActivated() const {
     const ShellCore* core = ShellCore::Current();
     return core && core->view == this && m_pBase->active;
@@ -163,11 +162,6 @@ void CVelBaseView::ResetMenuTimeout(UINT milliseconds) {
     if (m_hWnd && m_pBase->controlsShown) {
         SetTimer(m_hWnd, shell::kMenuTimer, milliseconds, nullptr);
     }
-}
-
-HWND CVelBaseView::GetMainWindow() {
-    const ShellCore* core = ShellCore::Current();
-    return core && core->main ? core->main->GetSafeHwnd() : nullptr;
 }
 
 namespace shell {

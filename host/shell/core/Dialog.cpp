@@ -11,17 +11,7 @@ const GMessageMap CVelDialog::messageMap = [] {
     static const GMessageEntry rows[] = {
         GMap::OnCommand<&CVelDialog::OnOK>(3),
         GMap::OnCommand<&CVelDialog::OnCancel>(4),
-        {WM_KEYUP, 0, 0,
-         [](GView* self, WPARAM key, LPARAM) -> LRESULT {
-             constexpr WPARAM kEscape = 27, kReturn = 13, kOkKey = 195;
-             auto* dialog = static_cast<CVelDialog*>(self);
-             if (key == kEscape) {
-                 dialog->OnCancel();
-             } else if (key == kReturn || key == kOkKey) {
-                 dialog->OnOK();
-             }
-             return 0;
-         }},
+        GMap::OnKeyUp<&CVelDialog::OnKeyUp>(),
     };
     return GMessageMap{&GView::messageMap, rows, 3};
 }();
@@ -53,6 +43,15 @@ int CVelDialog::OnInitDialog() {
     const ShellCore* core = ShellCore::Current();
     m_pDialog->failed = !core || !core->skins.Find(GetResourceName());
     return !m_pDialog->failed;
+}
+
+void CVelDialog::OnKeyUp(UINT key, UINT /*repeatCount*/, UINT /*flags*/) {
+    constexpr UINT kEscape = 27, kReturn = 13, kOkKey = 195;
+    if (key == kEscape) {
+        OnCancel();
+    } else if (key == kReturn || key == kOkKey) {
+        OnOK();
+    }
 }
 
 void CVelDialog::OnOK() {

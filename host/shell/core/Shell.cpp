@@ -178,8 +178,7 @@ const std::uint32_t* Shell::Screen() {
 }
 
 bool Shell::Screenshot(const std::filesystem::path& file) {
-    Screen();
-    return screen->WritePng(file);
+    return Screen() != nullptr && screen->WritePng(file);
 }
 
 bool Shell::ScreenshotWindow(HWND window, const std::filesystem::path& file) {

@@ -12,7 +12,7 @@
 #include "host/shell/core/ModuleLoader.h"
 #include "host/shell/core/RunTimeClasses.h"
 #include "host/shell/core/MainWindow.h"
-#include "host/shell/core/VideoPlane.h"
+#include "host/shell/gdi/VideoPlane.h"
 #include "host/shell/core/WindowTree.h"
 #include "host/shell/skin/Element.h"
 #include "host/shell/skin/SkinHost.h"
@@ -54,6 +54,8 @@ public:
     [[nodiscard]] Window* CreateWindowFor(GView& view, GFactory& widgets, WindowKind kind, const RECT& place,
                                           const std::string& logName);
     void DestroyWindowOf(GView& view);
+    // Brings a view in front of the other views; dialogs and boxes stay above it.
+    void RaiseBelowDialogs(HWND handle);
     LRESULT Dispatch(HWND handle, UINT message, WPARAM wParam, LPARAM lParam);
     // Paints one window that wants it. False when none does.
     bool PaintOne();

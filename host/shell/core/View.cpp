@@ -65,6 +65,28 @@ void GView::OnLButtonDown(UINT /*flags*/, POINT point) {
     }
 }
 
+void GView::BringToTop() {
+    ShellCore* core = ShellCore::Current();
+    if (core && core->windows.Find(m_hWnd)) {
+        core->RaiseBelowDialogs(m_hWnd);
+    }
+}
+
+HWND GView::GetMainWindow() {
+    const ShellCore* core = ShellCore::Current();
+    return core && core->main ? core->main->GetSafeHwnd() : nullptr;
+}
+
+RECT GView::GetMainWindowRect() {
+    return shell::kScreen;
+}
+
+HWND GView::GetFrontWindow() {
+    ShellCore* core = ShellCore::Current();
+    const shell::Window* front = core ? core->windows.Front() : nullptr;
+    return front ? front->handle : nullptr;
+}
+
 // ---- GMessage ----
 
 GMessage::GMessage() = default;

@@ -1,7 +1,7 @@
 // The shell's windows: who is where, who is in front, what must be painted.
 #pragma once
 
-#include "host/shell/core/VideoPlane.h"
+#include "host/shell/gdi/VideoPlane.h"
 #include "host/shell/gdi/Context.h"
 #include "platform/velshell/GEngine.h"
 #include "platform/velshell/GWorkspace.h"

@@ -75,4 +75,12 @@ void FillPixels(Context& context, const RECT& target, std::uint32_t pixel) {
     context.painted = true;
 }
 
+void DrawOver(Surface& target, const Surface& picture, int x, int y) {
+    cairo_t* cairo = cairo_create(target.Cairo());
+    cairo_surface_mark_dirty(picture.Cairo());
+    cairo_set_source_surface(cairo, picture.Cairo(), x, y);
+    cairo_paint(cairo);
+    cairo_destroy(cairo);
+}
+
 } // namespace shell

@@ -13,4 +13,7 @@ void DrawCentred(Context& context, const Surface& picture, const RECT& target);
 // Makes the part of the context fully transparent (colour 0) or fills it with an opaque colour.
 void FillPixels(Context& context, const RECT& target, std::uint32_t pixel);
 
+// Lays a picture over another one, with its transparency.
+void DrawOver(Surface& target, const Surface& picture, int x, int y);
+
 } // namespace shell

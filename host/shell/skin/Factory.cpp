@@ -72,13 +72,16 @@ void GFactory::Theme() {
         m_pFactory->elements.push_back(
             std::make_unique<Element>(description, *m_pFactory->skin, *m_pFactory, host->CurrentLanguage()));
     }
+    if (m_pFactory->themed) {
+        m_pFactory->themed();
+    }
     RefreshWindow();
 }
 
 void GFactory::Locale() {
     shell::SkinHost* host = shell::CurrentSkinHost();
     for (const auto& element : m_pFactory->elements) {
-        if (!element->State().description->text[0].empty()) {
+        if (!element->State().description->captions[0][0].empty()) {
             element->SetCaption(host->CurrentLanguage());
         }
     }

@@ -209,10 +209,9 @@ private:
 
     bool ReadText(ElementDescription& element) {
         const std::string& key = line.keyword;
-        if (key == "caption") {
-            Expect(2);
-            element.text[0] = line.arguments[0];
-            element.text[1] = line.arguments[1];
+        if (key == "caption" || key == "other-caption") {
+            Expect(kLanguageCount);
+            element.captions[key == "caption" ? 0 : 1] = {line.arguments[0], line.arguments[1]};
         } else if (key == "font") {
             Expect(1);
             element.font = Name(0);

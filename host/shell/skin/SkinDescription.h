@@ -75,7 +75,7 @@ struct ElementDescription {
     int state = 0;
     ControlGroup control = ControlGroup::None;
     Role role = Role::None;
-    LocalText text;
+    std::array<LocalText, kFaceCount> captions; // the alternative face has its own when it has pictures of its own
     std::vector<POINT> anchors;
 };
 

@@ -1,6 +1,7 @@
 #include "host/shell/skin/SkinLibrary.h"
 
 #include "host/ce/Text.h"
+#include "host/shell/skin/SkinError.h"
 
 #include <algorithm>
 #include <fstream>

@@ -1,4 +1,4 @@
-#include "host/shell/core/VideoPlane.h"
+#include "host/shell/gdi/VideoPlane.h"
 
 #include <algorithm>
 #include <cairo.h>

@@ -1,0 +1,178 @@
+// The list dialog: rows over lines, with scrolling and selection, and the files of a folder as its own lines.
+#include "platform/velshell/VelFileDialog.h"
+
+#include "host/shell/core/ShellCore.h"
+
+#include <algorithm>
+
+using shell::ShellCore;
+
+struct CVelFileDialog::FileDialogImpl {
+    std::vector<ULONGLONG> sizes; // of the files, in the order of the lines
+};
+
+namespace {
+
+constexpr UINT kFirstRow = 40;
+constexpr int kMostRows = 10;
+constexpr UINT kScrollUp = 71, kScrollDown = 72;
+// Distance of the length from the right side of its row.
+constexpr int kSizeMargin = 16;
+
+} // namespace
+
+const GRuntimeClass CVelFileDialog::classCVelFileDialog = {"CVelFileDialog", nullptr, &CVelDialog::classCVelDialog};
+
+const GMessageMap CVelFileDialog::messageMap = [] {
+    static const GMessageEntry rows[] = {
+        GMap::OnMessage<&CVelFileDialog::OnRefresh>(WM_LIST_REFRESH),
+        {WM_COMMAND, kFirstRow, kFirstRow + kMostRows - 1,
+         [](GView* self, WPARAM id, LPARAM) -> LRESULT {
+             static_cast<CVelFileDialog*>(self)->PickRow(static_cast<int>(id & 0xFFFF) - static_cast<int>(kFirstRow));
+             return 0;
+         }},
+        {WM_COMMAND, kScrollUp, kScrollDown,
+         [](GView* self, WPARAM id, LPARAM) -> LRESULT {
+             auto* dialog = static_cast<CVelFileDialog*>(self);
+             dialog->Scroll((id & 0xFFFF) == kScrollUp ? -dialog->GetVisibleRows() : dialog->GetVisibleRows());
+             return 0;
+         }},
+    };
+    return GMessageMap{&CVelDialog::messageMap, rows, 3};
+}();
+
+CVelFileDialog::CVelFileDialog(GView* parent, const WCHAR* folder, int fileType)
+    : CVelDialog(parent), m_strFolder(folder ? folder : u""), m_nFileType(fileType), m_pFileDialog(new FileDialogImpl) {}
+
+CVelFileDialog::~CVelFileDialog() {
+    delete m_pFileDialog;
+}
+
+const GRuntimeClass* CVelFileDialog::GetRuntimeClass() const {
+    return &classCVelFileDialog;
+}
+
+const GMessageMap* CVelFileDialog::GetMessageMap() const {
+    return &messageMap;
+}
+
+int CVelFileDialog::OnInitDialog() {
+    if (!CVelDialog::OnInitDialog()) {
+        return 0;
+    }
+    ReadFolder();
+    UpdateRows();
+    return 1;
+}
+
+void CVelFileDialog::OnOK() {
+    const bool marked = m_pItems->marked >= 0 && m_pItems->marked < static_cast<int>(m_pLines->size());
+    m_nSelection = marked ? m_pItems->marked : -1;
+    EndDialog(kDialogOk);
+}
+
+// The widgets, and beside each file its length.
+void CVelFileDialog::OnDraw(HDC dc) {
+    CVelDialog::OnDraw(dc);
+    if (m_pItems != &m_FileItems) {
+        return;
+    }
+    SetBkMode(dc, TRANSPARENT);
+    SetTextColor(dc, RGB(0xB7, 0xC4, 0xD3));
+    const HGDIOBJ before = SelectObject(dc, GetDefaultFont());
+    for (int row = 0; row < GetVisibleRows(); ++row) {
+        const auto index = static_cast<std::size_t>(m_FileItems.top + row);
+        const GButton* widget = Find(kFirstRow + static_cast<UINT>(row));
+        if (widget && index < m_pFileDialog->sizes.size()) {
+            constexpr ULONGLONG kTenthOfMegabyte = 104858;
+            const auto tenths = static_cast<UINT>(m_pFileDialog->sizes[index] / kTenthOfMegabyte);
+            const WString text = FormatW(u"%u.%u MB", tenths / 10, tenths % 10);
+            SIZE size = {};
+            GetTextExtentExPointW(dc, text.c_str(), static_cast<int>(text.size()), 0, nullptr, nullptr, &size);
+            RECT area = widget->GetRect();
+            area.left = area.right - kSizeMargin - size.cx;
+            area.top = (area.top + area.bottom - size.cy) / 2;
+            DrawTextW(dc, text.c_str(), -1, &area, 0);
+        }
+    }
+    SelectObject(dc, before);
+}
+
+int CVelFileDialog::GetVisibleRows() {
+    return kMostRows / 2;
+}
+
+void CVelFileDialog::SetItemCount(ItemList& items, int count) {
+    items.count = std::max(count, 0);
+    items.marked = items.marked < items.count ? items.marked : -1;
+    items.top = std::clamp(items.top, 0, std::max(items.count - 1, 0));
+}
+
+void CVelFileDialog::ReadFolder() {
+    m_arrFileLines.clear();
+    m_pFileDialog->sizes.clear();
+    ShellCore* core = ShellCore::Current();
+    const auto entries = core ? core->ce.files().List(m_strFolder.c_str()) : std::nullopt;
+    if (entries) {
+        for (const ce::FolderEntry& entry : *entries) {
+            const int type = core->document.CheckFileType(entry.name.c_str());
+            const bool wanted = m_nFileType == kListTypeRecordings ? type == kFileTypeDMB || type == kFileTypeTS
+                                                                   : type == m_nFileType;
+            if (!entry.isFolder && wanted) {
+                m_arrFileLines.push_back(entry.name);
+                m_pFileDialog->sizes.push_back(entry.size);
+            }
+        }
+    }
+    SetItemCount(m_FileItems, static_cast<int>(m_arrFileLines.size()));
+}
+
+void CVelFileDialog::UpdateRows() {
+    const int visible = GetVisibleRows();
+    for (int row = 0; row < kMostRows; ++row) {
+        if (GButton* widget = Find(kFirstRow + static_cast<UINT>(row))) {
+            const int index = m_pItems->top + row;
+            const bool used = row < visible && index < m_pItems->count && index < static_cast<int>(m_pLines->size());
+            widget->SetText(used ? (*m_pLines)[static_cast<std::size_t>(index)].c_str() : nullptr, 0);
+            widget->SetSelected(used && index == m_pItems->marked, 0);
+        }
+    }
+    const int last = std::max(m_pItems->count - visible, 0);
+    if (GButton* up = Find(kScrollUp)) {
+        up->SetState(m_pItems->top > 0 ? kButtonNormal : kButtonDisabled, 0);
+    }
+    if (GButton* down = Find(kScrollDown)) {
+        down->SetState(m_pItems->top < last ? kButtonNormal : kButtonDisabled, 0);
+    }
+}
+
+// Reads the current list again: the folder for the file pair, the prepared lines for any other.
+LRESULT CVelFileDialog::OnRefresh(WPARAM /*wParam*/, LPARAM /*lParam*/) {
+    if (m_pItems == &m_FileItems) {
+        ReadFolder();
+    } else {
+        SetItemCount(*m_pItems, static_cast<int>(m_pLines->size()));
+    }
+    UpdateRows();
+    return 0;
+}
+
+// The first touch marks a row, the second takes it.
+void CVelFileDialog::PickRow(int row) {
+    const int index = m_pItems->top + row;
+    if (row >= GetVisibleRows() || index >= m_pItems->count) {
+        return;
+    }
+    if (m_pItems->marked == index) {
+        OnOK();
+        return;
+    }
+    m_pItems->marked = index;
+    UpdateRows();
+}
+
+void CVelFileDialog::Scroll(int rows) {
+    const int last = std::max(m_pItems->count - GetVisibleRows(), 0);
+    m_pItems->top = std::clamp(m_pItems->top + rows, 0, last);
+    UpdateRows();
+}

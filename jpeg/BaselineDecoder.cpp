@@ -1,0 +1,242 @@
+#include "jpeg/BaselineDecoder.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <utility>
+
+namespace jpeg {
+
+namespace {
+
+// Where coefficient k goes in the block of a reduction. Long runs and the end of a block point far behind 63.
+constexpr int kPlaces = 64 + kEndOfBlockStep;
+template <int kReduction> constexpr auto kPlaceOf = [] {
+    std::array<std::uint8_t, kPlaces> places{};
+    places.fill(kDiscard);
+    constexpr int side = KeptSide(kReduction);
+    for (int k = 0; k < kBlockSize; ++k) {
+        const int row = kZigzag[k] / kBlockSide;
+        const int column = kZigzag[k] % kBlockSide;
+        if (row < side && column < side) {
+            places[k] = static_cast<std::uint8_t>(row * side + column);
+        }
+    }
+    return places;
+}();
+
+} // namespace
+
+Status BaselineScan::Open(const Frame& theFrame, const ScanHeader& header, const Tables& tables,
+                          std::span<const std::uint8_t> coded, int reduction) {
+    frame = theFrame;
+    partCount = header.componentCount;
+    std::array<bool, kTableSlots> haveDc{};
+    std::array<bool, kTableSlots> haveAc{};
+    for (int i = 0; i < partCount; ++i) {
+        const ScanComponent& ids = header.components[i];
+        parts[i].component = ids.component;
+        parts[i].dcTable = &dcTables[ids.dcTable];
+        parts[i].acTable = &acTables[ids.acTable];
+        parts[i].skipTable = &skipTables[ids.acTable];
+        if (!tables.dc[ids.dcTable].sent || !tables.ac[ids.acTable].sent) {
+            return Status::kHuffmanTableMissing;
+        }
+        if (!std::exchange(haveDc[ids.dcTable], true)) {
+            if (const Status status = dcTables[ids.dcTable].Build(tables.dc[ids.dcTable]); status != Status::kOk) {
+                return status;
+            }
+        }
+        if (!std::exchange(haveAc[ids.acTable], true)) {
+            if (const Status status = acTables[ids.acTable].Build(tables.ac[ids.acTable]); status != Status::kOk) {
+                return status;
+            }
+            if (reduction > 0) {
+                skipTables[ids.acTable].Build(acTables[ids.acTable]);
+            }
+        }
+    }
+    restartInterval = tables.restartInterval;
+    untilRestart = restartInterval;
+    constexpr std::array<LineFunction, 4> kLineFunctions = {
+        &BaselineScan::DecodeLineAt<0>, &BaselineScan::DecodeLineAt<1>, &BaselineScan::DecodeLineAt<2>,
+        &BaselineScan::DecodeLineAt<3>};
+    decodeLine = kLineFunctions[reduction];
+    reader.Open(coded);
+    if (restartInterval == 0) {
+        reader.ExpectNoRestart();
+    }
+    return Status::kOk;
+}
+
+void BaselineScan::DecodeLine(int mcuLine, const ComponentQuantisers& quantisers, SampleRows& rows) {
+    (this->*decodeLine)(mcuLine, quantisers, rows);
+}
+
+template <int kReduction>
+void BaselineScan::DecodeLineAt(int mcuLine, const ComponentQuantisers& quantisers, SampleRows& rows) {
+    if (partCount == 1) {
+        DecodeSingle<kReduction>(mcuLine, quantisers, rows);
+    } else {
+        DecodeInterleaved<kReduction>(quantisers, rows);
+    }
+}
+
+// T.81 A.2.3: MCUs of all components, padded to whole MCUs.
+template <int kReduction>
+void BaselineScan::DecodeInterleaved(const ComponentQuantisers& quantisers, SampleRows& rows) {
+    constexpr int side = KeptSide(kReduction);
+    const TransformFunction transform = TransformFor(kReduction);
+    Block block;
+    const int mcus = frame.McusPerLine();
+    for (int mcu = 0; mcu < mcus; ++mcu) {
+        BeginMcu();
+        for (int i = 0; i < partCount; ++i) {
+            Part& part = parts[i];
+            const int index = part.component;
+            const Component& component = frame.components[index];
+            for (int row = 0; row < component.v; ++row) {
+                std::uint8_t* samples = rows.Row(index, row * side) + mcu * component.h * side;
+                for (int column = 0; column < component.h; ++column, samples += side) {
+                    const bool dcOnly = DecodeBlock<kReduction>(part, block);
+                    transform(block.values.data(), quantisers.Of(index), dcOnly, samples, rows.Stride(index));
+                }
+            }
+        }
+    }
+}
+
+// T.81 A.2.2: a scan of one component is made of its blocks alone, without padding.
+template <int kReduction>
+void BaselineScan::DecodeSingle(int mcuLine, const ComponentQuantisers& quantisers, SampleRows& rows) {
+    constexpr int side = KeptSide(kReduction);
+    const TransformFunction transform = TransformFor(kReduction);
+    Block block;
+    Part& part = parts[0];
+    const int index = part.component;
+    const int perMcu = frame.components[index].v;
+    const int lines = std::min(perMcu, frame.BlockLines(index) - mcuLine * perMcu);
+    const int columns = frame.BlocksPerLine(index);
+    for (int line = 0; line < lines; ++line) {
+        std::uint8_t* samples = rows.Row(index, line * side);
+        for (int column = 0; column < columns; ++column, samples += side) {
+            BeginMcu();
+            const bool dcOnly = DecodeBlock<kReduction>(part, block);
+            transform(block.values.data(), quantisers.Of(index), dcOnly, samples, rows.Stride(index));
+        }
+    }
+}
+
+// T.81 E.2.4.
+void BaselineScan::BeginMcu() {
+    if (restartInterval == 0) {
+        return;
+    }
+    if (untilRestart == 0) {
+        reader.Restart(nextRestart);
+        nextRestart = (nextRestart + 1) & 7;
+        untilRestart = restartInterval;
+        for (Part& part : parts) {
+            part.prediction = 0;
+        }
+    }
+    --untilRestart;
+}
+
+// Returns whether the block holds nothing but its first coefficient.
+template <int kReduction> bool BaselineScan::DecodeBlock(Part& part, Block& block) {
+    reader.Prepare();
+    if (!reader.Exhausted()) [[likely]] {
+        return DecodeCodedBlock<kReduction>(part, block);
+    }
+    ZeroBlock& zeros = part.zeros;
+    if (!zeros.known) {
+        const int prediction = std::exchange(part.prediction, 0);
+        zeros.dcOnly = DecodeCodedBlock<kReduction>(part, zeros.block);
+        zeros.difference = std::exchange(part.prediction, prediction);
+        zeros.known = true;
+    }
+    std::memcpy(block.values.data(), zeros.block.values.data(), KeptCount(kReduction) * sizeof(std::int16_t));
+    part.prediction = static_cast<std::int16_t>(part.prediction + zeros.difference);
+    block.values[0] = static_cast<std::int16_t>(part.prediction);
+    return zeros.dcOnly;
+}
+
+// T.81 F.2.2.
+template <int kReduction> bool BaselineScan::DecodeCodedBlock(Part& part, Block& block) {
+    constexpr const auto& places = kPlaceOf<kReduction>;
+    std::int16_t* values = block.values.data();
+    std::memset(values, 0, KeptCount(kReduction) * sizeof(std::int16_t));
+    BitCursor bits = reader.Bits();
+    part.prediction = static_cast<std::int16_t>(part.prediction + DecodeDifference(bits, *part.dcTable));
+    values[0] = static_cast<std::int16_t>(part.prediction);
+
+    const HuffmanTable& table = *part.acTable;
+    int k = 1;
+    while (k <= LastKept(kReduction)) {
+        bits.Refill();
+        const std::uint64_t word = bits.word;
+        const HuffmanCode code = table.Find(word);
+        bits.Consume(code.TotalBits());
+        k += code.Step();
+        values[places[k - 1]] = static_cast<std::int16_t>(ExtendValue(word, code.CodeBits(), code.ValueBits()));
+    }
+    if constexpr (kReduction > 0) {
+        part.skipTable->SkipBlock(bits, table, k);
+    }
+    reader.Resume(bits);
+    return k == 1 + kEndOfBlockStep;
+}
+
+Status BaselineDecoder::AddScan(const MarkerReader& reader, std::span<const std::uint8_t> data, int reduction) {
+    const ScanHeader& header = reader.Scan();
+    bool bringsNew = false;
+    for (int i = 0; i < header.componentCount; ++i) {
+        bringsNew = bringsNew || !covered[header.components[i].component];
+    }
+    if (!bringsNew) {
+        return Status::kOk;
+    }
+    if (const Status status = quantisers.Latch(reader.GetFrame(), reader.GetTables(), header, reduction);
+        status != Status::kOk) {
+        return status;
+    }
+    auto& scan = scans[scanCount];
+    scan.reset(new (std::nothrow) BaselineScan);
+    if (!scan) {
+        return Status::kOutOfMemory;
+    }
+    if (const Status status = scan->Open(reader.GetFrame(), header, reader.GetTables(),
+                                         data.subspan(reader.Position()), reduction);
+        status != Status::kOk) {
+        return status;
+    }
+    ++scanCount;
+    for (int i = 0; i < header.componentCount; ++i) {
+        covered[header.components[i].component] = true;
+    }
+    return Status::kOk;
+}
+
+Status BaselineDecoder::Open(MarkerReader& reader, std::span<const std::uint8_t> data, int reduction) {
+    const int components = reader.GetFrame().componentCount;
+    bool found = true;
+    while (found) {
+        if (const Status status = AddScan(reader, data, reduction); status != Status::kOk) {
+            return status;
+        }
+        if (std::count(covered.begin(), covered.begin() + components, true) == components) {
+            break;
+        }
+        reader.ReadToNextScan(reader.Position(), found);
+    }
+    return quantisers.LatchRest(reader.GetFrame(), reader.GetTables(), reduction);
+}
+
+void BaselineDecoder::DecodeLine(int mcuLine, SampleRows& rows) {
+    for (int i = 0; i < scanCount; ++i) {
+        scans[i]->DecodeLine(mcuLine, quantisers, rows);
+    }
+}
+
+} // namespace jpeg

@@ -1,0 +1,284 @@
+#include "jpeg/ProgressiveScan.h"
+
+#include "jpeg/Transform.h"
+
+#include <algorithm>
+#include <bit>
+
+namespace jpeg {
+
+namespace {
+
+// Sets of coefficients as bits.
+constexpr std::uint64_t From(int k) {
+    return k > 63 ? 0 : ~std::uint64_t{0} << k;
+}
+constexpr std::uint64_t UpTo(int k) {
+    return ~std::uint64_t{0} >> (63 - k);
+}
+
+} // namespace
+
+bool HasValidParameters(const ScanHeader& scan) {
+    const bool dc = scan.spectralStart == 0;
+    if (dc ? scan.spectralEnd != 0
+           : scan.spectralEnd < scan.spectralStart || scan.spectralEnd > 63 || scan.componentCount != 1) {
+        return false;
+    }
+    return scan.approxLow <= 13 && (scan.approxHigh == 0 || scan.approxHigh == scan.approxLow + 1);
+}
+
+ProgressiveScan::ProgressiveScan(const Frame& theFrame, CoefficientStore& theStore, int reduction)
+    : frame(theFrame), store(theStore) {
+    const int side = KeptSide(reduction);
+    for (int k = 0; k < kBlockSize; ++k) {
+        const int row = kZigzag[k] / kBlockSide;
+        const int column = kZigzag[k] % kBlockSide;
+        places[k] = static_cast<std::uint8_t>(row < side && column < side ? row * side + column : kDiscard);
+    }
+}
+
+Status ProgressiveScan::BuildTables(const ScanHeader& scan, const Tables& theTables) {
+    if (scan.spectralStart == 0 && scan.approxHigh != 0) {
+        return Status::kOk; // refinement of DC coefficients has plain bits only
+    }
+    for (int i = 0; i < scan.componentCount; ++i) {
+        const ScanComponent& ids = scan.components[i];
+        const HuffmanSpec& spec = scan.spectralStart == 0 ? theTables.dc[ids.dcTable] : theTables.ac[ids.acTable];
+        if (!spec.sent) {
+            return Status::kHuffmanTableMissing;
+        }
+        if (const Status status = tables[i].Build(spec); status != Status::kOk) {
+            return status;
+        }
+    }
+    return Status::kOk;
+}
+
+Status ProgressiveScan::Read(const ScanHeader& scan, const Tables& theTables, std::span<const std::uint8_t> coded) {
+    if (const Status status = BuildTables(scan, theTables); status != Status::kOk) {
+        return status;
+    }
+    restartInterval = theTables.restartInterval;
+    untilRestart = restartInterval;
+    nextRestart = 0;
+    endOfBandRun = 0;
+    predictions.fill(0);
+    reader.Open(coded);
+    if (restartInterval == 0) {
+        reader.ExpectNoRestart();
+    }
+    if (scan.spectralStart == 0) {
+        ReadDc(scan);
+    } else {
+        ReadAc(scan);
+    }
+    return Status::kOk;
+}
+
+// Restarts where one is due. False when no data can follow any more.
+bool ProgressiveScan::BeginMcu() {
+    if (restartInterval != 0) {
+        if (untilRestart == 0) {
+            reader.Restart(nextRestart);
+            nextRestart = (nextRestart + 1) & 7;
+            untilRestart = restartInterval;
+            endOfBandRun = 0;
+            predictions.fill(0);
+        }
+        --untilRestart;
+    }
+    reader.Prepare();
+    return !reader.Finished();
+}
+
+// T.81 G.1.2.1.
+void ProgressiveScan::ReadDcBlock(const ScanHeader& scan, int part, BitCursor& bits, std::int16_t& value) {
+    if (scan.approxHigh != 0) {
+        bits.Refill();
+        value = static_cast<std::int16_t>(value | static_cast<int>(bits.Take(1)) << scan.approxLow);
+        return;
+    }
+    predictions[part] = static_cast<std::int16_t>(predictions[part] + DecodeDifference(bits, tables[part]));
+    value = static_cast<std::int16_t>(predictions[part] << scan.approxLow);
+}
+
+void ProgressiveScan::ReadDc(const ScanHeader& scan) {
+    if (scan.componentCount == 1) {
+        const int component = scan.components[0].component;
+        const int blocks = store.BlockCount(component);
+        for (int block = 0; block < blocks && BeginMcu(); ++block) {
+            if (!reader.Exhausted()) {
+                BitCursor bits = reader.Bits();
+                ReadDcBlock(scan, 0, bits, *store.Values(component, block));
+                reader.Resume(bits);
+            }
+        }
+        return;
+    }
+    const int mcuCount = frame.McusPerLine() * frame.McuLines();
+    const int mcusPerLine = frame.McusPerLine();
+    for (int mcu = 0; mcu < mcuCount; ++mcu) {
+        if (!BeginMcu()) {
+            return;
+        }
+        for (int part = 0; part < scan.componentCount; ++part) {
+            const int index = scan.components[part].component;
+            const Component& component = frame.components[index];
+            for (int unit = 0; unit < component.h * component.v; ++unit) {
+                const int column = mcu % mcusPerLine * component.h + unit % component.h;
+                const int line = mcu / mcusPerLine * component.v + unit / component.h;
+                std::int16_t padding = 0;
+                const bool inside = column < store.BlocksPerLine(index) && line < store.BlockLines(index);
+                reader.Prepare();
+                if (reader.Exhausted()) {
+                    continue;
+                }
+                BitCursor bits = reader.Bits();
+                ReadDcBlock(scan, part, bits,
+                            inside ? *store.Values(index, line * store.BlocksPerLine(index) + column) : padding);
+                reader.Resume(bits);
+            }
+        }
+    }
+}
+
+void ProgressiveScan::ReadAc(const ScanHeader& scan) {
+    const int component = scan.components[0].component;
+    const int blocks = store.BlockCount(component);
+    std::uint64_t* history = store.History(component);
+    const bool first = scan.approxHigh == 0;
+    const std::uint64_t band = From(scan.spectralStart) & UpTo(scan.spectralEnd);
+    for (int block = 0; block < blocks; ++block) {
+        if (first && endOfBandRun > 0) {
+            // Nothing to read in a run: go to its end, or to the next restart.
+            int skip = std::min(endOfBandRun, blocks - block);
+            if (restartInterval != 0) {
+                skip = std::min(skip, untilRestart);
+                untilRestart -= skip;
+            }
+            endOfBandRun -= skip;
+            block += skip;
+            if (block >= blocks) {
+                return;
+            }
+            if (restartInterval != 0 && untilRestart == 0) {
+                endOfBandRun = 0;
+            }
+        }
+        if (!BeginMcu()) {
+            return;
+        }
+        if (reader.Exhausted()) {
+            continue;
+        }
+        if (first) {
+            ReadAcFirst(scan, store.Values(component, block), history[block]);
+        } else if (endOfBandRun == 0) {
+            ReadAcRefinement(scan, store.Values(component, block), history[block]);
+        } else {
+            --endOfBandRun;
+            if (const std::uint64_t which = history[block] & band; which != 0) {
+                BitCursor bits = reader.Bits();
+                Correct(bits, which, scan.approxLow, store.Values(component, block));
+                reader.Resume(bits);
+            }
+            if (++runVisits > kMaxRunVisits) {
+                return;
+            }
+        }
+    }
+}
+
+// T.81 G.1.2.2.
+void ProgressiveScan::ReadAcFirst(const ScanHeader& scan, std::int16_t* values, std::uint64_t& history) {
+    const HuffmanTable& table = tables[0];
+    BitCursor bits = reader.Bits();
+    std::uint64_t found = 0;
+    int k = scan.spectralStart;
+    while (k <= scan.spectralEnd) {
+        bits.Refill();
+        const std::uint64_t word = bits.word;
+        const HuffmanCode code = table.Find(word);
+        bits.Consume(code.TotalBits());
+        if (code.Step() == kEndOfBlockStep) {
+            endOfBandRun = (1 << code.Run()) - 1 + static_cast<int>(bits.Take(code.Run()));
+            break;
+        }
+        k += code.Step();
+        if (k > kBlockSize) {
+            break; // damaged: a run past the block
+        }
+        if (code.ValueBits() == 0) {
+            continue;
+        }
+        found |= std::uint64_t{1} << (k - 1);
+        if (places[k - 1] != kDiscard) {
+            values[places[k - 1]] = static_cast<std::int16_t>(ExtendValue(word, code.CodeBits(), code.ValueBits())
+                                                              << scan.approxLow);
+        }
+    }
+    history |= found;
+    reader.Resume(bits);
+}
+
+// One correction bit (T.81 G.1.2.3) for each coefficient of `which`. A coefficient that already has this bit came from
+// damaged data and stays.
+void ProgressiveScan::Correct(BitCursor& bits, std::uint64_t which, int bit, std::int16_t* values) const {
+    bits.Refill();
+    for (int left = 48; which != 0; which &= which - 1) {
+        if (left-- == 0) {
+            bits.Refill();
+            left = 48;
+        }
+        const int k = std::countr_zero(which);
+        if (bits.Take(1) == 0 || places[k] == kDiscard) {
+            continue;
+        }
+        std::int16_t& value = values[places[k]];
+        if ((value & 1 << bit) == 0) {
+            value = static_cast<std::int16_t>(value + (value < 0 ? -(1 << bit) : 1 << bit));
+        }
+    }
+}
+
+// T.81 G.1.2.3, figures G.7 to G.9.
+void ProgressiveScan::ReadAcRefinement(const ScanHeader& scan, std::int16_t* values, std::uint64_t& history) {
+    const HuffmanTable& table = tables[0];
+    const int bit = scan.approxLow;
+    const std::uint64_t band = UpTo(scan.spectralEnd);
+    const std::uint64_t known = history; // corrections are for what was there before this scan
+    BitCursor bits = reader.Bits();
+    int k = scan.spectralStart;
+    while (k <= scan.spectralEnd) {
+        bits.Refill();
+        const HuffmanCode code = table.Find(bits.word);
+        bits.Consume(code.CodeBits());
+        if (code.Step() == kEndOfBlockStep) {
+            endOfBandRun = (1 << code.Run()) - 1 + static_cast<int>(bits.Take(code.Run()));
+            Correct(bits, known & From(k) & band, bit, values);
+            break;
+        }
+        const int fresh = code.ValueBits() == 0 ? 0 : bits.Take(1) != 0 ? 1 << bit : -(1 << bit);
+        // The place of the new coefficient: behind Run() coefficients that are 0. Those passed on the way are corrected.
+        std::uint64_t zeros = ~known & From(k) & band;
+        for (int run = code.Run(); run > 0; --run) {
+            zeros &= zeros - 1;
+        }
+        const int place = zeros == 0 ? scan.spectralEnd + 1 : std::countr_zero(zeros);
+        const std::uint64_t passed = known & From(k) & band & ~From(place);
+        if (passed != 0) {
+            Correct(bits, passed, bit, values);
+        }
+        if (fresh != 0 && zeros != 0) {
+            history |= std::uint64_t{1} << place;
+            if (places[place] != kDiscard) {
+                values[places[place]] = static_cast<std::int16_t>(fresh);
+            }
+        }
+        k = place + 1;
+    }
+    reader.Resume(bits);
+}
+
+} // namespace jpeg

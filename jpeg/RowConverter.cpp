@@ -1,0 +1,79 @@
+#include "jpeg/RowConverter.h"
+
+#include "jpeg/RowConverterSse2.h"
+
+#include <new>
+
+namespace jpeg {
+
+Status RowConverter::Open(ColourModel model, int theChromaShift) {
+    colour = model;
+    chromaShift = theChromaShift;
+    if (colour == ColourModel::kYcc) {
+        tables.reset(new (std::nothrow) YccToRgbTables);
+        if (!tables) {
+            return Status::kOutOfMemory;
+        }
+        tables->Fill();
+    }
+    return Status::kOk;
+}
+
+// Calls sink(x, pixel) for the pixels from `from` on.
+template <typename Sink>
+void RowConverter::ForEachPixel(const SampleRow& row, int from, int width, Sink sink) const {
+    if (colour == ColourModel::kGrey) {
+        for (int x = from; x < width; ++x) {
+            sink(x, Rgb{row[0][x], row[0][x], row[0][x]});
+        }
+    } else if (colour == ColourModel::kRgb) {
+        for (int x = from; x < width; ++x) {
+            sink(x, Rgb{row[0][x], row[1][x], row[2][x]});
+        }
+    } else {
+        for (int x = from; x < width; ++x) {
+            const int chroma = x >> chromaShift;
+            sink(x, YccToRgb(*tables, row[0][x], row[1][chroma], row[2][chroma]));
+        }
+    }
+}
+
+void RowConverter::ToRgb565(const SampleRow& row, int width, std::uint8_t* pixels) const {
+    int done = 0;
+#if DMB_JPEG_SSE2
+    if (colour == ColourModel::kYcc) {
+        done = sse2::YccToRgb565(row, chromaShift, width, pixels);
+    }
+#endif
+    ForEachPixel(row, done, width, [pixels](int x, Rgb pixel) { StoreRgb565(pixels, x, PackRgb565(pixel)); });
+}
+
+void RowConverter::ToRgb24(const SampleRow& row, int width, std::uint8_t* pixels) const {
+    ForEachPixel(row, 0, width, [pixels](int x, Rgb pixel) {
+        pixels[3 * x] = pixel.r;
+        pixels[3 * x + 1] = pixel.g;
+        pixels[3 * x + 2] = pixel.b;
+    });
+}
+
+void RowConverter::StoreContributions(const SampleRow& row, int width, std::uint32_t* words) const {
+    int done = 0;
+#if DMB_JPEG_SSE2
+    if (colour == ColourModel::kYcc) {
+        done = sse2::YccStoreContributions(row, chromaShift, width, words);
+    }
+#endif
+    ForEachPixel(row, done, width, [words](int x, Rgb pixel) { words[x] = ContributionOf(pixel); });
+}
+
+void RowConverter::AddContributions(const SampleRow& row, int width, std::uint32_t* words) const {
+    int done = 0;
+#if DMB_JPEG_SSE2
+    if (colour == ColourModel::kYcc) {
+        done = sse2::YccAddContributions(row, chromaShift, width, words);
+    }
+#endif
+    ForEachPixel(row, done, width, [words](int x, Rgb pixel) { words[x] += ContributionOf(pixel); });
+}
+
+} // namespace jpeg
