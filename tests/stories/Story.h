@@ -48,7 +48,7 @@ protected:
     void Wait(int milliseconds) { device.shell.Wait(milliseconds); }
     void Idle() { device.shell.RunUntilIdle(); }
 
-    [[nodiscard]] bool HasTimer(UINT_PTR id) const { return device.ce.loop().HasTimer(view->GetSafeHwnd(), id); }
+    [[nodiscard]] bool HasTimer(UINT_PTR id) { return device.ce.loop().HasTimer(view->GetSafeHwnd(), id); }
     // Lines of the log that contain the text.
     [[nodiscard]] int Count(const std::string& part) const;
     [[nodiscard]] bool Saw(const std::string& part) const { return Count(part) > 0; }
