@@ -13,7 +13,7 @@ protected:
     void SetUp() override { Open(); }
     void TearDown() override {
         // The counter is the module's and outlives the view.
-        if (view != nullptr) {
+        if (view != nullptr && peer->ChannelCount() > 0) {
             Tune(kNews);
             Report(Kind::Parser, IDMB_EVENT_SIGNAL);
         }

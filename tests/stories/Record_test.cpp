@@ -152,7 +152,7 @@ TEST_F(RecordStory, FileThatCannotBeBuiltLeavesAStoppedBroadcast) {
     EXPECT_EQ(view->GetPlayMode(), kPlayModeStopped);
     EXPECT_EQ(device.shell.BoxRecords().size(), 0u);
     stage[Kind::VideoDecoder].create = S_OK;
-    view->ReleaseGraphBuilder();
+    CloseLeaking({Kind::Parser, Kind::BSACDecoder, Kind::AudioRenderer});
 }
 
 TEST_F(RecordStory, ViewPlaysRecordingsAndTransportStreams) {

@@ -62,6 +62,7 @@ TEST_F(ScreenStory, InformationHidesAndShows) {
 TEST_F(ScreenStory, TelevisionDrawsNoLabels) {
     Tune(kNews);
     device.shell.Video().visible = false;
+    InvalidateRect(view->GetSafeHwnd(), nullptr, FALSE);
     Idle();
     const auto before = Snapshot();
     peer->Labels() = {WTEXT("text")};

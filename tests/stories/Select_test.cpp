@@ -98,6 +98,7 @@ TEST_F(SelectStory, TelevisionWithoutAGraphIsTriedAgainATenthOfASecondLater) {
     EXPECT_EQ(peer->CurChannel(), kNews);
     EXPECT_FALSE(HasTimer(eSTART_TIMER));
     EXPECT_EQ(peer->StartRetries(), 0); // cleared by the good change
+    CloseLeaking({Kind::Parser, Kind::BSACDecoder, Kind::AudioRenderer});
 }
 
 TEST_F(SelectStory, TunerThatRefusesShowsNoSignalAndIsTriedEveryFiveSeconds) {

@@ -119,6 +119,7 @@ TEST_F(SessionStory, FailedRadioStopChangesNothingElse) {
         EXPECT_TRUE(peer->Labels().empty());
     }
     stage[Kind::DABSource].stop = S_OK;
+    stage.Last(Kind::DABSource)->Stop();
 }
 
 TEST_F(SessionStory, RadioStopForgetsTextsAndSlideAndHidesTheBackground) {

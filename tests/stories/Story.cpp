@@ -58,10 +58,21 @@ void Story::Close() {
     Idle();
     view = nullptr;
     peer.reset();
-    EXPECT_EQ(stage.Alive(), 0) << "filters are left over";
+    EXPECT_EQ(stage.Alive(), leaked) << "filters are left over";
     EXPECT_EQ(scripted::Tuner().controlsAlive, 0);
     EXPECT_EQ(scripted::Tuner().streamsAlive, 0);
     EXPECT_EQ(device.shell.Leaks(), std::vector<std::string>{});
+}
+
+void Story::CloseLeaking(std::initializer_list<Kind> kinds) {
+    leaked = static_cast<int>(kinds.size());
+    Close();
+    for (const Kind kind : kinds) {
+        scripted::ScriptedFilter* filter = stage.Last(kind);
+        ASSERT_NE(filter, nullptr) << scripted::InfoOf(kind).logName;
+        EXPECT_EQ(filter->Release(), 0u);
+    }
+    EXPECT_EQ(stage.Alive(), 0);
 }
 
 void Story::Tune(LONG index) {
