@@ -118,4 +118,17 @@ TEST_F(ShellFixture, IdleInputIsAskedWhenNothingIsScripted) {
     shell->SetIdleInput({});
 }
 
+TEST_F(ShellFixture, ABoxThatNobodyWaitsForLeavesTheViewUsable) {
+    TestView& view = Open();
+    PostMessageW(view.GetSafeHwnd(), WM_USER + 7, 1013, kBoxError);
+    shell->RunUntilIdle();
+    EXPECT_TRUE(shell->Press(21)) << "the view's";
+    EXPECT_EQ(shell->Element(20), view.Find(20));
+    shell->Key(34);
+    shell->RunUntilIdle();
+    EXPECT_EQ(TestView::Calls().back(), "command 21");
+    EXPECT_TRUE(Logged("host key 34"));
+    EXPECT_TRUE(shell->IsBoxOpen());
+}
+
 } // namespace shell

@@ -84,8 +84,8 @@ RECT GView::GetMainWindowRect() {
 
 HWND GView::GetFrontWindow() {
     ShellCore* core = ShellCore::Current();
-    const shell::Window* front = core ? core->InputWindow() : nullptr;
-    return front ? front->handle : nullptr;
+    const std::vector<shell::Window*> windows = core ? core->InputWindows() : std::vector<shell::Window*>{};
+    return windows.empty() ? nullptr : windows.front()->handle;
 }
 
 // ---- GMessage ----
