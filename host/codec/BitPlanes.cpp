@@ -57,23 +57,18 @@ int BitPlanes::Line(unsigned channel, unsigned line) const {
 }
 
 // All lines of the quad have got this plane.
-void BitPlanes::Lower(unsigned quad, unsigned plane) {
+inline void BitPlanes::Lower(unsigned quad, unsigned plane) {
     Quad& q = quads[quad];
-    q.next = 0;
     unsigned top = 0;
-    for (unsigned c = 0; c < channels; ++c) {
-        if (q.plane[c] == plane)
-            --q.plane[c];
+    for (unsigned c = 0; c < kMaxChannels; ++c) {
+        q.plane[c] = static_cast<std::uint8_t>(q.plane[c] - (q.plane[c] == plane ? 1 : 0));
         top = std::max<unsigned>(top, q.plane[c]);
     }
     pending[plane].Remove(quad);
-    if (--count[plane] == 0)
-        openPlanes &= ~(1U << plane);
-    if (top > 0) {
-        pending[top].Insert(quad);
-        ++count[top];
-        openPlanes |= 1U << top;
-    }
+    openPlanes &= ~(--count[plane] == 0 ? 1U << plane : 0U);
+    pending[top].Insert(quad); // plane 0: complete
+    ++count[top];
+    openPlanes |= 1U << top & ~1U;
 }
 
 namespace {
@@ -254,7 +249,8 @@ void BitPlanes::Code(Coder& coder, const QuadSet& set, unsigned lowest, bool lim
     if (budget <= 0 || openPlanes == 0)
         return;
 #if defined(__x86_64__)
-    if (__builtin_cpu_supports("lzcnt") && __builtin_cpu_supports("bmi2")) {
+    if (__builtin_cpu_supports("bmi2")) { // all processors with these have lzcnt
+
         if (limited)
             CodePlanesFast<Coder, true>(coder, set, lowest, budget);
         else
