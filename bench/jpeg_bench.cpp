@@ -49,7 +49,8 @@ Bytes ReadFile(const std::filesystem::path& path) {
 // Empty for what is not to be measured: pictures that one of the decoders refuses or that are damaged on purpose.
 std::string ClassOf(const std::filesystem::path& path, const Bytes& data) {
     const std::string name = path.filename().string();
-    for (const char* damaged : {"flip-", "noise", "trunc", "afl", "fuzz", "crash", "bugs_", "extreme", "ImageTestSuite"}) {
+    for (const char* damaged :
+         {"flip-", "noise", "trunc", "afl", "fuzz", "crash", "bugs_", "extreme", "ImageTestSuite"}) {
         if (name.find(damaged) != std::string::npos) {
             return "";
         }
@@ -57,8 +58,7 @@ std::string ClassOf(const std::filesystem::path& path, const Bytes& data) {
     jpeg::MarkerReader reader(data);
     std::vector<std::uint16_t> pixels(kWidth * kHeight);
     if (!bench::DecodeWithTurbo(data, pixels.data()) || !bench::DecodeWithStb(data, pixels.data()) ||
-        !DecodeWithOurs(data, pixels.data()) ||
-        reader.ReadToFirstScan() != jpeg::Status::kOk) {
+        !DecodeWithOurs(data, pixels.data()) || reader.ReadToFirstScan() != jpeg::Status::kOk) {
         return "";
     }
     const jpeg::Frame& frame = reader.GetFrame();

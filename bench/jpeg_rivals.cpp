@@ -122,14 +122,14 @@ bool DecodeWithTurbo(std::span<const std::uint8_t> data, std::uint16_t* pixels) 
     jpeg_create_decompress(&info);
     jpeg_mem_src(&info, data.data(), data.size());
     jpeg_read_header(&info, TRUE);
-    const jpeg::Fit fit = jpeg::FitPicture(static_cast<int>(info.image_width), static_cast<int>(info.image_height),
-                                           kWidth, kHeight);
+    const jpeg::Fit fit =
+        jpeg::FitPicture(static_cast<int>(info.image_width), static_cast<int>(info.image_height), kWidth, kHeight);
     info.scale_num = 1;
     info.scale_denom = 1u << fit.reduction;
     info.dither_mode = JDITHER_NONE;
     jpeg_calc_output_dimensions(&info);
-    const bool exact = static_cast<int>(info.output_width) == fit.width &&
-                       static_cast<int>(info.output_height) == fit.height;
+    const bool exact =
+        static_cast<int>(info.output_width) == fit.width && static_cast<int>(info.output_height) == fit.height;
     info.out_color_space = exact ? JCS_RGB565 : JCS_EXT_RGBX;
     jpeg_start_decompress(&info);
     if (exact) {

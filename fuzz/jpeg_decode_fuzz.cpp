@@ -29,12 +29,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const int height = choice[2] % 61 + 1;
     const auto pixels = static_cast<std::size_t>(width * height);
     const auto chroma = static_cast<std::size_t>((width + 1) / 2 * ((height + 1) / 2));
-    const std::size_t needed = info.outputFormat == 1 ? 3 * pixels
+    const std::size_t needed = info.outputFormat == 1   ? 3 * pixels
                                : info.outputFormat == 0 ? 2 * pixels
                                                         : std::max(2 * pixels, pixels + 2 * chroma);
     std::vector<std::uint8_t> buffer(needed + 2 * kGuard, kUntouched);
-    const int result =
-        ImgDecodeJPEG(data, static_cast<int>(size - 3), buffer.data() + kGuard, width, height, &info);
+    const int result = ImgDecodeJPEG(data, static_cast<int>(size - 3), buffer.data() + kGuard, width, height, &info);
     const auto isUntouched = [](std::uint8_t byte) { return byte == kUntouched; };
     if ((result != 0 && result != 1) || !std::all_of(buffer.begin(), buffer.begin() + kGuard, isUntouched) ||
         !std::all_of(buffer.end() - kGuard, buffer.end(), isUntouched)) {

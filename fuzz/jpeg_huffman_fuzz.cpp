@@ -40,7 +40,8 @@ std::vector<bool> BitsOf(std::span<const std::uint8_t> data) {
 
 class SlowDecoder {
 public:
-    SlowDecoder(const jpeg::HuffmanSpec& theSpec, std::vector<bool> theBits) : spec(theSpec), bits(std::move(theBits)) {}
+    SlowDecoder(const jpeg::HuffmanSpec& theSpec, std::vector<bool> theBits)
+        : spec(theSpec), bits(std::move(theBits)) {}
 
     int Bit() {
         const bool bit = at < bits.size() && bits[at];

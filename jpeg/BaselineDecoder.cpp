@@ -11,7 +11,8 @@ namespace {
 
 // Where coefficient k goes in the block of a reduction. Long runs and the end of a block point far behind 63.
 constexpr int kPlaces = 64 + kEndOfBlockStep;
-template <int kReduction> constexpr auto kPlaceOf = [] {
+template <int kReduction>
+constexpr auto kPlaceOf = [] {
     std::array<std::uint8_t, kPlaces> places{};
     places.fill(kDiscard);
     constexpr int side = KeptSide(kReduction);
@@ -218,8 +219,8 @@ Status BaselineDecoder::AddScan(const MarkerReader& reader, std::span<const std:
     if (!scan) {
         return Status::kOutOfMemory;
     }
-    if (const Status status = scan->Open(reader.GetFrame(), header, reader.GetTables(),
-                                         data.subspan(reader.Position()), reduction);
+    if (const Status status =
+            scan->Open(reader.GetFrame(), header, reader.GetTables(), data.subspan(reader.Position()), reduction);
         status != Status::kOk) {
         return status;
     }

@@ -43,8 +43,7 @@ private:
     };
 
     template <int kReduction> void DecodeInterleaved(const ComponentQuantisers& quantisers, SampleRows& rows);
-    template <int kReduction>
-    void DecodeSingle(int mcuLine, const ComponentQuantisers& quantisers, SampleRows& rows);
+    template <int kReduction> void DecodeSingle(int mcuLine, const ComponentQuantisers& quantisers, SampleRows& rows);
     template <int kReduction> bool DecodeBlock(Part& part, Block& block);
     template <int kReduction> bool DecodeCodedBlock(Part& part, Block& block);
     void BeginMcu();

@@ -91,7 +91,7 @@ void BitReader::Restart(int number) {
         }
         const std::uint8_t marker = data[at + 1];
         const int ahead = IsRestart(marker) ? (marker - kRst0 - number) & 7 : -1;
-        const bool isJunk = marker < kSof0;           // T.81 table B.1: reserved
+        const bool isJunk = marker < kSof0;              // T.81 table B.1: reserved
         const bool isEarlier = ahead == 6 || ahead == 7; // one of the two before: its interval is over
         if (isJunk || isEarlier) {
             at += 2;

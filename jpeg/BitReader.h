@@ -73,9 +73,7 @@ public:
     void ExpectNoRestart() { lastInterval = true; }
 
     // More bits were taken than there were; the rest was zeros.
-    [[nodiscard]] bool RanShort() const {
-        return sourceEnded && (bits.next - end) * 8 > bits.count;
-    }
+    [[nodiscard]] bool RanShort() const { return sourceEnded && (bits.next - end) * 8 > bits.count; }
 
     // Position in `bytes` of the marker that ended the data, or of a byte not yet seen when none did.
     [[nodiscard]] std::size_t SourcePosition() const { return source; }

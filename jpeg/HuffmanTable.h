@@ -49,8 +49,8 @@ private:
     [[nodiscard]] HuffmanCode FindLong(std::uint64_t word) const;
 
     std::array<HuffmanCode, 1 << kLookAheadBits> lookAhead;
-    std::array<std::int32_t, 18> maxCode;  // largest code of each length, -1 for none
-    std::array<std::int32_t, 18> offset;   // from a code of that length to its symbol's index
+    std::array<std::int32_t, 18> maxCode; // largest code of each length, -1 for none
+    std::array<std::int32_t, 18> offset;  // from a code of that length to its symbol's index
     std::array<std::uint8_t, 256> symbols;
 };
 

@@ -100,8 +100,8 @@ Status MarkerReader::ReadSegment(std::uint8_t marker, bool& isScan) {
     if (marker == kSof0 || marker == kSof2) {
         return ReadFrameHeader(marker);
     }
-    const bool hasLength = marker == kDht || marker == kDqt || marker == kDri || marker == kCom || marker == kDnl ||
-                           IsApplication(marker);
+    const bool hasLength =
+        marker == kDht || marker == kDqt || marker == kDri || marker == kCom || marker == kDnl || IsApplication(marker);
     if (!hasLength) {
         return Status::kOk; // searched byte by byte, as in the header scan
     }

@@ -231,8 +231,8 @@ void ProgressiveScan::ReadAcFirst(const ScanHeader& scan, std::int16_t* values, 
         }
         found |= std::uint64_t{1} << (k - 1);
         if (places[k - 1] != kDiscard) {
-            values[places[k - 1]] = static_cast<std::int16_t>(ExtendValue(word, code.CodeBits(), code.ValueBits())
-                                                              << scan.approxLow);
+            values[places[k - 1]] =
+                static_cast<std::int16_t>(ExtendValue(word, code.CodeBits(), code.ValueBits()) << scan.approxLow);
         }
     }
     history |= found;

@@ -36,8 +36,7 @@ Status RowConverter::Open(ColourModel model, int theChromaShift) {
 }
 
 // Calls sink(x, pixel) for the pixels from `from` on.
-template <typename Sink>
-void RowConverter::ForEachPixel(const SampleRow& row, int from, int width, Sink sink) const {
+template <typename Sink> void RowConverter::ForEachPixel(const SampleRow& row, int from, int width, Sink sink) const {
     if (colour == ColourModel::kGrey) {
         for (int x = from; x < width; ++x) {
             sink(x, Rgb{row[0][x], row[0][x], row[0][x]});

@@ -30,8 +30,8 @@ struct ChromaTerms {
     const Lanes half = _mm_set1_epi32(32768);
     const Lanes low = _mm_madd_epi16(_mm_unpacklo_epi16(cb, cr), factors);
     const Lanes high = _mm_madd_epi16(_mm_unpackhi_epi16(cb, cr), factors);
-    const Lanes greenPart = _mm_packs_epi32(_mm_srai_epi32(_mm_add_epi32(low, half), 16),
-                                            _mm_srai_epi32(_mm_add_epi32(high, half), 16));
+    const Lanes greenPart =
+        _mm_packs_epi32(_mm_srai_epi32(_mm_add_epi32(low, half), 16), _mm_srai_epi32(_mm_add_epi32(high, half), 16));
     return {_mm_add_epi16(cr, redPart), _mm_sub_epi16(greenPart, cr), _mm_add_epi16(_mm_add_epi16(cb, cb), bluePart)};
 }
 

@@ -66,8 +66,8 @@ Eight Butterfly(const Eight& in) {
     const auto odd5 = Subtract(Scale(Subtract(z11, z13), k1_414), odd6);
     const auto odd4 = Add(Subtract(Scale(z12, k1_082), z5), odd5);
 
-    return {Add(even0, odd7),      Add(even1, odd6),      Add(even2, odd5),      Subtract(even3, odd4),
-            Add(even3, odd4),      Subtract(even2, odd5), Subtract(even1, odd6), Subtract(even0, odd7)};
+    return {Add(even0, odd7), Add(even1, odd6),      Add(even2, odd5),      Subtract(even3, odd4),
+            Add(even3, odd4), Subtract(even2, odd5), Subtract(even1, odd6), Subtract(even0, odd7)};
 }
 
 void Fill(std::uint8_t sample, int side, std::uint8_t* samples, std::ptrdiff_t stride) {
@@ -161,8 +161,8 @@ void TransformQuarter(const std::int16_t* values, const Dequantiser& dequantiser
     }
 }
 
-void TransformEighth(const std::int16_t* values, const Dequantiser& dequantiser, bool /*dcOnly*/,
-                     std::uint8_t* samples, std::ptrdiff_t /*stride*/) {
+void TransformEighth(const std::int16_t* values, const Dequantiser& dequantiser, bool /*dcOnly*/, std::uint8_t* samples,
+                     std::ptrdiff_t /*stride*/) {
     samples[0] = ToSample(Dequantise(values[0], dequantiser.multiplier[0]));
 }
 

@@ -21,7 +21,7 @@ QuantTable FlatTable(int quantiser) {
 using Samples = std::array<std::uint8_t, 64>;
 
 Samples Apply(TransformFunction transform, const std::array<std::int16_t, 64>& values, const Dequantiser& dequantiser,
-            bool dcOnly = false) {
+              bool dcOnly = false) {
     Samples samples{};
     Block block{};
     std::copy(values.begin(), values.end(), block.values.begin());
@@ -42,9 +42,9 @@ std::array<std::int16_t, 64> RandomBlock(std::mt19937& random, int reach) {
 
 TEST(Transform, MultipliersHoldTheScaleFactors) {
     const Dequantiser dequantiser = MakeDequantiser(FlatTable(16), 0);
-    EXPECT_EQ(dequantiser.multiplier[0], 64u);                           // 16 * 16384 >> 12
-    EXPECT_EQ(dequantiser.multiplier[1], (16u * 22725 + 2048) >> 12);    // cos(pi/16) sqrt(2)
-    EXPECT_EQ(dequantiser.multiplier[9], (16u * 31521 + 2048) >> 12);    // its square
+    EXPECT_EQ(dequantiser.multiplier[0], 64u);                        // 16 * 16384 >> 12
+    EXPECT_EQ(dequantiser.multiplier[1], (16u * 22725 + 2048) >> 12); // cos(pi/16) sqrt(2)
+    EXPECT_EQ(dequantiser.multiplier[9], (16u * 31521 + 2048) >> 12); // its square
     EXPECT_EQ(dequantiser.multiplier[63], (16u * 1247 + 2048) >> 12);
 }
 
@@ -134,7 +134,8 @@ TEST(Transform, VectorPathsEqualThePortableOnesAtTheirLimit) {
         const int count = std::uniform_int_distribution<int>(1, 8)(random);
         for (int i = 0; i < count; ++i) {
             const int at = std::uniform_int_distribution<int>(0, 63)(random);
-            values[at] = static_cast<std::int16_t>(std::uniform_int_distribution<int>(-4500 / count, 4500 / count)(random));
+            values[at] =
+                static_cast<std::int16_t>(std::uniform_int_distribution<int>(-4500 / count, 4500 / count)(random));
         }
         ASSERT_EQ(Apply(TransformFor(0), values, dequantiser), Apply(PlainTransformFor(0), values, dequantiser));
         ASSERT_EQ(Apply(TransformFor(1), values, MakeDequantiser(FlatTable(1), 1)),

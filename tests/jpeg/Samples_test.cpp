@@ -170,8 +170,8 @@ private:
     void CheckOutside() const {
         for (int y = 0; y < kHeight; ++y) {
             for (int x = 0; x < kWidth; ++x) {
-                const bool inside = x >= fit.offsetX && x < fit.offsetX + fit.width && y >= fit.offsetY &&
-                                    y < fit.offsetY + fit.height;
+                const bool inside =
+                    x >= fit.offsetX && x < fit.offsetX + fit.width && y >= fit.offsetY && y < fit.offsetY + fit.height;
                 if (!inside && PixelAt(x, y) != kUntouched * 0x0101u) {
                     ADD_FAILURE() << "written outside at " << x << "," << y;
                     return;
