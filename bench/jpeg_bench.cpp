@@ -56,7 +56,8 @@ std::string ClassOf(const std::filesystem::path& path, const Bytes& data) {
     }
     jpeg::MarkerReader reader(data);
     std::vector<std::uint16_t> pixels(kWidth * kHeight);
-    if (!bench::DecodeWithTurbo(data, pixels.data()) || !DecodeWithOurs(data, pixels.data()) ||
+    if (!bench::DecodeWithTurbo(data, pixels.data()) || !bench::DecodeWithStb(data, pixels.data()) ||
+        !DecodeWithOurs(data, pixels.data()) ||
         reader.ReadToFirstScan() != jpeg::Status::kOk) {
         return "";
     }
@@ -175,15 +176,20 @@ private:
 } // namespace
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
+    // Interleaved, so that a busy moment of the machine meets all three alike.
+    std::vector<char*> arguments(argv, argv + argc);
+    std::string interleave = "--benchmark_enable_random_interleaving=true";
+    arguments.push_back(interleave.data());
+    int count = static_cast<int>(arguments.size());
+    benchmark::Initialize(&count, arguments.data());
     const auto classes = LoadClasses();
     const std::vector<std::pair<const char*, Decoder>> decoders = {
         {"ours", DecodeWithOurs}, {"turbo", bench::DecodeWithTurbo}, {"stb", bench::DecodeWithStb}};
     for (const auto& [name, pictures] : classes) {
         for (const auto& [who, decode] : decoders) {
             benchmark::RegisterBenchmark((name + "/" + who).c_str(), Measure, pictures, decode)
-                ->MinTime(0.05)
-                ->Repetitions(5);
+                ->MinTime(0.01)
+                ->Repetitions(15);
         }
     }
     RatioTable table;

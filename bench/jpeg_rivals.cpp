@@ -37,11 +37,20 @@ class BoxShrinker {
 public:
     BoxShrinker(int theWidth, int theHeight, const jpeg::Fit& theFit, std::uint16_t* pixels)
         : width(theWidth), height(theHeight), fit(theFit), target(pixels),
-          sums(static_cast<std::size_t>(theWidth) * 4) {}
+          sums(static_cast<std::size_t>(theWidth) * 4) {
+        for (int x = 0; x < fit.width; ++x) {
+            const int end = End(x, width, fit.width);
+            const int first = width <= fit.width ? end - 1 : x == 0 ? 0 : End(x - 1, width, fit.width);
+            spans.push_back({first, end - first});
+        }
+    }
 
     void AddRow(const std::uint8_t* row) {
-        for (int i = 0; i < width * 4; ++i) {
-            sums[static_cast<std::size_t>(i)] += row[i];
+        std::uint16_t* __restrict to = sums.data();
+        const std::uint8_t* __restrict from = row;
+        const int size = width * 4;
+        for (int i = 0; i < size; ++i) {
+            to[i] = static_cast<std::uint16_t>(to[i] + from[i]);
         }
         ++count;
         ++y;
@@ -62,23 +71,21 @@ private:
 
     void Emit() {
         std::uint16_t* row = target + (fit.offsetY + out) * kWidth + fit.offsetX;
-        int first = 0;
-        for (int x = 0; x < fit.width; ++x) {
-            const int end = End(x, width, fit.width);
-            if (width <= fit.width) {
-                first = end - 1;
-            }
+        const std::uint32_t factors[3] = {0, 65536u / static_cast<std::uint32_t>(count),
+                                          65536u / static_cast<std::uint32_t>(2 * count)};
+        for (const auto& [first, columns] : spans) {
+            const std::uint16_t* from = sums.data() + 4 * first;
             std::uint32_t r = 0;
             std::uint32_t g = 0;
             std::uint32_t b = 0;
-            for (int i = first; i < end; ++i) {
-                r += sums[static_cast<std::size_t>(4 * i)];
-                g += sums[static_cast<std::size_t>(4 * i + 1)];
-                b += sums[static_cast<std::size_t>(4 * i + 2)];
+            for (int i = 0; i < columns; ++i, from += 4) {
+                r += from[0];
+                g += from[1];
+                b += from[2];
             }
-            const std::uint32_t factor = 65536 / static_cast<std::uint32_t>((end - first) * count);
-            row[x] = Pack(r * factor >> 16, g * factor >> 16, b * factor >> 16);
-            first = end;
+            const std::uint32_t factor =
+                columns <= 2 ? factors[columns] : 65536u / static_cast<std::uint32_t>(columns * count);
+            *row++ = Pack(r * factor >> 16, g * factor >> 16, b * factor >> 16);
         }
     }
 
@@ -87,6 +94,7 @@ private:
     jpeg::Fit fit;
     std::uint16_t* target;
     std::vector<std::uint16_t> sums;
+    std::vector<std::pair<int, int>> spans; // first column and their number
     int count = 0;
     int y = 0;
     int out = 0;

@@ -25,6 +25,8 @@ template <int kReduction> constexpr auto kPlaceOf = [] {
     return places;
 }();
 
+constexpr int kMaxCoefficientBits = 31; // a code of 16 bits and a value of 15
+
 } // namespace
 
 Status BaselineScan::Open(const Frame& theFrame, const ScanHeader& header, const Tables& tables,
@@ -173,13 +175,23 @@ template <int kReduction> bool BaselineScan::DecodeCodedBlock(Part& part, Block&
 
     const HuffmanTable& table = *part.acTable;
     int k = 1;
-    while (k <= LastKept(kReduction)) {
-        bits.Refill();
+    const auto decodeCoefficient = [&] {
         const std::uint64_t word = bits.word;
         const HuffmanCode code = table.Find(word);
         bits.Consume(code.TotalBits());
         k += code.Step();
         values[places[k - 1]] = static_cast<std::int16_t>(ExtendValue(word, code.CodeBits(), code.ValueBits()));
+    };
+    while (k <= LastKept(kReduction)) {
+        bits.Refill();
+        decodeCoefficient();
+        if (k > LastKept(kReduction)) {
+            break;
+        }
+        if (bits.count < kMaxCoefficientBits) [[unlikely]] {
+            bits.Refill();
+        }
+        decodeCoefficient();
     }
     if constexpr (kReduction > 0) {
         part.skipTable->SkipBlock(bits, table, k);

@@ -43,7 +43,7 @@ public:
         return code;
     }
 
-    static constexpr int kLookAheadBits = 10;
+    static constexpr int kLookAheadBits = 9;
 
 private:
     [[nodiscard]] HuffmanCode FindLong(std::uint64_t word) const;

@@ -143,6 +143,23 @@ void ProgressiveScan::ReadDc(const ScanHeader& scan) {
     }
 }
 
+// One correction bit (T.81 G.1.2.3) for each coefficient of `which`. A coefficient that already has this bit came from
+// damaged data and stays. Bits are as good as random, so nothing here branches on them.
+inline void ProgressiveScan::Correct(BitCursor& bits, std::uint64_t which, int bit, std::int16_t* values) const {
+    std::int16_t discarded = 0;
+    while (which != 0) {
+        bits.Refill();
+        for (int left = 56; which != 0 && left > 0; which &= which - 1, --left) {
+            const int place = places[std::countr_zero(which)];
+            std::int16_t& value = place == kDiscard ? discarded : values[place];
+            const int sign = value >> 15;
+            const int step = ((1 << bit) ^ sign) - sign;
+            const int grows = static_cast<int>(bits.Take(1)) & ~(value >> bit);
+            value = static_cast<std::int16_t>(value + (step & -(grows & 1)));
+        }
+    }
+}
+
 void ProgressiveScan::ReadAc(const ScanHeader& scan) {
     const int component = scan.components[0].component;
     const int blocks = store.BlockCount(component);
@@ -222,26 +239,6 @@ void ProgressiveScan::ReadAcFirst(const ScanHeader& scan, std::int16_t* values, 
     reader.Resume(bits);
 }
 
-// One correction bit (T.81 G.1.2.3) for each coefficient of `which`. A coefficient that already has this bit came from
-// damaged data and stays.
-void ProgressiveScan::Correct(BitCursor& bits, std::uint64_t which, int bit, std::int16_t* values) const {
-    bits.Refill();
-    for (int left = 48; which != 0; which &= which - 1) {
-        if (left-- == 0) {
-            bits.Refill();
-            left = 48;
-        }
-        const int k = std::countr_zero(which);
-        if (bits.Take(1) == 0 || places[k] == kDiscard) {
-            continue;
-        }
-        std::int16_t& value = values[places[k]];
-        if ((value & 1 << bit) == 0) {
-            value = static_cast<std::int16_t>(value + (value < 0 ? -(1 << bit) : 1 << bit));
-        }
-    }
-}
-
 // T.81 G.1.2.3, figures G.7 to G.9.
 void ProgressiveScan::ReadAcRefinement(const ScanHeader& scan, std::int16_t* values, std::uint64_t& history) {
     const HuffmanTable& table = tables[0];
@@ -259,7 +256,8 @@ void ProgressiveScan::ReadAcRefinement(const ScanHeader& scan, std::int16_t* val
             Correct(bits, known & From(k) & band, bit, values);
             break;
         }
-        const int fresh = code.ValueBits() == 0 ? 0 : bits.Take(1) != 0 ? 1 << bit : -(1 << bit);
+        const bool isFresh = code.ValueBits() != 0;
+        const int fresh = isFresh ? (static_cast<int>(bits.Take(1)) * 2 - 1) * (1 << bit) : 0;
         // The place of the new coefficient: behind Run() coefficients that are 0. Those passed on the way are corrected.
         std::uint64_t zeros = ~known & From(k) & band;
         for (int run = code.Run(); run > 0; --run) {
@@ -270,7 +268,7 @@ void ProgressiveScan::ReadAcRefinement(const ScanHeader& scan, std::int16_t* val
         if (passed != 0) {
             Correct(bits, passed, bit, values);
         }
-        if (fresh != 0 && zeros != 0) {
+        if (isFresh && zeros != 0) {
             history |= std::uint64_t{1} << place;
             if (places[place] != kDiscard) {
                 values[places[place]] = static_cast<std::int16_t>(fresh);

@@ -66,6 +66,9 @@ TransformFunction TransformFor(int reduction) {
     if (reduction == 1) {
         return sse2::TransformHalf;
     }
+    if (reduction == 2) {
+        return sse2::TransformQuarter;
+    }
 #endif
     return PlainTransformFor(reduction);
 }

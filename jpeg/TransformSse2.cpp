@@ -243,6 +243,58 @@ void TransformHalf(const std::int16_t* values, const Dequantiser& dequantiser, b
     }
 }
 
+namespace {
+
+// Products of 32-bit lanes with the constants, by shifts; they wrap as the portable ones do.
+Lanes Wide362(Lanes v) {
+    const Lanes high = _mm_add_epi32(_mm_slli_epi32(v, 8), _mm_slli_epi32(v, 6));
+    const Lanes low = _mm_add_epi32(_mm_slli_epi32(v, 3), _mm_slli_epi32(v, 1));
+    return _mm_srai_epi32(_mm_add_epi32(_mm_add_epi32(high, low), _mm_slli_epi32(v, 5)), 8);
+}
+Lanes Wide473(Lanes v) {
+    const Lanes high = _mm_sub_epi32(_mm_slli_epi32(v, 9), _mm_slli_epi32(v, 5));
+    return _mm_srai_epi32(_mm_add_epi32(_mm_sub_epi32(high, _mm_slli_epi32(v, 3)), v), 8);
+}
+
+// Four values of 16 bits in lanes of 32, the upper halves 0.
+Lanes LoadFour(const std::int16_t* at) {
+    return _mm_unpacklo_epi16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(at)), _mm_setzero_si128());
+}
+
+} // namespace
+
+void TransformQuarter(const std::int16_t* values, const Dequantiser& dequantiser, bool /*dcOnly*/,
+                      std::uint8_t* samples, std::ptrdiff_t stride) {
+    // Column pass: lanes 0 and 1 are the columns, inputs 1 come from lanes 2 and 3.
+    const Lanes dc = _mm_madd_epi16(LoadFour(values), LoadFour(dequantiser.lane.data()));
+    const Lanes ac = _mm_shuffle_epi32(dc, 0x0E);
+    const Lanes odd6 = _mm_sub_epi32(Wide473(ac), ac);
+    const Lanes odd5 = _mm_sub_epi32(Wide362(ac), odd6);
+    const Lanes top = _mm_add_epi32(_mm_add_epi32(dc, odd6), _mm_add_epi32(dc, odd5));
+    const Lanes bottom = _mm_add_epi32(_mm_sub_epi32(dc, odd5), _mm_sub_epi32(dc, odd6));
+    const Lanes rows = _mm_srai_epi32(_mm_unpacklo_epi64(top, bottom), 1);
+
+    // Row pass: lanes 0 and 2 make the left samples, 1 and 3 the right ones, where the odd part counts negative.
+    const Lanes rowDc = _mm_shuffle_epi32(rows, 0xA0);
+    const Lanes rowAc = _mm_shuffle_epi32(rows, 0xF5);
+    const Lanes sign = _mm_set_epi32(-1, 0, -1, 0);
+    const auto signedOf = [sign](Lanes v) { return _mm_sub_epi32(_mm_xor_si128(v, sign), sign); };
+    const Lanes rowOdd6 = _mm_sub_epi32(Wide473(rowAc), rowAc);
+    const Lanes rowOdd5 = _mm_sub_epi32(Wide362(rowAc), rowOdd6);
+    const Lanes a = _mm_srai_epi32(_mm_add_epi32(rowDc, signedOf(rowOdd6)), 5);
+    const Lanes b = _mm_srai_epi32(_mm_add_epi32(rowDc, signedOf(rowOdd5)), 5);
+    // The limits first, then the averages.
+    const Lanes wide = _mm_packs_epi32(a, b);
+    const Lanes limited = _mm_max_epi16(_mm_min_epi16(wide, _mm_set1_epi16(127)), _mm_set1_epi16(-128));
+    const Lanes average = _mm_srai_epi16(_mm_add_epi16(limited, _mm_srli_si128(limited, 8)), 1);
+    const auto bytes = static_cast<std::uint32_t>(
+        _mm_cvtsi128_si32(_mm_xor_si128(_mm_packs_epi16(average, average), _mm_set1_epi8(-128))));
+    samples[0] = static_cast<std::uint8_t>(bytes);
+    samples[1] = static_cast<std::uint8_t>(bytes >> 8);
+    samples[stride] = static_cast<std::uint8_t>(bytes >> 16);
+    samples[stride + 1] = static_cast<std::uint8_t>(bytes >> 24);
+}
+
 } // namespace jpeg::sse2
 
 #endif

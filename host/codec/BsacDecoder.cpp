@@ -63,7 +63,7 @@ struct BsacDecoder::Impl {
     unsigned blocksConcealed = 0;
 
     std::array<FilterBank, kMaxChannels> filterBanks;
-    std::array<float, kBlockSamples> channelSamples{};
+    std::array<std::array<float, kBlockSamples>, kMaxChannels> channelSamples{};
     std::array<std::int16_t, kMaxChannels * kBlockSamples> samples{};
 };
 
@@ -108,13 +108,18 @@ BsacBlock BsacDecoder::Impl::Finish(BsacStatus status) {
         Conceal();
     ++blocksOut;
     const unsigned channels = config.channels;
-    for (unsigned c = 0; c < channels; ++c) {
-        filterBanks[c].Run(spectra[c], header.windowSequence, header.windowShape, channelSamples);
+    for (unsigned c = 0; c < channels; ++c)
+        filterBanks[c].Run(spectra[c], header.windowSequence, header.windowShape, channelSamples[c]);
+    if (channels == 2) {
+        for (std::size_t n = 0; n < kBlockSamples; ++n) {
+            samples[2 * n] = Round(channelSamples[0][n]);
+            samples[2 * n + 1] = Round(channelSamples[1][n]);
+        }
+    } else {
         for (std::size_t n = 0; n < kBlockSamples; ++n)
-            samples[n * channels + c] = Round(channelSamples[n]);
+            samples[n] = Round(channelSamples[0][n]);
     }
-    return {status,
-            std::span<const std::int16_t>(samples).first(static_cast<std::size_t>(channels) * kBlockSamples)};
+    return {status, std::span<const std::int16_t>(samples).first(static_cast<std::size_t>(channels) * kBlockSamples)};
 }
 
 BsacDecoder::BsacDecoder(const BsacConfig& config) : impl(std::make_unique<Impl>(config)) {}

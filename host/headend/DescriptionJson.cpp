@@ -242,7 +242,7 @@ void ReadSound(Node& node, SoundDescription& sound) {
     sound.codec = node.OneOf("codec", {"aac", "bsac"}, sound.codec);
     sound.sampleRate = node.Integer("sampleRate", 8000, 48000, sound.sampleRate);
     sound.channels = node.Integer("channels", 1, 2, sound.channels);
-    sound.kbps = node.Integer("bitRate", 16, 128, sound.kbps);
+    sound.kbps = node.Integer("bitRate", 32, 128, sound.kbps);
     sound.melody = node.Text("melody", sound.melody);
     sound.beepEvery = node.Number("beepEvery", 0, 3600, sound.beepEvery);
     if (!IsMelody(sound.melody))

@@ -1,4 +1,4 @@
-#include "host/shell/core/testing/ShellFixture.h"
+#include "tests/shell/ShellFixture.h"
 
 namespace shell {
 
@@ -107,6 +107,15 @@ TEST_F(ShellFixture, ALaterPostedBoxTakesThePlaceOfTheFirst) {
     EXPECT_EQ(shell->BoxRecords()[1].answer, 0);
     shell->CloseView();
     EXPECT_FALSE(shell->IsBoxOpen()) << "it goes with the view";
+}
+
+TEST_F(ShellFixture, IdleInputIsAskedWhenNothingIsScripted) {
+    TestView& view = Open();
+    int asked = 0;
+    shell->SetIdleInput([&] { return ++asked < 3 || shell->Press(3); });
+    EXPECT_EQ(view.MsgBox(1011, kBoxOkCancel), 1);
+    EXPECT_EQ(asked, 3);
+    shell->SetIdleInput({});
 }
 
 } // namespace shell

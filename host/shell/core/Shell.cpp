@@ -68,7 +68,8 @@ void Shell::TouchUp(int x, int y) {
 void Shell::Touch(UINT message, int x, int y) {
     const Window* window = core->windows.At({x, y});
     if (window && core->TakesInput(*window)) {
-        const auto place = static_cast<LPARAM>(((y - window->place.top) & 0xFFFF) << 16 | ((x - window->place.left) & 0xFFFF));
+        const auto place =
+            static_cast<LPARAM>(((y - window->place.top) & 0xFFFF) << 16 | ((x - window->place.left) & 0xFFFF));
         core->ce.loop().Post(window->handle, message, 0, place);
     }
 }

@@ -107,8 +107,10 @@ public:
                                                        &CVelPlayerView::classCVelPlayerView};
     static const GMessageMap& Map() {
         static const GMessageEntry rows[] = {
-            GMap::OnCreate<&TestView::OnCreate>(),          GMap::OnCommand<&TestView::OnCmdPreload>(64954),
-            GMap::OnCommandRange<&TestView::OnCommand>(20, 25), GMap::OnTimer<&TestView::OnTimer>(),
+            GMap::OnCreate<&TestView::OnCreate>(),
+            GMap::OnCommand<&TestView::OnCmdPreload>(64954),
+            GMap::OnCommandRange<&TestView::OnCommand>(20, 25),
+            GMap::OnTimer<&TestView::OnTimer>(),
             GMap::OnMessage<&TestView::OnUser>(WM_USER + 100),
         };
         static const GMessageMap map = {&CVelPlayerView::messageMap, rows, 5};

@@ -3,7 +3,7 @@
 
 #include "host/ce/Ce.h"
 #include "host/shell/Shell.h"
-#include "host/shell/core/testing/TestView.h"
+#include "tests/shell/TestView.h"
 
 #include <gtest/gtest.h>
 
@@ -28,7 +28,7 @@ protected:
         system.files().AddMount({u"\\", root / "device"});
         system.files().AddMount({u"\\Profile", root / "profile", ce::Mount::Writing::OnClose});
         system.files().AddMount({u"\\SDMMC Card", root / "card", ce::Mount::Writing::InPlace, true});
-        Setup setup;
+        ::shell::Setup setup;
         setup.skinFolder = std::filesystem::path(DMB_BINARY_DIR) / "skin";
         shell = std::make_unique<Shell>(system, setup);
         TestView::Calls().clear();

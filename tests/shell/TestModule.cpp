@@ -1,5 +1,5 @@
 // The smallest module: one view class, announced while loaded.
-#include "host/shell/core/testing/TestView.h"
+#include "tests/shell/TestView.h"
 
 namespace {
 
