@@ -12,6 +12,7 @@ namespace {
 constexpr UINT kFirstTab = 60;
 constexpr UINT kFirstRow = 40;
 constexpr UINT kPageDown = 72;
+constexpr UINT kOk = 3, kCancel = 4, kLoneOk = 12;
 constexpr int kRowsOfATab = 10;
 constexpr int kRowsOfFiles = 5;
 constexpr int kFileTab = 2;
@@ -91,7 +92,7 @@ private:
             else
                 shell.Press(row);
         });
-        shell.DuringModal([this] { shell.Press(3); });
+        shell.DuringModal([this] { shell.Press(kOk); });
         shell.Press(21);
         shell.RunUntilIdle();
         return failure;
@@ -104,6 +105,8 @@ private:
 
 std::string RunScript(shell::Shell& shell, const Script& script) {
     Runner runner(shell);
+    // A dialog or box that no line of the script answers is cancelled; nobody else could.
+    shell.SetIdleInput([&shell] { return shell.Press(kCancel) || shell.Press(kLoneOk) || shell.Press(kOk); });
     for (const ScriptLine& line : script.lines) {
         if (line.verb == Verb::Quit)
             break;
