@@ -58,12 +58,10 @@ using LONGLONG = std::int64_t;
 using ULONGLONG = std::uint64_t;
 using BOOL = std::int32_t;
 using HRESULT = std::int32_t;
-using CHAR = char;
 using WCHAR = char16_t;
 using LPWSTR = WCHAR*;
 using LPCWSTR = const WCHAR*;
 
-using INT_PTR = std::intptr_t;
 using UINT_PTR = std::uintptr_t;
 using LONG_PTR = std::intptr_t;
 using ULONG_PTR = std::uintptr_t;

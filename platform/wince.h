@@ -26,7 +26,6 @@
 
 inline constexpr UINT WM_CREATE = 0x0001;
 inline constexpr UINT WM_DESTROY = 0x0002;
-inline constexpr UINT WM_PAINT = 0x000F;
 inline constexpr UINT WM_KEYUP = 0x0101;
 inline constexpr UINT WM_COMMAND = 0x0111;
 inline constexpr UINT WM_TIMER = 0x0113;
@@ -75,7 +74,8 @@ inline constexpr DWORD FILE_CURRENT = 1;
 inline constexpr DWORD FILE_END = 2;
 inline constexpr DWORD INVALID_FILE_SIZE = 0xFFFFFFFF;
 inline constexpr DWORD INVALID_SET_FILE_POINTER = 0xFFFFFFFF;
-inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(static_cast<INT_PTR>(-1));
+// NOLINTNEXTLINE(performance-no-int-to-ptr): the device's own value
+inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(static_cast<LONG_PTR>(-1));
 
 inline constexpr DWORD ERROR_SUCCESS = 0;
 inline constexpr DWORD ERROR_FILE_NOT_FOUND = 2;
@@ -129,10 +129,6 @@ DMB_CE_API DWORD GetFileSize(HANDLE file, DWORD* high);
 // old one now and not earlier, and only if all its writes succeeded. Non-zero on success.
 DMB_CE_API BOOL CloseHandle(HANDLE file);
 
-// Makes one folder; its parent must exist. Non-zero on success; ERROR_ALREADY_EXISTS when something has that
-// name.
-DMB_CE_API BOOL CreateDirectoryW(const WCHAR* path, SECURITY_ATTRIBUTES* security);
-
 // Bytes on the volume of `folder`: free for the caller, total, free at all. Null results are skipped.
 // Zero when the folder does not exist (no card).
 DMB_CE_API BOOL GetDiskFreeSpaceExW(const WCHAR* folder, ULARGE_INTEGER* freeForCaller, ULARGE_INTEGER* total,
@@ -144,8 +140,7 @@ DMB_CE_API BOOL GetDiskFreeSpaceExW(const WCHAR* folder, ULARGE_INTEGER* freeFor
 // room for `capacity` units. Only kNarrowCodePage is known. A byte that begins no character becomes U+FFFD.
 // Returns the number of units written; with `capacity` 0 the number needed. When the room does not suffice: 0
 // with ERROR_INSUFFICIENT_BUFFER, the room being filled all the same.
-DMB_CE_API int MultiByteToWideChar(UINT codePage, DWORD flags, const char* narrow, int size, WCHAR* wide,
-                                   int capacity);
+DMB_CE_API int MultiByteToWideChar(UINT codePage, DWORD flags, const char* narrow, int size, WCHAR* wide, int capacity);
 
 // Sends a text to the debugger. On Linux the lines are kept where a test can read them (ce::DebugOutput).
 DMB_CE_API void OutputDebugStringW(const WCHAR* text);

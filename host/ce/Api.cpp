@@ -100,11 +100,6 @@ BOOL CloseHandle(HANDLE file) {
     return files != nullptr && files->Close(file);
 }
 
-BOOL CreateDirectoryW(const WCHAR* path, SECURITY_ATTRIBUTES*) {
-    ce::DeviceFiles* const files = Files();
-    return files != nullptr && files->MakeFolder(path);
-}
-
 BOOL GetDiskFreeSpaceExW(const WCHAR* folder, ULARGE_INTEGER* freeForCaller, ULARGE_INTEGER* total,
                          ULARGE_INTEGER* free) {
     ce::DeviceFiles* const files = Files();

@@ -135,7 +135,8 @@ HANDLE DeviceFiles::Open(const WCHAR* path, DWORD access, DWORD share, DWORD dis
         return failed(ERROR_ACCESS_DENIED);
     if (!OpenOnHost(*file, *location, disposition))
         return INVALID_HANDLE_VALUE;
-    const auto handle = reinterpret_cast<HANDLE>(nextHandle_);
+    // A handle is a number in a pointer's clothes, as on the device.
+    const auto handle = reinterpret_cast<HANDLE>(nextHandle_); // NOLINT(performance-no-int-to-ptr)
     nextHandle_ += 4;
     open_.emplace(handle, file);
     return handle;

@@ -134,7 +134,7 @@ TEST_F(Files, BadCallsFail) {
     EXPECT_EQ(files->Open(u"\\x", GENERIC_READ, 0, 77), INVALID_HANDLE_VALUE);
     EXPECT_EQ(LastError(), ERROR_INVALID_PARAMETER);
     EXPECT_EQ(Open(u"\\"), INVALID_HANDLE_VALUE) << "a folder is no file";
-    EXPECT_EQ(Open(WString(300, u'x').insert(0, u"\\").c_str()), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(Open((WString(u"\\") + WString(300, u'x')).c_str()), INVALID_HANDLE_VALUE);
     char byte = 0;
     for (HANDLE handle : {HANDLE{nullptr}, INVALID_HANDLE_VALUE, reinterpret_cast<HANDLE>(0x100)}) {
         EXPECT_FALSE(files->Read(handle, &byte, 1, done));

@@ -72,7 +72,8 @@ WString WideOfNarrow(const char* narrow) {
 }
 
 // Puts the sign and the padding around a number's digits.
-void AppendNumber(WString& out, const Conversion& conversion, WString prefix, const WString& digits, bool zeros) {
+void AppendNumber(WString& out, const Conversion& conversion, const WString& prefix, const WString& digits,
+                  bool zeros) {
     const std::size_t size = prefix.size() + digits.size();
     const auto width = static_cast<std::size_t>(conversion.width);
     const WString padding(width > size ? width - size : 0, zeros ? WCHAR{'0'} : WCHAR{' '});

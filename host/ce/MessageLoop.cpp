@@ -18,7 +18,8 @@ void MessageLoop::AdoptThread() {
 
 HWND MessageLoop::AddWindow(WindowProcedure procedure) {
     const std::lock_guard lock(mutex_);
-    const auto window = reinterpret_cast<HWND>(nextHandle_);
+    // A handle is a number in a pointer's clothes: an address could come back for another window.
+    const auto window = reinterpret_cast<HWND>(nextHandle_); // NOLINT(performance-no-int-to-ptr)
     nextHandle_ += 4;
     windows_.emplace(window, std::make_shared<WindowProcedure>(std::move(procedure)));
     return window;

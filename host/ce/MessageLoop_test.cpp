@@ -170,7 +170,7 @@ TEST_F(Loop, PostedMessagesComeBeforeTimers) { // T3
 
 TEST_F(Loop, ExpiredTimersAreServedInTurn) { // T3
     const HWND window = loop.AddWindow([this](HWND, UINT, WPARAM id, LPARAM) {
-        log.push_back("t" + std::to_string(id));
+        log.push_back(std::string("t").append(std::to_string(id)));
         if (id == 1)
             clock.Sleep(50); // slower than its period
         return LRESULT{0};

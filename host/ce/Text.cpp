@@ -42,7 +42,9 @@ public:
     }
 
 private:
-    [[nodiscard]] bool IsOpen() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
+    [[nodiscard]] bool IsOpen() const {
+        return handle_ != reinterpret_cast<iconv_t>(-1); // NOLINT(performance-no-int-to-ptr): POSIX says so
+    }
 
     iconv_t handle_;
 };

@@ -1,4 +1,6 @@
 // The view object: defaults, settings, settings file. In the real headless shell.
+#include <cstring>
+
 #include <gtest/gtest.h>
 
 #include "platform/velshell/VelDocument.h"

@@ -14,7 +14,7 @@
 
 namespace scripted {
 
-struct TunerScript {
+struct DMB_MEDMB_API TunerScript {
     bool opens = true;
     // What a block carries, by frequency in Hz; a frequency that is not here does not answer.
     std::map<int, _tag_DMB_CHANNEL_INFO> blocks;
