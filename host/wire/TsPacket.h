@@ -91,6 +91,7 @@ private:
 inline std::size_t WriteTsPacket(std::span<std::uint8_t, kTsPacketSize> out, const TsHeader& header,
                                  std::span<const std::uint8_t> payload) {
     const bool hasFlags = header.discontinuity || header.randomAccess || header.pcr.has_value();
+    const std::uint64_t clock = header.pcr.value_or(0);
     const std::size_t needed = header.pcr ? 8 : (hasFlags ? 2 : 0); // adaptation field with its length byte
     const std::size_t taken = std::min(payload.size(), kTsPacketSize - 4 - needed);
     const std::size_t adaptation = kTsPacketSize - 4 - taken;
@@ -110,8 +111,8 @@ inline std::size_t WriteTsPacket(std::span<std::uint8_t, kTsPacketSize> out, con
                   std::uint8_t{0xFF});
     }
     if (header.pcr) {
-        const std::uint64_t base = (*header.pcr / 300) & 0x1'FFFF'FFFF;
-        const unsigned extension = static_cast<unsigned>(*header.pcr % 300);
+        const std::uint64_t base = (clock / 300) & 0x1'FFFF'FFFF;
+        const unsigned extension = static_cast<unsigned>(clock % 300);
         out[6] = static_cast<std::uint8_t>(base >> 25);
         out[7] = static_cast<std::uint8_t>(base >> 17 & 0xFF);
         out[8] = static_cast<std::uint8_t>(base >> 9 & 0xFF);

@@ -1,0 +1,99 @@
+// The quantised lines of a block, plane by plane (ISO/IEC 14496-3, 4.4.2.6: bsac_spectral_data), decoded and
+// encoded by the same code.
+//
+// A line's magnitude is sent from the top plane of its coding band (weight 2^(topPlane - 1)) down to plane 1
+// (weight 1), one bit a plane; the sign follows the first 1. Lines are visited in order, both channels of a
+// line one after the other. The budget may end after any bit; the line then goes on when its turn comes
+// again.
+//
+// The unit of the bookkeeping is the quad of four neighbouring lines, for both channels together: layers
+// begin and end at quads, the contexts live in quads, and all lines of a quad are at the same plane but for
+// the place where the budget ended. So finding what is still to be coded in a plane means looking at a set of
+// 256 bits.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "host/codec/ArithmeticDecoder.h"
+#include "host/codec/ArithmeticEncoder.h"
+#include "host/codec/BlockHeader.h"
+#include "host/codec/BsacTables.h"
+
+namespace codec {
+
+inline constexpr unsigned kQuadLines = 4;
+inline constexpr unsigned kQuads = kBlockSamples / kQuadLines;
+
+// Quantised lines with their signs, in the order of the block's groups.
+using QuantisedLines = std::array<std::array<std::int16_t, kBlockSamples>, kMaxChannels>;
+
+// A set of quads of the block.
+class QuadSet {
+public:
+    static constexpr unsigned kWords = kQuads / 64;
+
+    void Clear() { words.fill(0); }
+    // Adds the quads of the lines [firstLine, endLine); both are multiples of 4.
+    void AddLines(int firstLine, int endLine);
+    [[nodiscard]] static QuadSet All();
+
+    void Insert(unsigned quad) { words[quad >> 6] |= std::uint64_t{1} << (quad & 63); }
+    void Remove(unsigned quad) { words[quad >> 6] &= ~(std::uint64_t{1} << (quad & 63)); }
+    [[nodiscard]] bool Contains(unsigned quad) const { return (words[quad >> 6] >> (quad & 63) & 1) != 0; }
+    [[nodiscard]] std::uint64_t Word(unsigned w) const { return words[w]; }
+
+private:
+    std::array<std::uint64_t, kWords> words{};
+};
+
+struct Quad {
+    std::array<std::uint16_t, 2 * kQuadLines> magnitude{}; // by 2 * line + channel
+    std::uint8_t negative = 0;                             // bit 2 * line + channel
+    std::uint8_t next = 0; // first 2 * line + channel that still lacks this plane
+    bool signDue = false;  // ... or only its sign
+    std::array<std::uint8_t, kMaxChannels> cbandSi{};
+    std::array<std::uint8_t, kMaxChannels> plane{};   // planes still to come
+    std::array<std::uint8_t, kMaxChannels> higher{};  // lines with a 1 in a higher plane, first line = bit 3
+    std::array<std::uint8_t, kMaxChannels> current{}; // bits of this plane so far, last one = bit 0
+};
+
+class BitPlanes {
+public:
+    // Forgets all lines. An encoder gives the lines it wants coded; they must outlive the block.
+    void Reset(unsigned channelCount, const QuantisedLines* wantedLines = nullptr);
+
+    // The quad's lines become known: each channel has all planes of its cband_si to come.
+    void Open(unsigned quad, const std::array<std::uint8_t, kMaxChannels>& cbandSi);
+
+    // Codes the quads of `set`, from the highest plane still to come down to plane `lowest` (>= 1), until
+    // `budget` is spent. `limited` keeps p0 within the limits of table 4.A.35 while fewer than 14 bits are
+    // left.
+    template <class Coder>
+    void Code(Coder& coder, const QuadSet& set, unsigned lowest, bool limited, int& budget);
+
+    [[nodiscard]] bool Complete() const { return openPlanes == 0; }
+
+    // Quads that were opened with any plane since Reset, for those who look for lines that are not 0.
+    [[nodiscard]] const QuadSet& Opened() const { return opened; }
+    [[nodiscard]] const Quad& At(unsigned quad) const { return quads[quad]; }
+
+    // The line's value as coded so far.
+    [[nodiscard]] int Line(unsigned channel, unsigned line) const;
+
+private:
+    template <class Coder, unsigned kChannels, bool kLimited>
+    void CodePlanes(Coder& coder, const QuadSet& set, unsigned lowest, int& budget);
+
+    void Lower(unsigned quad, unsigned plane);
+
+    unsigned channels = 1;
+    const QuantisedLines* wanted = nullptr;
+    std::array<Quad, kQuads> quads;
+    std::array<QuadSet, kLargestPlane + 1> pending;       // by the higher plane of the quad's channels
+    std::array<std::uint16_t, kLargestPlane + 1> count{}; // quads in each pending set
+    unsigned openPlanes = 0;                              // bit p: pending[p] is not empty, p >= 1
+    QuadSet opened;
+};
+
+} // namespace codec

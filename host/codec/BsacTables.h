@@ -1,0 +1,99 @@
+// The numbers of ER BSAC (ISO/IEC 14496-3:2009, subpart 4): probability models, contexts, scalefactor bands.
+//
+// Probabilities have the scale 16384. A cumulative model falls and ends with 0: symbol k owns the range
+// [model[k], model[k - 1]), with 16384 in front of the first entry. A `p0` is the probability of a 0 bit.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+namespace codec {
+
+inline constexpr unsigned kProbabilityScale = 16384;
+
+using CumulativeModel = std::span<const std::uint16_t>;
+
+// Table 4.A.31: what the 5-bit cband_si_type of a channel says.
+struct CbandSiType {
+    std::uint8_t reservedBits; // set aside in the layer budget for each coding band other than band 0
+    std::uint8_t largestBand0; // largest legal cband_si of band 0
+    std::uint8_t largestOther; // ... and of the others
+    std::uint8_t modelOther;   // index into kCbandSiModels for the others; band 0 uses kCbandSiBand0Model
+};
+extern const std::array<CbandSiType, 32> kCbandSiTypes;
+
+// 4.5.2.6.2.5: bits set aside in the layer budget for coding band 0, whatever the type.
+inline constexpr int kBand0ReservedBits = 11;
+
+// Tables 4.A.44 to 4.A.50 and 4.A.51: cband_si of the coding bands.
+extern const std::array<CumulativeModel, 7> kCbandSiModels;
+extern const CumulativeModel kCbandSiBand0Model;
+
+// Tables 4.A.37 to 4.A.43 (models 1..7): scalefactor differences. Model 0 is empty: no symbol, difference 0.
+extern const std::array<CumulativeModel, 8> kScalefactorModels;
+
+// Tables 4.A.52 to 4.A.55.
+extern const CumulativeModel kMsUsedModel;
+extern const CumulativeModel kStereoInfoModel;
+extern const CumulativeModel kNoiseFlagModel;
+extern const CumulativeModel kNoiseModeModel;
+
+// Start value of the noise energy of a channel: 512 equally probable values.
+extern const CumulativeModel kNoiseEnergyModel;
+
+// p0 of a sign bit; 1 is negative.
+inline constexpr unsigned kSignP0 = 8192;
+
+// A cband_si is at most this (table 4.A.33), a bit-plane at most kLargestPlane: quantised lines fit 15 bits.
+inline constexpr unsigned kLargestCbandSi = 22;
+inline constexpr unsigned kLargestPlane = 15;
+
+inline constexpr unsigned kContexts = 65;
+
+// Table 4.A.33 with the tables 4.A.56 to 4.A.77 it points to: how the planes of a coding band are coded.
+// The distance d of a plane from the top plane picks a row.
+struct PlaneModel {
+    std::uint8_t topPlane;
+    std::uint8_t zeroRows;
+    std::uint8_t nonzeroRows;
+    const std::uint16_t (*zero)[kContexts]; // lines whose higher bits are all 0, by context
+    const std::uint16_t (*nonzero)[16];     // the others, by the number their higher bits make, less 1
+
+    [[nodiscard]] const std::uint16_t* ZeroRow(unsigned d) const { return zero[d < 3 ? d : 3]; }
+    // Only for d > 0: in the top plane all higher bits are 0.
+    [[nodiscard]] const std::uint16_t* NonzeroRow(unsigned d) const { return nonzero[(d < 4 ? d : 4) - 1]; }
+};
+// By cband_si; entry 0 (all lines zero) has top plane 0 and no rows.
+extern const std::array<PlaneModel, kLargestCbandSi + 1> kPlaneModels;
+
+// A number of higher bits above this uses the last entry of the last nonzero row.
+inline constexpr unsigned kLargestHigherBits = 16;
+
+// Table 4.A.34: context of a line whose higher bits are all 0, as [v][start of position + b], where a quad is
+// four neighbouring lines, v has a bit for each of its lines with a 1 in a higher plane (first line = bit 3),
+// position is the place of the line in the quad, and b are the bits of this plane that the quad's earlier
+// lines have got, in order.
+inline constexpr std::uint8_t kNoContext = 0xFF; // cannot occur: v says that the line itself is not zero
+extern const std::uint8_t kSpectralContext[16][15];
+inline constexpr std::array<std::uint8_t, 4> kContextPosition{0, 1, 3, 7};
+
+// What depends on the sampling rate.
+struct RateTables {
+    unsigned rate; // Hz
+    std::span<const std::uint16_t>
+        longBands; // edges of the scalefactor bands, long window: bands + 1 entries, last 1024
+    std::span<const std::uint16_t> shortBands; // ... short window, last 128
+    std::uint8_t tnsBandsLong;                 // TNS filters no band from here on
+    std::uint8_t tnsBandsShort;
+    std::uint8_t enhancementStep; // lines an enhancement layer adds; at 8: 12, 12, 8 lines for each 32
+};
+
+// The tables for a samplingFrequencyIndex; nullptr for rates that BSAC layers are not defined
+// for.
+[[nodiscard]] const RateTables* FindRateByIndex(unsigned samplingFrequencyIndex);
+[[nodiscard]] const RateTables* FindRate(unsigned rate);
+// The index to send for a rate of FindRate.
+[[nodiscard]] unsigned SamplingFrequencyIndex(unsigned rate);
+
+} // namespace codec

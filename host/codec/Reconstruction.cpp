@@ -1,0 +1,147 @@
+#include "host/codec/Reconstruction.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <span>
+
+#include "host/codec/TemporalNoiseShaping.h"
+
+namespace codec {
+
+Reconstruction::Reconstruction() {
+    for (unsigned n = 0; n < kSmall; ++n)
+        power[n] = static_cast<float>(std::pow(n, 4.0 / 3.0));
+    // The largest magnitude, 2^15 - 1, with the largest level is below 2^59: far above all sound, but finite.
+    for (int level = kLowestLevel; level <= kHighestLevel; ++level)
+        gain[static_cast<std::size_t>(level - kLowestLevel)] =
+            static_cast<float>(std::exp2((level - 100) / 4.0));
+}
+
+float Reconstruction::Gain(int level) const {
+    return gain[static_cast<std::size_t>(std::clamp(level, kLowestLevel, kHighestLevel) - kLowestLevel)];
+}
+
+void Reconstruction::DequantiseQuad(const Quad& quad, unsigned channel, float bandGain, float* lines) const {
+    for (unsigned k = 0; k < kQuadLines; ++k) {
+        const unsigned element = 2 * k + channel;
+        const unsigned magnitude = quad.magnitude[element];
+        const float value = magnitude < kSmall
+                                ? power[magnitude]
+                                : static_cast<float>(magnitude * std::cbrt(static_cast<double>(magnitude)));
+        lines[k] = ((quad.negative >> element & 1) != 0 ? -value : value) * bandGain;
+    }
+}
+
+// Lines of a group of w windows come in quads that go round the windows; this puts them back in their
+// windows.
+void Reconstruction::Dequantise(const BlockHeader& header, const LayerGeometry& geometry,
+                                std::span<const std::uint16_t> edges, const SideInformation& info,
+                                const BitPlanes& planes, unsigned channel, Spectrum& spectrum) const {
+    spectrum.fill(0);
+    for (unsigned g = 0; g < geometry.groups; ++g) {
+        const auto firstLine = static_cast<unsigned>(geometry.group[g].firstLine);
+        const auto windows = static_cast<unsigned>(geometry.group[g].windows);
+        unsigned quad = firstLine / kQuadLines;
+        for (unsigned sfb = 0; sfb < header.maxSfb; ++sfb) {
+            const unsigned index = SfbIndex(g, sfb);
+            const float bandGain = Gain(info.level[channel][index]);
+            const bool skip = channel == 1 && IsIntensity(info, index);
+            for (unsigned line = edges[sfb]; line < edges[sfb + 1]; line += kQuadLines) {
+                for (unsigned w = 0; w < windows; ++w, ++quad) {
+                    if (planes.Opened().Contains(quad) && !skip)
+                        DequantiseQuad(planes.At(quad), channel, bandGain,
+                                       &spectrum[firstLine + 128 * w + line]);
+                }
+            }
+        }
+    }
+}
+
+namespace {
+
+void SumAndDifference(float* left, float* right, unsigned lines) {
+    for (unsigned i = 0; i < lines; ++i) {
+        const float middle = left[i];
+        const float side = right[i];
+        left[i] = middle + side;
+        right[i] = middle - side;
+    }
+}
+
+// Numbers in [-1, 1), by a linear congruence.
+float NextNoise(std::uint32_t& seed) {
+    seed = seed * 1664525U + 1013904223U;
+    return static_cast<float>(static_cast<std::int32_t>(seed)) * 0x1p-31F;
+}
+
+// Fills the lines with noise whose sum of squares is 2^(energy / 2).
+void MakeNoise(std::uint32_t& seed, int energy, float sign, float* lines, unsigned count) {
+    double sum = 0;
+    for (unsigned i = 0; i < count; ++i) {
+        lines[i] = NextNoise(seed);
+        sum += static_cast<double>(lines[i]) * lines[i];
+    }
+    const double length = std::min<double>(std::exp2(energy / 4.0), kLargestLine);
+    const auto scale = static_cast<float>(sum > 0 ? length / std::sqrt(sum) : 0);
+    for (unsigned i = 0; i < count; ++i)
+        lines[i] *= sign * scale;
+}
+
+} // namespace
+
+void Reconstruction::SubstituteNoise(const SideInformation& info, unsigned index, unsigned firstLine,
+                                     unsigned lines, Spectra& spectra) {
+    const std::uint32_t shared = noiseSeed;
+    if (info.noise[0][index])
+        MakeNoise(noiseSeed, info.level[0][index], 1, &spectra[0][firstLine], lines);
+    if (!info.noise[1][index])
+        return;
+    // noise_mode: 0 independent noise, 2 the same with opposite sign, else the same in both channels.
+    const unsigned mode = info.noise[0][index] ? info.noiseMode[index] : 0;
+    std::uint32_t copy = shared;
+    MakeNoise(mode == 0 ? noiseSeed : copy, info.level[1][index], mode == 2 ? -1.0F : 1.0F,
+              &spectra[1][firstLine], lines);
+}
+
+void Reconstruction::Run(const RateTables& rate, const BlockHeader& header, const LayerGeometry& geometry,
+                         const SideInformation& info, const BitPlanes& planes, Spectra& spectra) {
+    const std::span<const std::uint16_t> edges = BandEdges(rate, header);
+    const bool stereo = header.channels == 2;
+    for (unsigned c = 0; c < header.channels; ++c)
+        Dequantise(header, geometry, edges, info, planes, c, spectra[c]);
+
+    for (unsigned g = 0; g < geometry.groups; ++g) {
+        const auto firstWindowLine = static_cast<unsigned>(geometry.group[g].firstLine);
+        for (unsigned w = 0; w < static_cast<unsigned>(geometry.group[g].windows); ++w) {
+            for (unsigned sfb = 0; sfb < header.maxSfb; ++sfb) {
+                const unsigned index = SfbIndex(g, sfb);
+                const unsigned first = firstWindowLine + 128 * w + edges[sfb];
+                const unsigned lines = edges[sfb + 1] - edges[sfb];
+                if (stereo && (header.stereoMask == StereoMask::kMsEverywhere ||
+                               info.stereo[index] == StereoInfo::kMidSide))
+                    SumAndDifference(&spectra[0][first], &spectra[1][first], lines);
+                SubstituteNoise(info, index, first, lines, spectra);
+                if (stereo && IsIntensity(info, index)) {
+                    const double sign = info.stereo[index] == StereoInfo::kInPhase ? 1 : -1;
+                    const auto factor = static_cast<float>(sign * std::exp2(-info.level[1][index] / 4.0));
+                    for (unsigned i = 0; i < lines; ++i)
+                        spectra[1][first + i] = spectra[0][first + i] * factor;
+                }
+            }
+        }
+    }
+
+    const unsigned windows = header.IsShort() ? kShortWindows : 1;
+    const unsigned windowLines = kBlockSamples / windows;
+    for (unsigned c = 0; c < header.channels; ++c) {
+        if (!header.channel[c].tnsPresent)
+            continue;
+        for (unsigned w = 0; w < windows; ++w)
+            ApplyTns(
+                rate, header, header.channel[c].tns[w],
+                std::span<float>(spectra[c]).subspan(static_cast<std::size_t>(w) * windowLines, windowLines));
+    }
+}
+
+} // namespace codec

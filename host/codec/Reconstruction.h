@@ -1,0 +1,50 @@
+// From quantised lines and side information to the spectrum of each channel: dequantisation, M/S, noise
+// substitution, intensity and temporal noise shaping, in this order (ISO/IEC 14496-3, 4.6).
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "host/codec/BitPlanes.h"
+#include "host/codec/BlockHeader.h"
+#include "host/codec/BsacTables.h"
+#include "host/codec/LayerGeometry.h"
+#include "host/codec/SideInformation.h"
+
+namespace codec {
+
+// 1024 lines, or eight windows of 128 one after another. The scale is that of 16-bit samples.
+using Spectrum = std::array<float, kBlockSamples>;
+using Spectra = std::array<Spectrum, kMaxChannels>;
+
+class Reconstruction {
+public:
+    Reconstruction();
+
+    // Restarts the noise at its first number.
+    void Reset() { noiseSeed = kFirstSeed; }
+
+    // Sets all lines of the channels in use, to finite values whatever the levels and filters say.
+    void Run(const RateTables& rate, const BlockHeader& header, const LayerGeometry& geometry,
+             const SideInformation& info, const BitPlanes& planes, Spectra& spectra);
+
+private:
+    static constexpr std::uint32_t kFirstSeed = 0x2545F491;
+    static constexpr unsigned kSmall = 256; // magnitudes with a table entry; larger ones are rare
+    static constexpr int kLowestLevel = -63;
+    static constexpr int kHighestLevel = 255;
+
+    [[nodiscard]] float Gain(int level) const;
+    void Dequantise(const BlockHeader& header, const LayerGeometry& geometry,
+                    std::span<const std::uint16_t> edges, const SideInformation& info,
+                    const BitPlanes& planes, unsigned channel, Spectrum& spectrum) const;
+    void DequantiseQuad(const Quad& quad, unsigned channel, float gain, float* lines) const;
+    void SubstituteNoise(const SideInformation& info, unsigned index, unsigned firstLine, unsigned lines,
+                         Spectra& spectra);
+
+    std::array<float, kSmall> power{};                          // n^(4/3)
+    std::array<float, kHighestLevel - kLowestLevel + 1> gain{}; // 2^((level - 100) / 4)
+    std::uint32_t noiseSeed = kFirstSeed;
+};
+
+} // namespace codec

@@ -1,0 +1,76 @@
+#include "host/headend/Demo.h"
+
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <sstream>
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+}
+
+namespace headend {
+
+// Both made by MakeRecipe.cmake.
+extern const char* const kDemoJson;
+extern const char* const kSourceHash;
+
+namespace {
+
+constexpr const char* kStampName = "recipe.txt";
+
+// What stands in the stamp file: the recipe, and name and size of each file, so that a file cut short is noticed.
+std::string MakeStamp(const std::filesystem::path& directory, const std::set<std::string>& names) {
+    std::ostringstream stamp;
+    stamp << DemoRecipe() << '\n';
+    for (const std::string& name : names) {
+        std::error_code error;
+        const auto size = std::filesystem::file_size(directory / name, error);
+        stamp << name << ' ' << (error ? 0 : size) << '\n';
+    }
+    return stamp.str();
+}
+
+std::string ReadStamp(const std::filesystem::path& directory) {
+    std::ifstream file(directory / kStampName, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+} // namespace
+
+std::string_view DemoDescription() {
+    return kDemoJson;
+}
+
+std::string DemoRecipe() {
+    return std::string(kSourceHash) + " libavcodec " + std::to_string(avcodec_version());
+}
+
+std::filesystem::path EnsureDemo(const std::filesystem::path& cacheDirectory, const Progress& progress) {
+    const std::filesystem::path directory = cacheDirectory / "demo";
+    const Description description = ParseDescription(DemoDescription(), "built-in demo", {});
+    std::set<std::string> names;
+    for (const EnsembleDescription& ensemble : description.ensembles)
+        names.insert(ensemble.block + ".eti");
+    if (ReadStamp(directory) == MakeStamp(directory, names))
+        return directory;
+
+    const Broadcast broadcast = MakeBroadcast(description, progress);
+    std::error_code error;
+    // The stamp goes first and comes last: whatever happens between, the files do not count as whole.
+    std::filesystem::remove(directory / kStampName, error);
+    WriteBroadcast(broadcast, directory);
+    // A block that the recipe no longer has would still be found by whoever looks into the directory.
+    for (const auto& entry : std::filesystem::directory_iterator(directory)) {
+        if (entry.path().extension() == ".eti" && names.count(entry.path().filename().string()) == 0)
+            std::filesystem::remove(entry.path(), error);
+    }
+    std::ofstream file(directory / kStampName, std::ios::binary | std::ios::trunc);
+    file << MakeStamp(directory, names);
+    file.close();
+    if (!file)
+        throw std::runtime_error((directory / kStampName).string() + ": cannot be written");
+    return directory;
+}
+
+} // namespace headend
