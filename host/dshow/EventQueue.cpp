@@ -34,8 +34,7 @@ EventQueue::~EventQueue() {
 // -----------------------------------------------------------------------------------------------
 
 bool EventQueue::HandledByGraph(LONG code) const {
-    return (code == EC_COMPLETE || code == EC_REPAINT) &&
-           std::ranges::find(undefaulted_, code) == undefaulted_.end();
+    return (code == EC_COMPLETE || code == EC_REPAINT) && std::ranges::find(undefaulted_, code) == undefaulted_.end();
 }
 
 void EventQueue::Report(LONG code, LONG_PTR param1, LONG_PTR param2) {
