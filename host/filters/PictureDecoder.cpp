@@ -1,0 +1,24 @@
+#include "host/filters/PictureDecoder.h"
+
+namespace filters {
+
+void PictureDecoder::Push(const AccessUnit& unit, const Sink& sink) {
+    if (unit.discontinuity)
+        frozen_ = true;
+    if (frozen_) {
+        if (!unit.randomAccess)
+            return;
+        // The pictures that wait inside are whole; what was lost comes after them.
+        decoder_.Drain(sink);
+        frozen_ = false;
+    }
+    if (!decoder_.Decode(unit.bytes, unit.time, sink))
+        frozen_ = true;
+}
+
+void PictureDecoder::Flush() {
+    decoder_.Flush();
+    frozen_ = true;
+}
+
+} // namespace filters
