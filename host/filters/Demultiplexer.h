@@ -28,6 +28,7 @@ struct AccessUnit {
     Ticks lead = 0;
     bool randomAccess = false;
     bool discontinuity = false; // units before this one are missing
+    bool live = false;          // a transmitter sets the pace
 };
 
 class DemuxListener {

@@ -8,8 +8,7 @@ void PictureDecoder::Push(const AccessUnit& unit, const Sink& sink) {
     if (frozen_) {
         if (!unit.randomAccess)
             return;
-        // The pictures that wait inside are whole; what was lost comes after them.
-        decoder_.Drain(sink);
+        decoder_.Flush(); // nothing refers to what came before
         frozen_ = false;
     }
     if (!decoder_.Decode(unit.bytes, unit.time, sink))

@@ -49,7 +49,11 @@ void SoundDecoder::Push(const AccessUnit& unit, const Sink& sink) {
         return;
     if (unit.discontinuity)
         Conceal(unit, sink);
-    Decode(unit.bytes, unit.time, unit.lead, sink);
+    SoundBlock block;
+    block.time = unit.time;
+    block.lead = unit.lead;
+    block.live = unit.live;
+    Decode(unit.bytes, std::move(block), sink);
     next_ = unit.time + format_.UnitTicks();
 }
 
@@ -58,41 +62,44 @@ void SoundDecoder::Conceal(const AccessUnit& unit, const Sink& sink) {
     const Ticks each = format_.UnitTicks();
     if (!next_ || each <= 0)
         return;
+    SoundBlock block;
+    block.lead = unit.lead;
+    block.live = unit.live;
+    block.time = *next_;
     const Ticks hole = unit.time - *next_;
     if (hole > kLongestConcealment) {
-        EmitSilence(*next_, unit.lead, sink);
+        EmitSilence(std::move(block), sink);
         return;
     }
     for (Ticks count = (hole + each / 2) / each; count > 0; --count) {
-        Decode({}, *next_, unit.lead, sink);
-        *next_ += each;
+        Decode({}, block, sink);
+        block.time += each;
     }
 }
 
-void SoundDecoder::Decode(ByteSpan bytes, Ticks time, Ticks lead, const Sink& sink) {
+// `block` brings the times.
+void SoundDecoder::Decode(ByteSpan bytes, SoundBlock block, const Sink& sink) {
     if (bsac_) {
-        DecodeBsac(bytes, time, lead, sink);
+        DecodeBsac(bytes, block, sink);
         return;
     }
-    SoundBlock block;
-    block.time = time;
-    block.lead = lead;
     bool decoded = false;
+    const auto take = [&](auto& samples) {
+        block.samples = std::move(samples.interleaved);
+        block.sampleRate = samples.sampleRate;
+        block.channels = samples.channels;
+    };
     if (aac_ && !bytes.empty()) {
         AacSamples samples;
-        decoded = aac_->Decode(bytes, samples);
-        block.samples = std::move(samples.interleaved);
-        block.sampleRate = samples.sampleRate;
-        block.channels = samples.channels;
+        decoded = aac_->Decode(bytes, samples) && !samples.interleaved.empty();
+        take(samples);
     } else if (layerTwo_ && !bytes.empty()) {
         codec::LayerTwoSamples samples;
-        decoded = layerTwo_->Decode(bytes, samples);
-        block.samples = std::move(samples.interleaved);
-        block.sampleRate = samples.sampleRate;
-        block.channels = samples.channels;
+        decoded = layerTwo_->Decode(bytes, samples) && !samples.interleaved.empty();
+        take(samples);
     }
     if (!decoded) {
-        EmitSilence(time, lead, sink);
+        EmitSilence(std::move(block), sink);
         return;
     }
     // Layer II tells its format in each frame, and AAC may have more in it than its configuration says.
@@ -102,16 +109,15 @@ void SoundDecoder::Decode(ByteSpan bytes, Ticks time, Ticks lead, const Sink& si
     Emit(std::move(block), sink);
 }
 
-void SoundDecoder::DecodeBsac(ByteSpan bytes, Ticks time, Ticks lead, const Sink& sink) {
+void SoundDecoder::DecodeBsac(ByteSpan bytes, const SoundBlock& like, const Sink& sink) {
     bsac_->Push(bytes);
     Ticks offset = 0;
     while (const auto decoded = bsac_->Next()) {
-        SoundBlock block;
+        SoundBlock block = like;
         block.samples.assign(decoded->samples.begin(), decoded->samples.end());
         block.sampleRate = format_.sampleRate;
         block.channels = format_.channels;
-        block.time = time + offset * kTicksPerSecond / format_.sampleRate;
-        block.lead = lead;
+        block.time += offset * kTicksPerSecond / format_.sampleRate;
         block.concealed = decoded->status != codec::BsacStatus::kOk;
         offset += codec::kSamplesPerBlock;
         Emit(std::move(block), sink);
@@ -131,14 +137,11 @@ void SoundDecoder::Emit(SoundBlock block, const Sink& sink) {
 }
 
 // A unit's length of silence that falls from the last sample, if any sound came before it.
-void SoundDecoder::EmitSilence(Ticks time, Ticks lead, const Sink& sink) {
+void SoundDecoder::EmitSilence(SoundBlock block, const Sink& sink) {
     if (format_.sampleRate <= 0 || format_.channels <= 0)
         return;
-    SoundBlock block;
     block.sampleRate = format_.sampleRate;
     block.channels = format_.channels;
-    block.time = time;
-    block.lead = lead;
     block.concealed = true;
     const auto channels = static_cast<std::size_t>(format_.channels);
     block.samples.assign(static_cast<std::size_t>(format_.samplesPerUnit) * channels, 0);

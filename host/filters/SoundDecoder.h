@@ -18,6 +18,7 @@ struct SoundBlock {
     int channels = 0;
     Ticks time = 0; // of the first sample
     Ticks lead = 0; // as AccessUnit::lead
+    bool live = false;
     // Made up by the decoder in place of a lost unit.
     bool concealed = false;
 };
@@ -37,10 +38,10 @@ public:
 
 private:
     void Conceal(const AccessUnit& next, const Sink& sink);
-    void Decode(ByteSpan bytes, Ticks time, Ticks lead, const Sink& sink);
-    void DecodeBsac(ByteSpan bytes, Ticks time, Ticks lead, const Sink& sink);
+    void Decode(ByteSpan bytes, SoundBlock block, const Sink& sink);
+    void DecodeBsac(ByteSpan bytes, const SoundBlock& like, const Sink& sink);
     void Emit(SoundBlock block, const Sink& sink);
-    void EmitSilence(Ticks time, Ticks lead, const Sink& sink);
+    void EmitSilence(SoundBlock block, const Sink& sink);
 
     AudioFormat format_;
     std::unique_ptr<codec::BsacDecoder> bsac_;
