@@ -18,7 +18,7 @@ forbidden() { python3 tools/check_forbidden.py; }
 declarations() { python3 tools/check_platform_use.py; }
 width() {
     local long
-    long=$(sources '*.cpp' '*.h' | xargs awk 'length($0) > 135 { print FILENAME ":" FNR ": " length($0) " columns" }')
+    long=$(sources '*.cpp' '*.h' | LC_ALL=C.UTF-8 xargs grep -nHE '^.{136,}$')
     [ -z "$long" ] || { echo "$long"; return 1; }
 }
 

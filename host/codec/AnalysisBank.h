@@ -16,14 +16,14 @@ public:
     AnalysisBank();
 
     // The spectrum of 2048 samples: 1024 that the block before has seen, and 1024 new ones.
-    void Run(std::span<const float, 2 * kBlockSamples> samples, WindowSequence sequence,
-             WindowShape leftShape, WindowShape rightShape, Spectrum& spectrum);
+    void Run(std::span<const float, 2 * kBlockSamples> samples, WindowSequence sequence, WindowShape leftShape,
+             WindowShape rightShape, Spectrum& spectrum);
 
 private:
     WindowSlopes slopes;
     av::Mdct longTransform;
     av::Mdct shortTransform;
-    std::array<float, 2 * kBlockSamples> work{};
+    alignas(av::Mdct::kAlignment) std::array<float, 2 * kBlockSamples> work{};
 };
 
 } // namespace codec

@@ -86,9 +86,7 @@ unsigned ArithmeticEncoder::Bit(unsigned p0, int& budget, unsigned wanted) {
     const std::uint32_t r = range >> 14;
     const std::uint32_t zeroRange = r * p0;
     const std::uint32_t oneRange = r * (kProbabilityScale - p0);
-    const auto holds = [&](unsigned bit) {
-        return bit != 0 ? HoldsEnd(zeroRange, oneRange) : HoldsEnd(0, zeroRange);
-    };
+    const auto holds = [&](unsigned bit) { return bit != 0 ? HoldsEnd(zeroRange, oneRange) : HoldsEnd(0, zeroRange); };
     unsigned bit = wanted;
     if (!holds(bit)) {
         bit ^= 1;

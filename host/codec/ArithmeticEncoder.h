@@ -28,6 +28,7 @@ public:
 
     unsigned Symbol(CumulativeModel model, int& budget, unsigned wanted);
     unsigned Bit(unsigned p0, int& budget, unsigned wanted);
+    unsigned EvenBit(int& budget, unsigned wanted) { return Bit(kSignP0, budget, wanted); }
 
     // So few bits are left that a 1 might not get the sign it needs.
     [[nodiscard]] bool NearEnd() const { return bits > segmentBits - 8; }

@@ -50,8 +50,8 @@ private:
 struct Quad {
     std::array<std::uint16_t, 2 * kQuadLines> magnitude{}; // by 2 * line + channel
     std::uint8_t negative = 0;                             // bit 2 * line + channel
-    std::uint8_t next = 0; // first 2 * line + channel that still lacks this plane
-    bool signDue = false;  // ... or only its sign
+    std::uint8_t next = 0;                                 // first 2 * line + channel that still lacks this plane
+    bool signDue = false;                                  // ... or only its sign
     std::array<std::uint8_t, kMaxChannels> cbandSi{};
     std::array<std::uint8_t, kMaxChannels> plane{};   // planes still to come
     std::array<std::uint8_t, kMaxChannels> higher{};  // lines with a 1 in a higher plane, first line = bit 3
@@ -69,8 +69,7 @@ public:
     // Codes the quads of `set`, from the highest plane still to come down to plane `lowest` (>= 1), until
     // `budget` is spent. `limited` keeps p0 within the limits of table 4.A.35 while fewer than 14 bits are
     // left.
-    template <class Coder>
-    void Code(Coder& coder, const QuadSet& set, unsigned lowest, bool limited, int& budget);
+    template <class Coder> void Code(Coder& coder, const QuadSet& set, unsigned lowest, bool limited, int& budget);
 
     [[nodiscard]] bool Complete() const { return openPlanes == 0; }
 
@@ -82,8 +81,12 @@ public:
     [[nodiscard]] int Line(unsigned channel, unsigned line) const;
 
 private:
-    template <class Coder, unsigned kChannels, bool kLimited>
+    template <class Coder, bool kLimited>
     void CodePlanes(Coder& coder, const QuadSet& set, unsigned lowest, int& budget);
+    template <class Coder, bool kLimited>
+    void CodePlanesPlain(Coder& coder, const QuadSet& set, unsigned lowest, int& budget);
+    template <class Coder, bool kLimited>
+    void CodePlanesFast(Coder& coder, const QuadSet& set, unsigned lowest, int& budget);
 
     void Lower(unsigned quad, unsigned plane);
 

@@ -23,8 +23,7 @@ bool BlockEncoder::Encode(const RateTables& rate, BlockContent& content, wire::B
     for (int s = 0; s < layers.segmentCount; ++s)
         layers.segments[s].coder.WriteTo(block);
     while (block.BitCount() < header.FrameBits())
-        block.Write(0,
-                    static_cast<unsigned>(std::min<std::size_t>(header.FrameBits() - block.BitCount(), 32)));
+        block.Write(0, static_cast<unsigned>(std::min<std::size_t>(header.FrameBits() - block.BitCount(), 32)));
     writer.WriteBytes(block.Bytes());
     return true;
 }

@@ -114,8 +114,7 @@ private:
             const CbandSiType& type = kCbandSiTypes[header.channel[c].cbandSiType];
             const unsigned largest = layer.startBand == 0 ? type.largestBand0 : type.largestOther;
             for (unsigned band = layer.startBand; band < layer.endBand; ++band) {
-                const unsigned cbandSi =
-                    Below(3) == 0 ? Below(largest + 1) : Below(std::min(largest, 5U) + 1);
+                const unsigned cbandSi = Below(3) == 0 ? Below(largest + 1) : Below(std::min(largest, 5U) + 1);
                 content.info.cbandSi[c][first / kCodingBand + band] = static_cast<std::uint8_t>(cbandSi);
             }
             for (int line = layer.startLine; line < layer.endLine; ++line) {
@@ -138,16 +137,15 @@ private:
             info.stereo[index] = static_cast<StereoInfo>(Below(2));
         if (header.stereoMask == StereoMask::kInfoPerBand)
             info.stereo[index] = static_cast<StereoInfo>(Below(4));
-        const bool mayBeNoise = header.noisePresent && sfb >= header.noiseStartSfb &&
-                                header.stereoMask != StereoMask::kMsEverywhere;
+        const bool mayBeNoise =
+            header.noisePresent && sfb >= header.noiseStartSfb && header.stereoMask != StereoMask::kMsEverywhere;
         for (unsigned c = 0; c < header.channels && mayBeNoise; ++c)
             info.noise[c][index] = Below(2) != 0;
         if (info.noise[0][index] && info.noise[1][index] && info.stereo[index] == StereoInfo::kOutOfPhase)
             info.noiseMode[index] = static_cast<std::uint8_t>(Below(4));
         for (unsigned c = 0; c < header.channels; ++c) {
             const ChannelHeader& channel = header.channel[c];
-            const int largest =
-                kLargestDifference[base ? channel.baseScalefactorModel : channel.enhScalefactorModel];
+            const int largest = kLargestDifference[base ? channel.baseScalefactorModel : channel.enhScalefactorModel];
             const int difference = static_cast<int>(Below(static_cast<unsigned>(largest) + 1));
             int level = channel.maxScalefactor - difference;
             if (info.noise[c][index])
@@ -263,8 +261,7 @@ TEST(BlockEncoder, TenThousandRandomBlocksDecodeToWhatWasEncoded) {
 
         // From scarce to plenty; what does not fit gets more.
         wire::BitWriter writer;
-        header.frameLength =
-            static_cast<unsigned>(header.bits / 8) + random.Below(random.Below(2) != 0 ? 100 : 900);
+        header.frameLength = static_cast<unsigned>(header.bits / 8) + random.Below(random.Below(2) != 0 ? 100 : 900);
         while (header.frameLength <= kMaxBlockBytes && !encoder->Encode(rate, *content, writer))
             header.frameLength += 1 + header.frameLength / 4;
         if (header.frameLength > kMaxBlockBytes)
@@ -278,11 +275,10 @@ TEST(BlockEncoder, TenThousandRandomBlocksDecodeToWhatWasEncoded) {
             FAIL() << "block " << blocks;
         wanted += CountWantedLines(*content, *encoder);
         lines += header.channels * kBlockSamples;
-        combinations.insert(std::to_string(header.channels) +
-                            std::to_string(static_cast<int>(header.windowSequence)) +
+        combinations.insert(std::to_string(header.channels) + std::to_string(static_cast<int>(header.windowSequence)) +
                             std::to_string(static_cast<int>(header.windowShape)) +
-                            std::to_string(static_cast<int>(header.stereoMask)) +
-                            (header.segmented ? 's' : 'w') + (header.noisePresent ? 'n' : '-'));
+                            std::to_string(static_cast<int>(header.stereoMask)) + (header.segmented ? 's' : 'w') +
+                            (header.noisePresent ? 'n' : '-'));
         rates.insert(rate.rate);
         ++blocks;
     }

@@ -65,8 +65,7 @@ void WriteTns(wire::BitWriter& writer, const TnsWidths& widths, const ChannelHea
             writer.WriteFlag(filter.downwards);
             writer.WriteFlag(filter.compressed);
             for (unsigned i = 0; i < filter.order; ++i)
-                writer.Write(static_cast<std::uint32_t>(filter.coefficients[i]),
-                             CoefficientBits(window, filter));
+                writer.Write(static_cast<std::uint32_t>(filter.coefficients[i]), CoefficientBits(window, filter));
         }
     }
 }

@@ -71,16 +71,15 @@ struct BlockHeader {
 };
 
 // The bands of the header's window at a rate: edges, one more than bands.
-[[nodiscard]] inline std::span<const std::uint16_t> BandEdges(const RateTables& rate,
-                                                              const BlockHeader& header) {
+[[nodiscard]] inline std::span<const std::uint16_t> BandEdges(const RateTables& rate, const BlockHeader& header) {
     return header.IsShort() ? rate.shortBands : rate.longBands;
 }
 
 // Reads the header of a block of `channels` channels. `bytes` begins with the block and may end before it
 // does: a shortened block keeps its frame_length, but its header must be there. On kOk all of `header` is set
 // and legal (maxSfb within the bands of the rate, filter counts and orders within their arrays).
-[[nodiscard]] BsacStatus ReadBlockHeader(std::span<const std::uint8_t> bytes, const RateTables& rate,
-                                         unsigned channels, BlockHeader& header);
+[[nodiscard]] BsacStatus ReadBlockHeader(std::span<const std::uint8_t> bytes, const RateTables& rate, unsigned channels,
+                                         BlockHeader& header);
 
 // Appends the header, aligned to a byte, and sets header.bits. header_length is made from its size.
 void WriteBlockHeader(BlockHeader& header, wire::BitWriter& writer);

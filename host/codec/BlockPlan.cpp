@@ -40,8 +40,7 @@ template <class Visit> void BlockPlan::ForEachBand(const Visit& visit) const {
     for (unsigned g = 0; g < groupCount; ++g) {
         for (unsigned sfb = 0; sfb < header.maxSfb; ++sfb) {
             for (unsigned w = 0; w < static_cast<unsigned>(groups[g].windows); ++w)
-                visit(g, sfb, SfbIndex(g, sfb),
-                      static_cast<unsigned>(groups[g].firstLine) + 128 * w + edges[sfb],
+                visit(g, sfb, SfbIndex(g, sfb), static_cast<unsigned>(groups[g].firstLine) + 128 * w + edges[sfb],
                       static_cast<unsigned>(edges[sfb + 1] - edges[sfb]));
         }
     }
@@ -113,16 +112,14 @@ void BlockPlan::ShapeNoise() {
             const double share = std::max(mean, kQuietEnergy) / std::max(loudestBand, kQuietEnergy);
             // A step of one level is 2^(1/4) in amplitude, 2^(1/2) in energy.
             const int steps = static_cast<int>(std::lround(-2 * kNoiseFollowsEnergy * std::log2(share)));
-            finer[c][index] =
-                std::clamp(steps, 0, kFinestFiner - kMiddleSideFiner) + (shared ? kMiddleSideFiner : 0);
+            finer[c][index] = std::clamp(steps, 0, kFinestFiner - kMiddleSideFiner) + (shared ? kMiddleSideFiner : 0);
             weight[c][index] =
                 static_cast<float>(std::exp2(std::clamp(steps, 0, kFinestFiner - kMiddleSideFiner) / 2.0));
         }
     });
 }
 
-void BlockPlan::QuantiseBand(unsigned channel, unsigned group, unsigned sfb, int level,
-                             BlockContent& content) const {
+void BlockPlan::QuantiseBand(unsigned channel, unsigned group, unsigned sfb, int level, BlockContent& content) const {
     const std::span<const std::uint16_t> edges = BandEdges(rate, header);
     const auto firstLine = static_cast<unsigned>(groups[group].firstLine);
     const auto windows = static_cast<unsigned>(groups[group].windows);
@@ -135,8 +132,8 @@ void BlockPlan::QuantiseBand(unsigned channel, unsigned group, unsigned sfb, int
             for (unsigned k = 0; k < kQuadLines; ++k, ++target) {
                 const float x = coded[channel][firstLine + 128 * w + line + k];
                 const float scaled = std::abs(x) * inverseStep;
-                const auto magnitude = std::min(
-                    static_cast<int>(std::sqrt(scaled * std::sqrt(scaled)) + 0.4054F), kLargestMagnitude);
+                const auto magnitude =
+                    std::min(static_cast<int>(std::sqrt(scaled * std::sqrt(scaled)) + 0.4054F), kLargestMagnitude);
                 lines[target] = static_cast<std::int16_t>(x < 0 ? -magnitude : magnitude);
                 any = any || magnitude != 0;
             }
@@ -155,8 +152,8 @@ void BlockPlan::ChooseCodingBands(unsigned channel, BlockContent& content) const
             const unsigned line = first + static_cast<unsigned>(start);
             unsigned bits = 0;
             for (unsigned i = line; i < line + kCodingBand; ++i)
-                bits = std::max(bits, static_cast<unsigned>(std::bit_width(
-                                          static_cast<unsigned>(std::abs(content.lines[channel][i])))));
+                bits = std::max(bits, static_cast<unsigned>(
+                                          std::bit_width(static_cast<unsigned>(std::abs(content.lines[channel][i])))));
             unsigned top = 0; // lines with a 1 in the top plane
             for (unsigned i = line; i < line + kCodingBand && bits > 0; ++i)
                 top += static_cast<unsigned>(std::abs(content.lines[channel][i])) >> (bits - 1);
@@ -167,8 +164,7 @@ void BlockPlan::ChooseCodingBands(unsigned channel, BlockContent& content) const
             else if (bits > 0)
                 cbandSi = 2 * bits - (top > (bits == 1 ? 7U : 2U) ? 0 : 1);
             content.info.cbandSi[channel][line / kCodingBand] = static_cast<std::uint8_t>(cbandSi);
-            (start == 0 ? largestBand0 : largestOther) =
-                std::max(start == 0 ? largestBand0 : largestOther, cbandSi);
+            (start == 0 ? largestBand0 : largestOther) = std::max(start == 0 ? largestBand0 : largestOther, cbandSi);
         }
     }
     unsigned best = 0;

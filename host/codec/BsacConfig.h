@@ -15,8 +15,7 @@ struct BsacConfig {
     const RateTables* rate = nullptr; // never null in a parsed configuration
     unsigned channels = 1;            // 1 or 2
     unsigned subFrames = 1;           // blocks an access unit is meant to hold, 1..31
-    unsigned layerLength =
-        0; // average bytes of a large-step layer, 0..2047; only for several streams per unit
+    unsigned layerLength = 0;         // average bytes of a large-step layer, 0..2047; only for several streams per unit
 
     [[nodiscard]] unsigned SampleRate() const { return rate->rate; }
 };

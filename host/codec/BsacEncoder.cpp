@@ -41,8 +41,7 @@ std::uint8_t BandsBelow(std::span<const std::uint16_t> edges, unsigned rate, uns
 } // namespace
 
 bool IsSupported(const BsacEncoderSettings& settings) {
-    const bool rate =
-        settings.sampleRate == 24000 || settings.sampleRate == 44100 || settings.sampleRate == 48000;
+    const bool rate = settings.sampleRate == 24000 || settings.sampleRate == 44100 || settings.sampleRate == 48000;
     const bool channels = settings.channels == 1 || settings.channels == 2;
     return rate && channels && settings.bitsPerSecond >= 32000 && settings.bitsPerSecond <= 128000;
 }
@@ -99,8 +98,8 @@ WindowSequence BsacEncoder::Impl::Take(std::span<const std::int16_t> interleaved
     }
     const WindowSequence sequence = windows.Plan(attack);
     for (unsigned c = 0; c < settings.channels; ++c)
-        analysis.Run(std::span<const float>(history[c]).first<2 * kBlockSamples>(), sequence,
-                     WindowShape::kSine, WindowShape::kSine, spectra[c]);
+        analysis.Run(std::span<const float>(history[c]).first<2 * kBlockSamples>(), sequence, WindowShape::kSine,
+                     WindowShape::kSine, spectra[c]);
     return sequence;
 }
 
@@ -144,8 +143,7 @@ BlockHeader BsacEncoder::Impl::MakeHeader(WindowSequence sequence) {
     header.topLayer = static_cast<std::uint8_t>(std::min(bitsPerChannel / 1000 - 16, 63U));
     header.baseBand = kBaseBand;
     header.windowSequence = sequence;
-    header.maxSfb =
-        BandsBelow(BandEdges(*config.rate, header), settings.sampleRate, Bandwidth(bitsPerChannel));
+    header.maxSfb = BandsBelow(BandEdges(*config.rate, header), settings.sampleRate, Bandwidth(bitsPerChannel));
     if (header.IsShort())
         header.grouping = GroupWindows();
     return header;
@@ -157,8 +155,7 @@ void BsacEncoder::Impl::Try(const BlockPlan& plan, int level) {
     wire::BitWriter writer;
     if (!encoder.Encode(*config.rate, content, writer))
         return;
-    reconstruction.Run(*config.rate, content.header, encoder.Geometry(), content.info, encoder.Planes(),
-                       decoded);
+    reconstruction.Run(*config.rate, content.header, encoder.Geometry(), content.info, encoder.Planes(), decoded);
     const double distortion = plan.Distortion(decoded);
     if (best.empty() || distortion < bestDistortion) {
         bestDistortion = distortion;

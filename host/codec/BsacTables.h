@@ -51,24 +51,23 @@ inline constexpr unsigned kLargestPlane = 15;
 
 inline constexpr unsigned kContexts = 65;
 
-// Table 4.A.33 with the tables 4.A.56 to 4.A.77 it points to: how the planes of a coding band are coded.
-// The distance d of a plane from the top plane picks a row.
+// A number of higher bits above this is coded like this one.
+inline constexpr unsigned kLargestHigherBits = 16;
+
+// The p0 of a magnitude bit, by what is known of the line: at [context] when its higher bits are all 0, else at
+// [kContexts - 1 + the number that its higher bits make, at most kLargestHigherBits].
+using PlaneRow = std::array<std::uint16_t, kContexts + kLargestHigherBits>;
+
+// Table 4.A.33 with the tables 4.A.56 to 4.A.77 it points to: how the planes of a coding band are coded. The distance
+// d of a plane from the top plane picks a row.
 struct PlaneModel {
     std::uint8_t topPlane;
-    std::uint8_t zeroRows;
-    std::uint8_t nonzeroRows;
-    const std::uint16_t (*zero)[kContexts]; // lines whose higher bits are all 0, by context
-    const std::uint16_t (*nonzero)[16];     // the others, by the number their higher bits make, less 1
+    const PlaneRow* rows; // for d = 0..4
 
-    [[nodiscard]] const std::uint16_t* ZeroRow(unsigned d) const { return zero[d < 3 ? d : 3]; }
-    // Only for d > 0: in the top plane all higher bits are 0.
-    [[nodiscard]] const std::uint16_t* NonzeroRow(unsigned d) const { return nonzero[(d < 4 ? d : 4) - 1]; }
+    [[nodiscard]] const PlaneRow& Row(unsigned d) const { return rows[d < 4 ? d : 4]; }
 };
 // By cband_si; entry 0 (all lines zero) has top plane 0 and no rows.
 extern const std::array<PlaneModel, kLargestCbandSi + 1> kPlaneModels;
-
-// A number of higher bits above this uses the last entry of the last nonzero row.
-inline constexpr unsigned kLargestHigherBits = 16;
 
 // Table 4.A.34: context of a line whose higher bits are all 0, as [v][start of position + b], where a quad is
 // four neighbouring lines, v has a bit for each of its lines with a 1 in a higher plane (first line = bit 3),

@@ -14,8 +14,8 @@ constexpr unsigned kFlat = 448; // samples before and after the short slope of a
 
 void MakeSineSlope(std::span<float> slope) {
     for (std::size_t n = 0; n < slope.size(); ++n)
-        slope[n] = static_cast<float>(std::sin(std::numbers::pi / 2 * (static_cast<double>(n) + 0.5) /
-                                               static_cast<double>(slope.size())));
+        slope[n] = static_cast<float>(
+            std::sin(std::numbers::pi / 2 * (static_cast<double>(n) + 0.5) / static_cast<double>(slope.size())));
 }
 
 double BesselI0(double x) {
@@ -63,8 +63,8 @@ WindowSlopes::WindowSlopes() {
     MakeKaiserBesselSlope(6, shortSlope[1]);
 }
 
-void ApplyLongWindow(const WindowSlopes& slopes, WindowSequence sequence, WindowShape leftShape,
-                     WindowShape rightShape, float* samples) {
+void ApplyLongWindow(const WindowSlopes& slopes, WindowSequence sequence, WindowShape leftShape, WindowShape rightShape,
+                     float* samples) {
     const auto left = static_cast<std::size_t>(leftShape);
     const auto right = static_cast<std::size_t>(rightShape);
     if (sequence == WindowSequence::kStop) {
@@ -94,7 +94,7 @@ void FilterBank::Reset() {
 // Eight windows of 256 samples, each 128 after the one before, in the middle of 2048 samples.
 void FilterBank::RunShort(const Spectrum& spectrum, WindowShape shape) {
     work.fill(0);
-    std::array<float, 2 * kShortLines> window;
+    alignas(av::Mdct::kAlignment) std::array<float, 2 * kShortLines> window;
     for (unsigned w = 0; w < kShortWindows; ++w) {
         shortTransform.Run(window.data(), &spectrum[static_cast<std::size_t>(w) * kShortLines]);
         const WindowShape leftShape = w == 0 ? previousShape : shape;

@@ -26,8 +26,7 @@ void LayOutGroups(const RateTables& rate, const BlockHeader& header, LayerGeomet
     geometry.groups = 0;
     if (!header.IsShort()) {
         geometry.groups = 1;
-        geometry.group[0] = {1, 0, std::min(static_cast<int>(kCodingBand) * header.baseBand, bandsEnd),
-                             bandsEnd};
+        geometry.group[0] = {1, 0, std::min(static_cast<int>(kCodingBand) * header.baseBand, bandsEnd), bandsEnd};
         return;
     }
     int window = 0;
@@ -46,8 +45,7 @@ int BandCount(int lines) {
 }
 
 // Appends a layer that brings its group to `endLine`, starting where the group's previous layer ended.
-void AppendLayer(LayerGeometry& geometry, std::array<int, kShortWindows>& groupEnd, unsigned group,
-                 int endLine) {
+void AppendLayer(LayerGeometry& geometry, std::array<int, kShortWindows>& groupEnd, unsigned group, int endLine) {
     Layer& layer = geometry.layer[geometry.layers++];
     layer.group = static_cast<std::uint8_t>(group);
     layer.startLine = groupEnd[group];
@@ -83,14 +81,12 @@ void LayOutLines(const RateTables& rate, const BlockHeader& header, LayerGeometr
 
 // All scalefactor bands of a segment are sent in its first layer, so the segment's end line decides, not the
 // layer's.
-void LayOutScalefactorBands(std::span<const std::uint16_t> edges, const BlockHeader& header,
-                            LayerGeometry& geometry) {
+void LayOutScalefactorBands(std::span<const std::uint16_t> edges, const BlockHeader& header, LayerGeometry& geometry) {
     int segmentEndLine = 0;
     for (int l = geometry.layers - 1; l >= 0; --l) {
         Layer& layer = geometry.layer[l];
         const Layer& next = geometry.layer[l + 1];
-        layer.segmentEnd =
-            l == geometry.layers - 1 || next.group != layer.group || next.endBand != layer.endBand;
+        layer.segmentEnd = l == geometry.layers - 1 || next.group != layer.group || next.endBand != layer.endBand;
         if (layer.segmentEnd)
             segmentEndLine = layer.endLine;
         const int windows = geometry.group[layer.group].windows;
@@ -123,8 +119,7 @@ int ReservedBits(const BlockHeader& header, const Layer& layer) {
 }
 
 // Offsets by the rate rule from the top down, then what the base layers lack or have left over is shared out.
-void LayOutOffsets(const RateTables& rate, const BlockHeader& header, int blockBits,
-                   LayerGeometry& geometry) {
+void LayOutOffsets(const RateTables& rate, const BlockHeader& header, int blockBits, LayerGeometry& geometry) {
     const int layers = geometry.layers;
     const int base = geometry.baseLayers;
     std::array<int, kMaxLayers + 1> reserved{};
@@ -136,8 +131,7 @@ void LayOutOffsets(const RateTables& rate, const BlockHeader& header, int blockB
     const int target =
         std::max(static_cast<int>(header.FrameBits()), LayerTarget(rate, header.channels, header.topLayer));
     offset[layers] = target;
-    int start =
-        target - reserved[layers - 1]; // latest start of the layer below that leaves room for this one
+    int start = target - reserved[layers - 1]; // latest start of the layer below that leaves room for this one
     for (int l = layers - 1; l >= base; --l) {
         offset[l] = std::min(start, LayerTarget(rate, header.channels, l - base));
         start = offset[l] - reserved[l - 1];
@@ -174,8 +168,7 @@ void LayOutOffsets(const RateTables& rate, const BlockHeader& header, int blockB
     geometry.layersPresent = layers;
     if (blockBits < static_cast<int>(header.FrameBits())) {
         geometry.layersPresent = 0;
-        while (geometry.layersPresent < layers &&
-               offset[geometry.layersPresent + 1] + kLookAhead <= blockBits)
+        while (geometry.layersPresent < layers && offset[geometry.layersPresent + 1] + kLookAhead <= blockBits)
             ++geometry.layersPresent;
     }
 
@@ -192,8 +185,7 @@ int LayerTarget(const RateTables& rate, unsigned channels, int k) {
     return static_cast<int>(channels) * 8 * (bits / 8);
 }
 
-BsacStatus LayOutLayers(const RateTables& rate, const BlockHeader& header, int blockBits,
-                        LayerGeometry& geometry) {
+BsacStatus LayOutLayers(const RateTables& rate, const BlockHeader& header, int blockBits, LayerGeometry& geometry) {
     LayOutGroups(rate, header, geometry);
     LayOutLines(rate, header, geometry);
     geometry.layersPresent = 0;

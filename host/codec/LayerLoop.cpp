@@ -24,26 +24,24 @@ QuadSet LinesOf(const LayerGeometry& geometry, unsigned group, int startLine, in
 }
 
 template <class Coder>
-void CodeOwnLines(Coder& coder, const BlockHeader& header, const LayerGeometry& geometry, int l,
-                  BitPlanes& planes, int& budget) {
+void CodeOwnLines(Coder& coder, const BlockHeader& header, const LayerGeometry& geometry, int l, BitPlanes& planes,
+                  int& budget) {
     const Layer& layer = geometry.layer[l];
     const unsigned lowest = geometry.IsBase(l) ? header.baseSnfThreshold + 1U : 1U;
-    planes.Code(coder, LinesOf(geometry, layer.group, layer.startLine, layer.endLine), lowest,
-                header.segmented, budget);
+    planes.Code(coder, LinesOf(geometry, layer.group, layer.startLine, layer.endLine), lowest, header.segmented,
+                budget);
 }
 
 } // namespace
 
 template <class Coder>
-void LayerLoop<Coder>::RunWhole(typename Coder::Medium medium, const BlockHeader& header,
-                                const LayerGeometry& geometry, int blockBits, SideInformation& info,
-                                BitPlanes& planes) {
+void LayerLoop<Coder>::RunWhole(typename Coder::Medium medium, const BlockHeader& header, const LayerGeometry& geometry,
+                                int blockBits, SideInformation& info, BitPlanes& planes) {
     segmentCount = 1;
     Segment<Coder>& segment = segments[0];
     segment.startBit = geometry.offset[0];
     segment.endBit = blockBits;
-    segment.coder.Start(medium, static_cast<std::size_t>(segment.startBit),
-                        static_cast<std::size_t>(segment.endBit));
+    segment.coder.Start(medium, static_cast<std::size_t>(segment.startBit), static_cast<std::size_t>(segment.endBit));
 
     const QuadSet all = QuadSet::All();
     int budget = 0; // debts and left-overs go from layer to layer
@@ -103,8 +101,7 @@ void LayerLoop<Coder>::RunSegmented(typename Coder::Medium medium, const BlockHe
 // Each segment's code goes on with the lines that are coded up to its end and then, while bits are left, with
 // the lines of the layers above.
 template <class Coder>
-void LayerLoop<Coder>::SpendLeftovers(const BlockHeader& header, const LayerGeometry& geometry,
-                                      BitPlanes& planes) {
+void LayerLoop<Coder>::SpendLeftovers(const BlockHeader& header, const LayerGeometry& geometry, BitPlanes& planes) {
     std::array<int, kShortWindows> codedEnd{};
     for (unsigned g = 0; g < geometry.groups; ++g)
         codedEnd[g] = geometry.group[g].baseEnd;
@@ -126,8 +123,7 @@ void LayerLoop<Coder>::SpendLeftovers(const BlockHeader& header, const LayerGeom
         for (int k = segment.lastLayer + 1; k < geometry.layersPresent && segment.budget > 0; ++k) {
             const Layer& layer = geometry.layer[k];
             int& end = codedEnd[layer.group];
-            planes.Code(segment.coder, LinesOf(geometry, layer.group, end, layer.endLine), 1, true,
-                        segment.budget);
+            planes.Code(segment.coder, LinesOf(geometry, layer.group, end, layer.endLine), 1, true, segment.budget);
             // On purpose: with short windows the ends stay advanced for the segments that follow, until an
             // enhancement layer of the group comes round.
             end = std::max(end, layer.endLine);
@@ -136,9 +132,8 @@ void LayerLoop<Coder>::SpendLeftovers(const BlockHeader& header, const LayerGeom
 }
 
 template <class Coder>
-void LayerLoop<Coder>::Run(typename Coder::Medium medium, const BlockHeader& header,
-                           const LayerGeometry& geometry, int blockBits, SideInformation& info,
-                           BitPlanes& planes) {
+void LayerLoop<Coder>::Run(typename Coder::Medium medium, const BlockHeader& header, const LayerGeometry& geometry,
+                           int blockBits, SideInformation& info, BitPlanes& planes) {
     segmentCount = 0;
     if (geometry.layersPresent == 0)
         return;

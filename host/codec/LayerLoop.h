@@ -25,8 +25,8 @@ template <class Coder> struct Segment {
 template <class Coder> struct LayerLoop {
     // Codes the layers that are present. `info` and `planes` must be as new for a decoder and filled for an
     // encoder. `blockBits` is where the data ends, as for LayOutLayers.
-    void Run(typename Coder::Medium medium, const BlockHeader& header, const LayerGeometry& geometry,
-             int blockBits, SideInformation& info, BitPlanes& planes);
+    void Run(typename Coder::Medium medium, const BlockHeader& header, const LayerGeometry& geometry, int blockBits,
+             SideInformation& info, BitPlanes& planes);
 
     // The segments that Run coded, in the order of their bits.
     std::array<Segment<Coder>, kMaxLayers> segments;

@@ -1,6 +1,7 @@
 #include "host/codec/Reconstruction.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <span>
@@ -14,8 +15,7 @@ Reconstruction::Reconstruction() {
         power[n] = static_cast<float>(std::pow(n, 4.0 / 3.0));
     // The largest magnitude, 2^15 - 1, with the largest level is below 2^59: far above all sound, but finite.
     for (int level = kLowestLevel; level <= kHighestLevel; ++level)
-        gain[static_cast<std::size_t>(level - kLowestLevel)] =
-            static_cast<float>(std::exp2((level - 100) / 4.0));
+        gain[static_cast<std::size_t>(level - kLowestLevel)] = static_cast<float>(std::exp2((level - 100) / 4.0));
 }
 
 float Reconstruction::Gain(int level) const {
@@ -23,13 +23,19 @@ float Reconstruction::Gain(int level) const {
 }
 
 void Reconstruction::DequantiseQuad(const Quad& quad, unsigned channel, float bandGain, float* lines) const {
+    const auto& magnitude = quad.magnitude;
+    const unsigned any = magnitude[channel] | magnitude[2 + channel] | magnitude[4 + channel] | magnitude[6 + channel];
+    if (any == 0)
+        return;
     for (unsigned k = 0; k < kQuadLines; ++k) {
         const unsigned element = 2 * k + channel;
-        const unsigned magnitude = quad.magnitude[element];
-        const float value = magnitude < kSmall
-                                ? power[magnitude]
-                                : static_cast<float>(magnitude * std::cbrt(static_cast<double>(magnitude)));
-        lines[k] = ((quad.negative >> element & 1) != 0 ? -value : value) * bandGain;
+        float value = 0;
+        if (any < kSmall) [[likely]]
+            value = power[magnitude[element]];
+        else
+            value = static_cast<float>(magnitude[element] * std::cbrt(static_cast<double>(magnitude[element])));
+        const std::uint32_t sign = static_cast<std::uint32_t>(quad.negative) >> element << 31;
+        lines[k] = std::bit_cast<float>(std::bit_cast<std::uint32_t>(value * bandGain) ^ sign);
     }
 }
 
@@ -42,16 +48,16 @@ void Reconstruction::Dequantise(const BlockHeader& header, const LayerGeometry& 
     for (unsigned g = 0; g < geometry.groups; ++g) {
         const auto firstLine = static_cast<unsigned>(geometry.group[g].firstLine);
         const auto windows = static_cast<unsigned>(geometry.group[g].windows);
-        unsigned quad = firstLine / kQuadLines;
         for (unsigned sfb = 0; sfb < header.maxSfb; ++sfb) {
             const unsigned index = SfbIndex(g, sfb);
+            if (channel == 1 && IsIntensity(info, index))
+                continue;
             const float bandGain = Gain(info.level[channel][index]);
-            const bool skip = channel == 1 && IsIntensity(info, index);
+            unsigned quad = (firstLine + edges[sfb] * windows) / kQuadLines;
             for (unsigned line = edges[sfb]; line < edges[sfb + 1]; line += kQuadLines) {
                 for (unsigned w = 0; w < windows; ++w, ++quad) {
-                    if (planes.Opened().Contains(quad) && !skip)
-                        DequantiseQuad(planes.At(quad), channel, bandGain,
-                                       &spectrum[firstLine + 128 * w + line]);
+                    if (planes.Opened().Contains(quad))
+                        DequantiseQuad(planes.At(quad), channel, bandGain, &spectrum[firstLine + 128 * w + line]);
                 }
             }
         }
@@ -90,8 +96,8 @@ void MakeNoise(std::uint32_t& seed, int energy, float sign, float* lines, unsign
 
 } // namespace
 
-void Reconstruction::SubstituteNoise(const SideInformation& info, unsigned index, unsigned firstLine,
-                                     unsigned lines, Spectra& spectra) {
+void Reconstruction::SubstituteNoise(const SideInformation& info, unsigned index, unsigned firstLine, unsigned lines,
+                                     Spectra& spectra) {
     const std::uint32_t shared = noiseSeed;
     if (info.noise[0][index])
         MakeNoise(noiseSeed, info.level[0][index], 1, &spectra[0][firstLine], lines);
@@ -100,8 +106,8 @@ void Reconstruction::SubstituteNoise(const SideInformation& info, unsigned index
     // noise_mode: 0 independent noise, 2 the same with opposite sign, else the same in both channels.
     const unsigned mode = info.noise[0][index] ? info.noiseMode[index] : 0;
     std::uint32_t copy = shared;
-    MakeNoise(mode == 0 ? noiseSeed : copy, info.level[1][index], mode == 2 ? -1.0F : 1.0F,
-              &spectra[1][firstLine], lines);
+    MakeNoise(mode == 0 ? noiseSeed : copy, info.level[1][index], mode == 2 ? -1.0F : 1.0F, &spectra[1][firstLine],
+              lines);
 }
 
 void Reconstruction::Run(const RateTables& rate, const BlockHeader& header, const LayerGeometry& geometry,
@@ -118,8 +124,8 @@ void Reconstruction::Run(const RateTables& rate, const BlockHeader& header, cons
                 const unsigned index = SfbIndex(g, sfb);
                 const unsigned first = firstWindowLine + 128 * w + edges[sfb];
                 const unsigned lines = edges[sfb + 1] - edges[sfb];
-                if (stereo && (header.stereoMask == StereoMask::kMsEverywhere ||
-                               info.stereo[index] == StereoInfo::kMidSide))
+                if (stereo &&
+                    (header.stereoMask == StereoMask::kMsEverywhere || info.stereo[index] == StereoInfo::kMidSide))
                     SumAndDifference(&spectra[0][first], &spectra[1][first], lines);
                 SubstituteNoise(info, index, first, lines, spectra);
                 if (stereo && IsIntensity(info, index)) {
@@ -138,9 +144,8 @@ void Reconstruction::Run(const RateTables& rate, const BlockHeader& header, cons
         if (!header.channel[c].tnsPresent)
             continue;
         for (unsigned w = 0; w < windows; ++w)
-            ApplyTns(
-                rate, header, header.channel[c].tns[w],
-                std::span<float>(spectra[c]).subspan(static_cast<std::size_t>(w) * windowLines, windowLines));
+            ApplyTns(rate, header, header.channel[c].tns[w],
+                     std::span<float>(spectra[c]).subspan(static_cast<std::size_t>(w) * windowLines, windowLines));
     }
 }
 

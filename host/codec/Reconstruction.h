@@ -14,7 +14,8 @@
 namespace codec {
 
 // 1024 lines, or eight windows of 128 one after another. The scale is that of 16-bit samples.
-using Spectrum = std::array<float, kBlockSamples>;
+// Aligned for the transform, which takes whole spectra and short windows.
+struct alignas(64) Spectrum : std::array<float, kBlockSamples> {};
 using Spectra = std::array<Spectrum, kMaxChannels>;
 
 class Reconstruction {
@@ -35,9 +36,8 @@ private:
     static constexpr int kHighestLevel = 255;
 
     [[nodiscard]] float Gain(int level) const;
-    void Dequantise(const BlockHeader& header, const LayerGeometry& geometry,
-                    std::span<const std::uint16_t> edges, const SideInformation& info,
-                    const BitPlanes& planes, unsigned channel, Spectrum& spectrum) const;
+    void Dequantise(const BlockHeader& header, const LayerGeometry& geometry, std::span<const std::uint16_t> edges,
+                    const SideInformation& info, const BitPlanes& planes, unsigned channel, Spectrum& spectrum) const;
     void DequantiseQuad(const Quad& quad, unsigned channel, float gain, float* lines) const;
     void SubstituteNoise(const SideInformation& info, unsigned index, unsigned firstLine, unsigned lines,
                          Spectra& spectra);

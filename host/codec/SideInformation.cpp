@@ -31,18 +31,17 @@ void CodeFlags(Coder& coder, const BlockHeader& header, unsigned sfb, unsigned i
     if (header.stereoMask == StereoMask::kMsEverywhere)
         return;
     if (header.stereoMask == StereoMask::kMsPerBand)
-        info.stereo[index] = static_cast<StereoInfo>(
-            coder.Symbol(kMsUsedModel, budget, static_cast<unsigned>(info.stereo[index])));
+        info.stereo[index] =
+            static_cast<StereoInfo>(coder.Symbol(kMsUsedModel, budget, static_cast<unsigned>(info.stereo[index])));
     if (header.stereoMask == StereoMask::kInfoPerBand)
-        info.stereo[index] = static_cast<StereoInfo>(
-            coder.Symbol(kStereoInfoModel, budget, static_cast<unsigned>(info.stereo[index])));
+        info.stereo[index] =
+            static_cast<StereoInfo>(coder.Symbol(kStereoInfoModel, budget, static_cast<unsigned>(info.stereo[index])));
     if (!header.noisePresent || sfb < header.noiseStartSfb)
         return;
     for (unsigned c = 0; c < header.channels; ++c)
         info.noise[c][index] = coder.Symbol(kNoiseFlagModel, budget, info.noise[c][index] ? 1 : 0) != 0;
     if (info.stereo[index] == StereoInfo::kOutOfPhase && info.noise[0][index] && info.noise[1][index])
-        info.noiseMode[index] =
-            static_cast<std::uint8_t>(coder.Symbol(kNoiseModeModel, budget, info.noiseMode[index]));
+        info.noiseMode[index] = static_cast<std::uint8_t>(coder.Symbol(kNoiseModeModel, budget, info.noiseMode[index]));
 }
 
 template <class Coder> unsigned CodeDifference(Coder& coder, CumulativeModel model, int wanted, int& budget) {
@@ -56,18 +55,17 @@ void CodeLevel(Coder& coder, CumulativeModel model, unsigned channel, int larges
     if (info.noise[channel][index]) {
         std::int16_t& start = info.noiseStart[channel];
         if (!info.noiseStartKnown[channel]) {
-            start = static_cast<std::int16_t>(
-                coder.Symbol(kNoiseEnergyModel, budget, static_cast<unsigned>(start)));
+            start = static_cast<std::int16_t>(coder.Symbol(kNoiseEnergyModel, budget, static_cast<unsigned>(start)));
             info.noiseStartKnown[channel] = true;
         }
-        level = static_cast<std::int16_t>(
-            start - static_cast<int>(CodeDifference(coder, model, start - level, budget)));
+        level =
+            static_cast<std::int16_t>(start - static_cast<int>(CodeDifference(coder, model, start - level, budget)));
     } else if (channel == 1 && IsIntensity(info, index)) {
         level = static_cast<std::int16_t>(
             PositionFromCode(static_cast<int>(CodeDifference(coder, model, PositionCode(level), budget))));
     } else {
-        level = static_cast<std::int16_t>(
-            largest - static_cast<int>(CodeDifference(coder, model, largest - level, budget)));
+        level = static_cast<std::int16_t>(largest -
+                                          static_cast<int>(CodeDifference(coder, model, largest - level, budget)));
     }
 }
 
@@ -79,8 +77,8 @@ void CodeScalefactorBands(Coder& coder, const BlockHeader& header, const LayerGe
     const Layer& layer = geometry.layer[l];
     for (unsigned c = 0; c < header.channels; ++c) {
         const ChannelHeader& channel = header.channel[c];
-        const CumulativeModel model = kScalefactorModels[geometry.IsBase(l) ? channel.baseScalefactorModel
-                                                                            : channel.enhScalefactorModel];
+        const CumulativeModel model =
+            kScalefactorModels[geometry.IsBase(l) ? channel.baseScalefactorModel : channel.enhScalefactorModel];
         for (unsigned sfb = layer.startSfb; sfb < layer.endSfb; ++sfb) {
             const unsigned index = SfbIndex(layer.group, sfb);
             if (c == 0)
@@ -108,13 +106,13 @@ void SkipSideInformation(const LayerGeometry& geometry, int l, SideInformation& 
     }
 }
 
-template void CodeCodingBands(ArithmeticDecoder&, const BlockHeader&, const LayerGeometry&, int,
-                              SideInformation&, int&);
-template void CodeCodingBands(ArithmeticEncoder&, const BlockHeader&, const LayerGeometry&, int,
-                              SideInformation&, int&);
-template void CodeScalefactorBands(ArithmeticDecoder&, const BlockHeader&, const LayerGeometry&, int,
-                                   SideInformation&, int&);
-template void CodeScalefactorBands(ArithmeticEncoder&, const BlockHeader&, const LayerGeometry&, int,
-                                   SideInformation&, int&);
+template void CodeCodingBands(ArithmeticDecoder&, const BlockHeader&, const LayerGeometry&, int, SideInformation&,
+                              int&);
+template void CodeCodingBands(ArithmeticEncoder&, const BlockHeader&, const LayerGeometry&, int, SideInformation&,
+                              int&);
+template void CodeScalefactorBands(ArithmeticDecoder&, const BlockHeader&, const LayerGeometry&, int, SideInformation&,
+                                   int&);
+template void CodeScalefactorBands(ArithmeticEncoder&, const BlockHeader&, const LayerGeometry&, int, SideInformation&,
+                                   int&);
 
 } // namespace codec

@@ -14,8 +14,7 @@ TnsPrediction TnsPredictionOf(const TnsWindow& window, const TnsFilter& filter) 
     a[0] = 1;
     for (unsigned m = 1; m <= filter.order; ++m) {
         const int code = filter.coefficients[m - 1];
-        const double reflection =
-            std::sin(code * (std::numbers::pi / 2) / (code >= 0 ? steps - 0.5 : steps + 0.5));
+        const double reflection = std::sin(code * (std::numbers::pi / 2) / (code >= 0 ? steps - 0.5 : steps + 0.5));
         const TnsPrediction before = a;
         for (unsigned i = 1; i < m; ++i)
             a[i] = before[i] + reflection * before[m - i];
@@ -43,8 +42,7 @@ void Filter(const TnsPrediction& a, unsigned order, bool downwards, std::span<fl
 
 } // namespace
 
-void ApplyTns(const RateTables& rate, const BlockHeader& header, const TnsWindow& window,
-              std::span<float> lines) {
+void ApplyTns(const RateTables& rate, const BlockHeader& header, const TnsWindow& window, std::span<float> lines) {
     const std::span<const std::uint16_t> edges = BandEdges(rate, header);
     const int limit = std::min<int>(header.IsShort() ? rate.tnsBandsShort : rate.tnsBandsLong, header.maxSfb);
     // The first filter hangs from the top of all bands of the rate, sent or not; each next one from the one
@@ -56,8 +54,7 @@ void ApplyTns(const RateTables& rate, const BlockHeader& header, const TnsWindow
         const std::size_t first = edges[static_cast<std::size_t>(std::min(bottom, limit))];
         const std::size_t end = edges[static_cast<std::size_t>(std::min(top, limit))];
         if (filter.order > 0 && end > first)
-            Filter(TnsPredictionOf(window, filter), filter.order, filter.downwards,
-                   lines.subspan(first, end - first));
+            Filter(TnsPredictionOf(window, filter), filter.order, filter.downwards, lines.subspan(first, end - first));
         top = bottom;
     }
 }

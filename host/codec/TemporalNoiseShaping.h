@@ -15,8 +15,7 @@ using TnsPrediction = std::array<double, 32>;
 
 // Applies the window's filters to its lines (1024, or 128 of a short window) in place. The result is limited
 // to kLargestLine.
-void ApplyTns(const RateTables& rate, const BlockHeader& header, const TnsWindow& window,
-              std::span<float> lines);
+void ApplyTns(const RateTables& rate, const BlockHeader& header, const TnsWindow& window, std::span<float> lines);
 
 // Undamped filters and wild scalefactors would leave the range of a float; no sound is within 2^10 of this.
 inline constexpr float kLargestLine = 1099511627776.0F; // 2^40

@@ -3,6 +3,7 @@
 #include "platform/wince.h"
 
 #include <algorithm>
+#include <bit>
 
 namespace dshow {
 
@@ -56,7 +57,7 @@ void EventQueue::Enqueue(const Event& event) {
 
 void EventQueue::Post() const {
     if (window_ != 0 && (flags_ & kNoNotify) == 0)
-        PostMessageW(reinterpret_cast<HWND>(window_), static_cast<UINT>(message_), 0, instanceData_);
+        PostMessageW(std::bit_cast<HWND>(window_), static_cast<UINT>(message_), 0, instanceData_);
 }
 
 void EventQueue::BeginRun(int renderers) {
@@ -139,8 +140,8 @@ STDMETHODIMP EventQueue::RestoreDefaultHandling(LONG code) {
 
 void EventQueue::Free(const Event& event) {
     if (event.code == EC_OLE_EVENT || event.code == EC_STATUS) {
-        SysFreeString(reinterpret_cast<BSTR>(event.param1));
-        SysFreeString(reinterpret_cast<BSTR>(event.param2));
+        SysFreeString(std::bit_cast<BSTR>(event.param1));
+        SysFreeString(std::bit_cast<BSTR>(event.param2));
     }
 }
 

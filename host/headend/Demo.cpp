@@ -20,9 +20,10 @@ namespace {
 constexpr const char* kStampName = "recipe.txt";
 
 // What stands in the stamp file: the recipe, and name and size of each file, so that a file cut short is noticed.
-std::string MakeStamp(const std::filesystem::path& directory, const std::set<std::string>& names) {
+std::string MakeStamp(const std::string& recipe, const std::filesystem::path& directory,
+                      const std::set<std::string>& names) {
     std::ostringstream stamp;
-    stamp << DemoRecipe() << '\n';
+    stamp << recipe << '\n';
     for (const std::string& name : names) {
         std::error_code error;
         const auto size = std::filesystem::file_size(directory / name, error);
@@ -48,12 +49,18 @@ std::string DemoRecipe() {
 
 std::filesystem::path EnsureDemo(const std::filesystem::path& cacheDirectory, const Progress& progress) {
     const std::filesystem::path directory = cacheDirectory / "demo";
-    const Description description = ParseDescription(DemoDescription(), "built-in demo", {});
+    EnsureBroadcast(DemoDescription(), DemoRecipe(), directory, progress);
+    return directory;
+}
+
+void EnsureBroadcast(std::string_view json, const std::string& recipe, const std::filesystem::path& directory,
+                     const Progress& progress) {
+    const Description description = ParseDescription(json, "built-in demo", {});
     std::set<std::string> names;
     for (const EnsembleDescription& ensemble : description.ensembles)
         names.insert(ensemble.block + ".eti");
-    if (ReadStamp(directory) == MakeStamp(directory, names))
-        return directory;
+    if (ReadStamp(directory) == MakeStamp(recipe, directory, names))
+        return;
 
     const Broadcast broadcast = MakeBroadcast(description, progress);
     std::error_code error;
@@ -66,11 +73,10 @@ std::filesystem::path EnsureDemo(const std::filesystem::path& cacheDirectory, co
             std::filesystem::remove(entry.path(), error);
     }
     std::ofstream file(directory / kStampName, std::ios::binary | std::ios::trunc);
-    file << MakeStamp(directory, names);
+    file << MakeStamp(recipe, directory, names);
     file.close();
     if (!file)
         throw std::runtime_error((directory / kStampName).string() + ": cannot be written");
-    return directory;
 }
 
 } // namespace headend

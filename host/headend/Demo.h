@@ -21,4 +21,8 @@ namespace headend {
 [[nodiscard]] std::filesystem::path EnsureDemo(const std::filesystem::path& cacheDirectory,
                                                const Progress& progress = {});
 
+// The same for any description: `directory` holds its files, unless they have to be made.
+void EnsureBroadcast(std::string_view json, const std::string& recipe, const std::filesystem::path& directory,
+                     const Progress& progress = {});
+
 } // namespace headend

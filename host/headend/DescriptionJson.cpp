@@ -242,7 +242,7 @@ void ReadSound(Node& node, SoundDescription& sound) {
     sound.codec = node.OneOf("codec", {"aac", "bsac"}, sound.codec);
     sound.sampleRate = node.Integer("sampleRate", 8000, 48000, sound.sampleRate);
     sound.channels = node.Integer("channels", 1, 2, sound.channels);
-    sound.kbps = node.Integer("bitRate", 16, 128, sound.kbps);
+    sound.kbps = node.Integer("bitRate", 32, 128, sound.kbps);
     sound.melody = node.Text("melody", sound.melody);
     sound.beepEvery = node.Number("beepEvery", 0, 3600, sound.beepEvery);
     if (!IsMelody(sound.melody))
@@ -258,10 +258,18 @@ void CheckSound(const Node& node, const ServiceDescription& service, const Sound
     }
     if (sound.sampleRate != 24000 && sound.sampleRate != 48000)
         node.Fail("sound.sampleRate", "radio has 24000 or 48000");
-    if (LayerTwoCoderKbps({sound.sampleRate, sound.channels, service.kbps, service.padBytes}) == 0)
-        node.Fail("bitRate", std::to_string(service.kbps) + " kbit/s is no layer II rate for " +
-                                 std::to_string(sound.channels) + " channels at " + std::to_string(sound.sampleRate) +
-                                 " Hz with " + std::to_string(service.padBytes) + " bytes of PAD");
+    std::vector<int> rates = {service.kbps};
+    for (const ServiceChange& change : service.changes) {
+        if (change.kbps >= 0)
+            rates.push_back(change.kbps);
+    }
+    for (const int kbps : rates) {
+        if (LayerTwoCoderKbps({sound.sampleRate, sound.channels, kbps, service.padBytes}) == 0)
+            node.Fail("bitRate", std::to_string(kbps) + " kbit/s is no layer II rate for " +
+                                     std::to_string(sound.channels) + " channels at " +
+                                     std::to_string(sound.sampleRate) + " Hz with " + std::to_string(service.padBytes) +
+                                     " bytes of PAD");
+    }
 }
 
 std::filesystem::path ReadFile(Node& node, const std::string& key, const std::filesystem::path& base) {

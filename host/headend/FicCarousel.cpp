@@ -106,7 +106,10 @@ void FicCarousel::AddConfiguration(const Configuration& configuration, bool next
     }
     if (data.size() > 1)
         Add(0, std::move(data), kOften);
-    for (const bool longIds : {false, true}) {
+    // Sound and data services go in groups of their own; the kind that the description begins with leads.
+    const bool longFirst =
+        !configuration.services.empty() && ensemble.services[configuration.services.front().index].HasLongId();
+    for (const bool longIds : {longFirst, !longFirst}) {
         data = StartFig0(2, longIds, next);
         for (const ActiveService& active : configuration.services) {
             const ServiceDescription& service = ensemble.services[active.index];

@@ -1,5 +1,6 @@
 #include "host/headend/SoundEncoder.h"
 
+#include <cmath>
 #include <memory>
 #include <stdexcept>
 
@@ -7,6 +8,9 @@ extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavutil/channel_layout.h>
 }
+
+#include "host/codec/BsacConfig.h"
+#include "host/codec/BsacEncoder.h"
 
 namespace headend {
 
@@ -79,10 +83,36 @@ CodedSound EncodeAac(const SoundCoding& coding, std::span<const float> samples) 
     return coded;
 }
 
+CodedSound EncodeBsac(const SoundCoding& coding, std::span<const float> samples) {
+    const codec::BsacEncoderSettings settings{.sampleRate = static_cast<unsigned>(coding.sampleRate),
+                                              .channels = static_cast<unsigned>(coding.channels),
+                                              .bitsPerSecond = static_cast<unsigned>(coding.kbps) * 1000};
+    Check(codec::IsSupported(settings), "BSAC does not do this rate");
+    codec::BsacEncoder encoder(settings);
+    CodedSound coded;
+    coded.audioSpecificConfig = codec::WriteBsacConfig(encoder.Config());
+    const std::size_t step = kSoundUnitSamples * static_cast<std::size_t>(coding.channels);
+    const std::size_t units = (samples.size() + step - 1) / step;
+    // The first units hold the encoder's delay alone: a receiver that begins behind them is in time.
+    constexpr std::size_t kDelayUnits = codec::BsacEncoder::kDelaySamples / kSoundUnitSamples;
+    std::vector<std::int16_t> block(step);
+    for (std::size_t unit = 0; unit < units + kDelayUnits; ++unit) {
+        for (std::size_t i = 0; i < step; ++i) {
+            const std::size_t at = unit * step + i;
+            block[i] =
+                at < samples.size() ? static_cast<std::int16_t>(std::lround(samples[at] * 32767)) : std::int16_t{0};
+        }
+        wire::ByteVector bytes = encoder.Encode(block);
+        if (unit >= kDelayUnits)
+            coded.units.push_back(std::move(bytes));
+    }
+    return coded;
+}
+
 } // namespace
 
 CodedSound EncodeSound(const SoundCoding& coding, std::span<const float> samples) {
-    return EncodeAac(coding, samples);
+    return coding.codec == "aac" ? EncodeAac(coding, samples) : EncodeBsac(coding, samples);
 }
 
 } // namespace headend

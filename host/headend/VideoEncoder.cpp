@@ -96,8 +96,10 @@ VideoEncoder::VideoEncoder(const VideoSettings& settings) : impl(std::make_uniqu
     context->profile = FF_PROFILE_H264_CONSTRAINED_BASELINE;
     av_opt_set(context->priv_data, "preset", "veryfast", 0);
     av_opt_set(context->priv_data, "profile", "baseline", 0);
-    // Parameter sets stand before each IDR.
-    av_opt_set(context->priv_data, "x264-params", "scenecut=0:repeat-headers=1:annexb=1:force-cfr=1", 0);
+    // Parameter sets stand before each IDR. Macroblock trees stay off: libx264 164 then reads memory that it never wrote,
+    // and two runs may differ.
+    av_opt_set(context->priv_data, "x264-params",
+               "scenecut=0:repeat-headers=1:annexb=1:force-cfr=1:mbtree=0:rc-lookahead=0", 0);
     Check(avcodec_open2(context, codec, nullptr) == 0, "libx264 refuses the settings");
 
     impl->packet.reset(av_packet_alloc());

@@ -55,8 +55,10 @@ protected:
     LRESULT OnRefresh(WPARAM wParam, LPARAM lParam);
     // A row was touched: the first touch marks it, the second takes it.
     void PickRow(int row);
-    // Moves the list by so many rows.
+    // Moves the list by so many rows; moves the marked line, which stays visible.
     void Scroll(int rows);
+    void MoveMark(int rows);
+    void OnKeyUp(UINT key, UINT repeatCount, UINT flags);
 
     std::vector<WString> m_arrFileLines;
     ItemList m_FileItems;

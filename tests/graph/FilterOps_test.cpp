@@ -81,6 +81,13 @@ TEST_F(FilterOps, ConnectOfAConnectedInputReleasesThePeerAndConnectsNothing) {
     EXPECT_EQ(Count(Kind::VideoDecoder), 3u);
 }
 
+TEST_F(FilterOps, APeerThatIsNotNamedCountsAsNotConnected) {
+    world.stage[Kind::VideoDecoder].namelessPeers = true;
+    EXPECT_EQ(ConnectFilterPins(graph.Get(), parser, kParserVideoPin, decoder, kInPin), 0);
+    world.stage[Kind::VideoDecoder].namelessPeers = false;
+    EXPECT_TRUE(IsLinked(Kind::VideoDecoder, kInPin));
+}
+
 TEST_F(FilterOps, ConnectAfterAHalfOpenLinkConnectsNothing) {
     ASSERT_EQ(ConnectFilterPins(graph.Get(), parser, kParserVideoPin, decoder, kInPin), 0);
     dshow::ComPtr<IPin> out;

@@ -216,6 +216,14 @@ TEST_F(GraphRules, R11RemovingAFilterThatIsNotInTheGraphFails) {
     EXPECT_EQ(RefCount(filter.Get()), 1u);
 }
 
+#ifndef _WIN32
+TEST_F(GraphRules, R13AddingAFilterTwiceIsRefused) {
+    auto filter = Add(Kind::Parser, WTEXT("a"));
+    EXPECT_LT(graph->AddFilter(filter.Get(), WTEXT("b")), 0);
+    EXPECT_EQ(RefCount(filter.Get()), 2u);
+}
+#endif
+
 // --- links ----------------------------------------------------------------------------------------------------------
 
 TEST_F(GraphRules, R12PinsCountOnTheirFilter) {

@@ -35,6 +35,11 @@ public:
     // Gives other threads time.
     void LetTimePass(long milliseconds);
 
+#ifdef _WIN32
+    // From now on the class of the audio renderer is the system's, not the scripted one.
+    void UseSystemRenderer();
+#endif
+
     // A window of this thread, and the messages it has got since the last call.
     struct Received {
         UINT message;

@@ -104,7 +104,8 @@ GraphWorld::GraphWorld() : impl_(std::make_unique<Impl>()) {
 GraphWorld::~GraphWorld() {
     stage.log.now = nullptr;
     for (const DWORD cookie : impl_->cookies)
-        CoRevokeClassObject(cookie);
+        if (cookie != 0)
+            CoRevokeClassObject(cookie);
     if (impl_->window != nullptr)
         DestroyWindow(impl_->window);
     receiver = nullptr;
@@ -115,6 +116,10 @@ dshow::ComPtr<IGraphBuilder> GraphWorld::NewGraph() {
     dshow::ComPtr<IGraphBuilder> graph;
     (void)CoCreateInstance(CLSID_FilterGraph, nullptr, CLSCTX_INPROC_SERVER, IID_IGraphBuilder, graph.OutVoid());
     return graph;
+}
+
+void GraphWorld::UseSystemRenderer() {
+    CoRevokeClassObject(std::exchange(impl_->cookies[static_cast<std::size_t>(scripted::Kind::AudioRenderer)], 0));
 }
 
 std::vector<std::string> GraphWorld::TakeDebugLines() {

@@ -34,12 +34,15 @@ const dshow::MediaType& BsacType() {
     static const dshow::MediaType type = TypeOf(3, false);
     return type;
 }
+// What the system's own renderer takes: PCM, 48 kHz, stereo, 16 bits (a WAVEFORMATEX).
 const dshow::MediaType& SoundType() {
-    static const dshow::MediaType type = TypeOf(4, false);
+    static constexpr GUID pcm = {0x00000001, 0x0000, 0x0010, {0x80, 0x00, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71}};
+    static constexpr BYTE format[18] = {1, 0, 2, 0, 0x80, 0xBB, 0, 0, 0x00, 0xEE, 2, 0, 4, 0, 16, 0, 0, 0};
+    static const dshow::MediaType type(MEDIATYPE_Audio, pcm, FORMAT_WaveFormatEx, format);
     return type;
 }
 const dshow::MediaType& LayerIIType() {
-    static const dshow::MediaType type = TypeOf(5, false);
+    static const dshow::MediaType type = TypeOf(4, false);
     return type;
 }
 
@@ -67,6 +70,8 @@ const KindInfo& InfoOf(Kind kind) {
 // --- log and stage --------------------------------------------------------------------------------------------------
 
 void CallLog::Add(std::string text) {
+    if (listener)
+        listener(text);
     const std::scoped_lock lock(guard_);
     lines_.push_back({std::move(text), now ? now() : 0});
 }
@@ -136,6 +141,10 @@ STDMETHODIMP ScriptedPin::Disconnect() {
 }
 
 STDMETHODIMP ScriptedPin::ConnectedTo(IPin** peer) {
+    if (owner_.script().namelessPeers) {
+        *peer = nullptr;
+        return Note("ConnectedTo null", S_OK);
+    }
     return Note("ConnectedTo", PinBase::ConnectedTo(peer));
 }
 

@@ -15,6 +15,7 @@
 #include "host/dshow/Forwarders.h"
 
 #include <array>
+#include <atomic>
 #include <functional>
 #include <mutex>
 #include <set>
@@ -48,6 +49,7 @@ public:
     void Clear();
 
     std::function<long()> now; // stamps the lines; may be empty
+    std::function<void(const std::string&)> listener; // is told every line; may be empty
 
 private:
     mutable std::mutex guard_; // a graph may run filters from a thread of its own
@@ -72,6 +74,7 @@ struct Script {
     std::set<WString> refusingPins; // do not take any type
     std::set<WString> stuckPins;    // Disconnect answers VFW_E_NOT_STOPPED
     std::set<WString> mutePins;     // QueryDirection fails
+    bool namelessPeers = false;     // ConnectedTo succeeds and gives null
     bool noPins = false;            // EnumPins shows none
     bool noCustom = false;          // hides the vendor interfaces and IFileSourceFilter
 

@@ -1,4 +1,4 @@
-#include "host/shell/core/testing/ShellFixture.h"
+#include "tests/shell/ShellFixture.h"
 
 namespace shell {
 
@@ -107,6 +107,28 @@ TEST_F(ShellFixture, ALaterPostedBoxTakesThePlaceOfTheFirst) {
     EXPECT_EQ(shell->BoxRecords()[1].answer, 0);
     shell->CloseView();
     EXPECT_FALSE(shell->IsBoxOpen()) << "it goes with the view";
+}
+
+TEST_F(ShellFixture, IdleInputIsAskedWhenNothingIsScripted) {
+    TestView& view = Open();
+    int asked = 0;
+    shell->SetIdleInput([&] { return ++asked < 3 || shell->Press(3); });
+    EXPECT_EQ(view.MsgBox(1011, kBoxOkCancel), 1);
+    EXPECT_EQ(asked, 3);
+    shell->SetIdleInput({});
+}
+
+TEST_F(ShellFixture, ABoxThatNobodyWaitsForLeavesTheViewUsable) {
+    TestView& view = Open();
+    PostMessageW(view.GetSafeHwnd(), WM_USER + 7, 1013, kBoxError);
+    shell->RunUntilIdle();
+    EXPECT_TRUE(shell->Press(21)) << "the view's";
+    EXPECT_EQ(shell->Element(20), view.Find(20));
+    shell->Key(34);
+    shell->RunUntilIdle();
+    EXPECT_EQ(TestView::Calls().back(), "command 21");
+    EXPECT_TRUE(Logged("host key 34"));
+    EXPECT_TRUE(shell->IsBoxOpen());
 }
 
 } // namespace shell

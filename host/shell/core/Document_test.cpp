@@ -1,4 +1,4 @@
-#include "host/shell/core/testing/ShellFixture.h"
+#include "tests/shell/ShellFixture.h"
 
 namespace shell {
 

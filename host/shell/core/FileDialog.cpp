@@ -37,12 +37,14 @@ const GMessageMap CVelFileDialog::messageMap = [] {
              dialog->Scroll((id & 0xFFFF) == kScrollUp ? -dialog->GetVisibleRows() : dialog->GetVisibleRows());
              return 0;
          }},
+        GMap::OnKeyUp<&CVelFileDialog::OnKeyUp>(),
     };
-    return GMessageMap{&CVelDialog::messageMap, rows, 3};
+    return GMessageMap{&CVelDialog::messageMap, rows, 4};
 }();
 
 CVelFileDialog::CVelFileDialog(GView* parent, const WCHAR* folder, int fileType)
-    : CVelDialog(parent), m_strFolder(folder ? folder : u""), m_nFileType(fileType), m_pFileDialog(new FileDialogImpl) {}
+    : CVelDialog(parent), m_strFolder(folder ? folder : u""), m_nFileType(fileType), m_pFileDialog(new FileDialogImpl) {
+}
 
 CVelFileDialog::~CVelFileDialog() {
     delete m_pFileDialog;
@@ -105,7 +107,7 @@ int CVelFileDialog::GetVisibleRows() {
 void CVelFileDialog::SetItemCount(ItemList& items, int count) {
     items.count = std::max(count, 0);
     items.marked = items.marked < items.count ? items.marked : -1;
-    items.top = std::clamp(items.top, 0, std::max(items.count - 1, 0));
+    items.top = std::clamp(items.top, 0, std::max(items.count - GetVisibleRows(), 0));
 }
 
 void CVelFileDialog::ReadFolder() {
@@ -116,8 +118,8 @@ void CVelFileDialog::ReadFolder() {
     if (entries) {
         for (const ce::FolderEntry& entry : *entries) {
             const int type = core->document.CheckFileType(entry.name.c_str());
-            const bool wanted = m_nFileType == kListTypeRecordings ? type == kFileTypeDMB || type == kFileTypeTS
-                                                                   : type == m_nFileType;
+            const bool wanted =
+                m_nFileType == kListTypeRecordings ? type == kFileTypeDMB || type == kFileTypeTS : type == m_nFileType;
             if (!entry.isFolder && wanted) {
                 m_arrFileLines.push_back(entry.name);
                 m_pFileDialog->sizes.push_back(entry.size);
@@ -169,6 +171,37 @@ void CVelFileDialog::PickRow(int row) {
     }
     m_pItems->marked = index;
     UpdateRows();
+}
+
+// Arrow keys move the mark, the channel keys move it by a page; the rest is every dialog's.
+void CVelFileDialog::OnKeyUp(UINT key, UINT repeatCount, UINT flags) {
+    constexpr UINT kPageUp = 33, kPageDown = 34, kUp = 38, kDown = 40;
+    switch (key) {
+    case kUp:
+        MoveMark(-1);
+        break;
+    case kDown:
+        MoveMark(+1);
+        break;
+    case kPageUp:
+        MoveMark(-GetVisibleRows());
+        break;
+    case kPageDown:
+        MoveMark(GetVisibleRows());
+        break;
+    default:
+        CVelDialog::OnKeyUp(key, repeatCount, flags);
+        break;
+    }
+}
+
+void CVelFileDialog::MoveMark(int rows) {
+    if (m_pItems->count == 0) {
+        return;
+    }
+    m_pItems->marked = std::clamp(m_pItems->marked + rows, 0, m_pItems->count - 1);
+    m_pItems->top = std::clamp(m_pItems->top, m_pItems->marked - GetVisibleRows() + 1, m_pItems->marked);
+    Scroll(0);
 }
 
 void CVelFileDialog::Scroll(int rows) {

@@ -1,4 +1,4 @@
-#include "host/shell/core/testing/ShellFixture.h"
+#include "tests/shell/ShellFixture.h"
 
 namespace shell {
 
@@ -25,8 +25,7 @@ TEST_F(ShellFixture, SmallAndBackInOrder) {
     EXPECT_TRUE(Equal(view.Find(25)->GetRect(), {248, 172, 312, 232})) << "counted from the right and bottom edge";
     shell->Restore();
     EXPECT_FALSE(shell->Document().IsMinimized());
-    EXPECT_EQ(TestView::Calls(),
-              (Calls{"TransferToPIP", "MoveToPIPWindow", "MoveToPIPWindow", "RestoreFromPIP own"}));
+    EXPECT_EQ(TestView::Calls(), (Calls{"TransferToPIP", "MoveToPIPWindow", "MoveToPIPWindow", "RestoreFromPIP own"}));
     GetClientRect(view.GetSafeHwnd(), &client);
     EXPECT_TRUE(Equal(client, {0, 0, 800, 480}));
     EXPECT_TRUE(Equal(view.Find(25)->GetRect(), {124, 402, 228, 474}));
@@ -85,7 +84,11 @@ TEST_F(ShellFixture, SwapShowsTheOtherFace) {
     TestView& view = Open();
     const auto pixels = [&] {
         const std::uint32_t* screen = shell->Screen();
-        return std::vector<std::uint32_t>(screen + 410 * 800 + 460, screen + 410 * 800 + 564);
+        std::vector<std::uint32_t> button;
+        for (int y = 402; y < 474; ++y) {
+            button.insert(button.end(), screen + y * 800 + 460, screen + y * 800 + 564);
+        }
+        return button;
     };
     const auto normal = pixels();
     view.SwapPIPButton(view.Find(27), 1, 1);

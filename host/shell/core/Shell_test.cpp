@@ -1,4 +1,4 @@
-#include "host/shell/core/testing/ShellFixture.h"
+#include "tests/shell/ShellFixture.h"
 
 namespace shell {
 
@@ -75,8 +75,8 @@ TEST_F(ShellFixture, MessagesGoThroughTheMapRowsInOrderThenTheBase) {
     for (const UINT id : {19u + 0x10000u, 20u, 25u + 0x70000u, 26u}) {
         system.loop().Send(view.GetSafeHwnd(), WM_COMMAND, id);
     }
-    EXPECT_EQ(TestView::Calls(), (Calls{"command 20", "command 25", "TransferToPIP", "MoveToPIPWindow"}))
-        << "19 is the base's: small window";
+    EXPECT_EQ(TestView::Calls(), (Calls{"TransferToPIP", "MoveToPIPWindow", "command 20", "command 25"}))
+        << "19, the small window, is the base's and 26 nobody's";
 }
 
 TEST_F(ShellFixture, AnUnknownTimerReachesTheBase) {
@@ -273,7 +273,8 @@ TEST_F(ShellFixture, LeaksAreTold) {
     const HDC dc = GetDC(view.GetSafeHwnd());
     const HBITMAP strip = LoadBitmapW(nullptr, MAKEINTRESOURCEW(2001));
     PostMessageW(view.GetSafeHwnd(), WM_USER + 100, 0, 0);
-    EXPECT_EQ(shell->Leaks(), (Calls{"1 windows", "1 waiting messages", "1 contexts not released", "1 drawing objects not deleted"}));
+    EXPECT_EQ(shell->Leaks(),
+              (Calls{"1 windows", "1 waiting messages", "1 contexts not released", "1 drawing objects not deleted"}));
     EXPECT_TRUE(ReleaseDC(view.GetSafeHwnd(), dc));
     EXPECT_TRUE(DeleteObject(strip));
     shell->RunUntilIdle();

@@ -16,7 +16,8 @@ const GMessageMap GView::messageMap = [] {
          [](GView* self, WPARAM, LPARAM lParam) -> LRESULT {
              ShellCore* core = ShellCore::Current();
              if (shell::Window* window = core->windows.Find(self->GetSafeHwnd())) {
-                 core->TouchUp(*window, {static_cast<SHORT>(lParam & 0xFFFF), static_cast<SHORT>((lParam >> 16) & 0xFFFF)});
+                 core->TouchUp(*window,
+                               {static_cast<SHORT>(lParam & 0xFFFF), static_cast<SHORT>((lParam >> 16) & 0xFFFF)});
              }
              return 0;
          }},
@@ -83,8 +84,8 @@ RECT GView::GetMainWindowRect() {
 
 HWND GView::GetFrontWindow() {
     ShellCore* core = ShellCore::Current();
-    const shell::Window* front = core ? core->windows.Front() : nullptr;
-    return front ? front->handle : nullptr;
+    const std::vector<shell::Window*> windows = core ? core->InputWindows() : std::vector<shell::Window*>{};
+    return windows.empty() ? nullptr : windows.front()->handle;
 }
 
 // ---- GMessage ----

@@ -51,11 +51,6 @@ Window* WindowTree::At(POINT point) {
     return hit == windows.rend() ? nullptr : hit->get();
 }
 
-Window* WindowTree::Front() {
-    const auto front = std::find_if(windows.rbegin(), windows.rend(), [](const auto& w) { return w->visible; });
-    return front == windows.rend() ? nullptr : front->get();
-}
-
 Window* WindowTree::NextToPaint() {
     const auto next = std::find_if(windows.begin(), windows.end(),
                                    [](const auto& w) { return w->visible && !w->painting && !w->invalid.IsEmpty(); });

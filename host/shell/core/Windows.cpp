@@ -36,6 +36,7 @@ void ShellCore::DestroyWindowOf(GView& object) {
     VelShellAccess::Widgets(*window->widgets).window = nullptr;
     VelShellAccess::SetHandle(object, nullptr);
     windows.Remove(handle);
+    log.ForgetWindow(handle);
     ScreenChanged();
 }
 
@@ -172,7 +173,8 @@ BOOL GetClientRect(HWND handle, RECT* rectangle) {
 HBITMAP LoadBitmapW(HINSTANCE /*module*/, const WCHAR* name) {
     ShellCore* core = ShellCore::Current();
     const auto number = reinterpret_cast<UINT_PTR>(name);
-    const shell::SkinImage* picture = core && number <= 0xFFFF ? core->skins.Bitmap(static_cast<UINT>(number)) : nullptr;
+    const shell::SkinImage* picture =
+        core && number <= 0xFFFF ? core->skins.Bitmap(static_cast<UINT>(number)) : nullptr;
     if (!picture) {
         return nullptr;
     }

@@ -1,9 +1,9 @@
 #include "host/shell/skin/Element.h"
 
+#include "host/ce/Text.h"
 #include "host/shell/gdi/ClippedCairo.h"
 #include "host/shell/gdi/ImagePainter.h"
 #include "host/shell/gdi/TextLines.h"
-#include "host/ce/Text.h"
 
 namespace {
 
@@ -98,7 +98,8 @@ const POINT* GButton::GetAnchors(int* count) const {
 
 namespace shell {
 
-Element::Element(const ElementDescription& description, const Skin& skin, const GFactory::Impl& owner, Language language) {
+Element::Element(const ElementDescription& description, const Skin& skin, const GFactory::Impl& owner,
+                 Language language) {
     m_pImpl = new Impl;
     m_pImpl->description = &description;
     m_pImpl->skin = &skin;
@@ -187,7 +188,8 @@ void Element::Paint(Context& context) const {
         if (!ShownText().empty()) {
             place.bottom -= (place.bottom - place.top) * 3 / 10; // the caption stands below the icon
         }
-        DrawCentred(context, icon->surface, place);
+        constexpr double kDimmed = 0.3;
+        DrawCentred(context, icon->surface, place, look == kButtonDisabled ? kDimmed : 1.0);
     }
     if (!description.textWhenPressed || textOnly) {
         PaintText(context);
