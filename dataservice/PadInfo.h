@@ -10,8 +10,7 @@
 // it looks at it only while it handles the event that announced it.
 struct PadInfo {
     static constexpr std::size_t kLabelBytes = 192;
-    static constexpr std::uint32_t kCharsetUcs2 =
-        4; // EN 300 401 5.2.2.2: ISO/IEC 10646 in big-endian 16-bit units
+    static constexpr std::uint32_t kCharsetUcs2 = 4; // EN 300 401 5.2.2.2: ISO/IEC 10646 in big-endian 16-bit units
 
     std::uint8_t filterData0[976];
     std::uint32_t dlsCharset; // kCharsetUcs2, anything else is an 8-bit multibyte text

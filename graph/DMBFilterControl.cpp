@@ -19,8 +19,8 @@ template <class... Arguments> void Log(const WCHAR* format, const Arguments&... 
 // Creates a filter into the field and adds it to the graph under its name. The field keeps what creation
 // gave.
 bool CreateInto(IBaseFilter*& field, REFCLSID classId, IGraphBuilder* graph, const WCHAR* name) {
-    const HRESULT created = CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter,
-                                             reinterpret_cast<void**>(&field));
+    const HRESULT created =
+        CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter, reinterpret_cast<void**>(&field));
     return SUCCEEDED(created) && field != nullptr && SUCCEEDED(graph->AddFilter(field, name));
 }
 
@@ -47,7 +47,8 @@ CDMBFilterControl::CDMBFilterControl(IGraphBuilder* pGraphBuilder)
     : m_pGraphBuilder(pGraphBuilder), m_pParser(nullptr), m_pBSACDecoder(nullptr), m_pAudioRenderer(nullptr),
       m_pVideoDecoder(nullptr), m_pVideoRenderer(nullptr), m_pDABSource(nullptr), m_pMP3Decoder(nullptr) {}
 
-CDMBFilterControl::~CDMBFilterControl() = default;
+// Here and not in the class: the shell links to it.
+CDMBFilterControl::~CDMBFilterControl() {}
 
 CDMBFilterControl& CDMBFilterControl::operator=(const CDMBFilterControl& other) = default;
 
@@ -103,8 +104,8 @@ HRESULT CDMBFilterControl::ConnectDMBFilters() {
         {m_pBSACDecoder, kOutPin, m_pAudioRenderer, kAudioRendererPin},
     };
     for (const auto& link : links)
-        if (ConnectFilterPins(m_pGraphBuilder, link.upstream, link.upstreamPin, link.downstream,
-                              link.downstreamPin) != 0)
+        if (ConnectFilterPins(m_pGraphBuilder, link.upstream, link.upstreamPin, link.downstream, link.downstreamPin) !=
+            0)
             return E_FAIL;
     Log(WTEXT("[DMB|FILTER] ConnectDMBFilters() success\r\n"));
     return S_OK;
@@ -131,8 +132,7 @@ HRESULT CDMBFilterControl::DisconnectDMBFilters() {
 HRESULT CDMBFilterControl::CloseDMBFilters() {
     if (!SucceedsWithRetries([this] { return DisconnectDMBFilters(); }))
         return E_FAIL;
-    for (IBaseFilter* filter :
-         {m_pParser, m_pBSACDecoder, m_pAudioRenderer, m_pVideoDecoder, m_pVideoRenderer})
+    for (IBaseFilter* filter : {m_pParser, m_pBSACDecoder, m_pAudioRenderer, m_pVideoDecoder, m_pVideoRenderer})
         // A retry meets a filter that is out of the graph already and fails: a filter that someone still
         // holds costs a second and keeps the later ones in the graph, on purpose.
         if (!SucceedsWithRetries([&] { return DeleteFilter(m_pGraphBuilder, filter); }))

@@ -17,10 +17,7 @@ inline constexpr const WCHAR* kVideoRendererName = WTEXT("MES VIDRenderer Filter
 inline constexpr const WCHAR* kDABSourceName = WTEXT("MES DAB Source Filter");
 inline constexpr const WCHAR* kMP3DecoderName = WTEXT("MP3 Decoder Filter");
 
-inline constexpr CLSID CLSID_DMBParser = {0x92461D2E,
-                                          0xF438,
-                                          0x415A,
-                                          {0x8E, 0x67, 0xA7, 0x88, 0x59, 0x97, 0xBC, 0x26}};
+inline constexpr CLSID CLSID_DMBParser = {0x92461D2E, 0xF438, 0x415A, {0x8E, 0x67, 0xA7, 0x88, 0x59, 0x97, 0xBC, 0x26}};
 inline constexpr CLSID CLSID_BSACDecoder = {0x58E7E569,
                                             0x3473,
                                             0x4B1B,
@@ -34,10 +31,7 @@ inline constexpr CLSID CLSID_DMBVideoRenderer = {0x512B4798,
                                                  0xD3D0,
                                                  0x47F9,
                                                  {0x86, 0x37, 0x9C, 0xDF, 0x15, 0xE4, 0x45, 0xA0}};
-inline constexpr CLSID CLSID_DABSource = {0xA940F639,
-                                          0xF1C5,
-                                          0x4F9C,
-                                          {0x9E, 0x90, 0xB9, 0xC8, 0x63, 0x7E, 0x9C, 0xAB}};
+inline constexpr CLSID CLSID_DABSource = {0xA940F639, 0xF1C5, 0x4F9C, {0x9E, 0x90, 0xB9, 0xC8, 0x63, 0x7E, 0x9C, 0xAB}};
 inline constexpr CLSID CLSID_MP3Decoder = {0x1AA69151,
                                            0x3727,
                                            0x4408,
@@ -57,8 +51,7 @@ inline constexpr const WCHAR* kAudioRendererPin = WTEXT("Audio Input pin (render
 inline constexpr LONG IDMB_EVENT_AUDIO_CHANGE = 0xA201; // the parser met another audio format
 inline constexpr LONG IDMB_EVENT_PAD = 0xA301;          // a new label is in the PAD record
 inline constexpr LONG IDMB_EVENT_MOT = 0xA310;          // a new slide is in the slide file
-inline constexpr LONG IDMB_EVENT_TIME_RESET =
-    0xB000; // the stream's clock jumped; the graph must be built anew
+inline constexpr LONG IDMB_EVENT_TIME_RESET = 0xB000;   // the stream's clock jumped; the graph must be built anew
 inline constexpr LONG IDMB_EVENT_NO_SIGNAL = 0xB100;
 inline constexpr LONG IDMB_EVENT_SIGNAL = 0xB101;
 
@@ -76,10 +69,7 @@ static_assert(sizeof(DMBAudioInfo) == 8);
 
 // --- interfaces; the slot order is the contract, a reserved slot is never called ---
 
-inline constexpr IID IID_IDMBCapture = {0x5D4943CC,
-                                        0x450B,
-                                        0x4B62,
-                                        {0x96, 0x2A, 0xF7, 0x3F, 0xD6, 0x64, 0x58, 0x86}};
+inline constexpr IID IID_IDMBCapture = {0x5D4943CC, 0x450B, 0x4B62, {0x96, 0x2A, 0xF7, 0x3F, 0xD6, 0x64, 0x58, 0x86}};
 // On the parser: copies the received stream into a file. StartCapture during a capture fails.
 struct IDMBCapture : IUnknown {
     STDMETHOD(SetCaptureFileName)(const WCHAR* path) PURE;

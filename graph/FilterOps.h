@@ -13,8 +13,7 @@
 
 // Disconnects every output of the upstream filter and every input of the downstream one. Returns the result
 // of the last question for a pin's direction, E_FAIL when there was no pin at all.
-[[nodiscard]] HRESULT DisconnectFilterPins(IGraphBuilder* graph, IBaseFilter* upstream,
-                                           IBaseFilter* downstream);
+[[nodiscard]] HRESULT DisconnectFilterPins(IGraphBuilder* graph, IBaseFilter* upstream, IBaseFilter* downstream);
 
 // Takes the filter out of the graph and drops the caller's reference. 0 when that ended the filter; the
 // graph's code when the removal failed (the reference is then kept); else the number of references that

@@ -11,7 +11,8 @@ namespace {
 
 // Where coefficient k goes in the block of a reduction. Long runs and the end of a block point far behind 63.
 constexpr int kPlaces = 64 + kEndOfBlockStep;
-template <int kReduction> constexpr auto kPlaceOf = [] {
+template <int kReduction>
+constexpr auto kPlaceOf = [] {
     std::array<std::uint8_t, kPlaces> places{};
     places.fill(kDiscard);
     constexpr int side = KeptSide(kReduction);
@@ -25,6 +26,8 @@ template <int kReduction> constexpr auto kPlaceOf = [] {
     return places;
 }();
 
+constexpr int kMaxCoefficientBits = 31; // a code of 16 bits and a value of 15
+
 } // namespace
 
 Status BaselineScan::Open(const Frame& theFrame, const ScanHeader& header, const Tables& tables,
@@ -35,7 +38,10 @@ Status BaselineScan::Open(const Frame& theFrame, const ScanHeader& header, const
     std::array<bool, kTableSlots> haveAc{};
     for (int i = 0; i < partCount; ++i) {
         const ScanComponent& ids = header.components[i];
-        parts[i].ids = ids;
+        parts[i].component = ids.component;
+        parts[i].dcTable = &dcTables[ids.dcTable];
+        parts[i].acTable = &acTables[ids.acTable];
+        parts[i].skipTable = &skipTables[ids.acTable];
         if (!tables.dc[ids.dcTable].sent || !tables.ac[ids.acTable].sent) {
             return Status::kHuffmanTableMissing;
         }
@@ -90,7 +96,7 @@ void BaselineScan::DecodeInterleaved(const ComponentQuantisers& quantisers, Samp
         BeginMcu();
         for (int i = 0; i < partCount; ++i) {
             Part& part = parts[i];
-            const int index = part.ids.component;
+            const int index = part.component;
             const Component& component = frame.components[index];
             for (int row = 0; row < component.v; ++row) {
                 std::uint8_t* samples = rows.Row(index, row * side) + mcu * component.h * side;
@@ -110,7 +116,7 @@ void BaselineScan::DecodeSingle(int mcuLine, const ComponentQuantisers& quantise
     const TransformFunction transform = TransformFor(kReduction);
     Block block;
     Part& part = parts[0];
-    const int index = part.ids.component;
+    const int index = part.component;
     const int perMcu = frame.components[index].v;
     const int lines = std::min(perMcu, frame.BlockLines(index) - mcuLine * perMcu);
     const int columns = frame.BlocksPerLine(index);
@@ -162,27 +168,36 @@ template <int kReduction> bool BaselineScan::DecodeBlock(Part& part, Block& bloc
 // T.81 F.2.2.
 template <int kReduction> bool BaselineScan::DecodeCodedBlock(Part& part, Block& block) {
     constexpr const auto& places = kPlaceOf<kReduction>;
-    std::memset(block.values.data(), 0, KeptCount(kReduction) * sizeof(std::int16_t));
-    part.prediction =
-        static_cast<std::int16_t>(part.prediction + DecodeDifference(reader, dcTables[part.ids.dcTable]));
-    block.values[0] = static_cast<std::int16_t>(part.prediction);
+    std::int16_t* values = block.values.data();
+    std::memset(values, 0, KeptCount(kReduction) * sizeof(std::int16_t));
+    BitCursor bits = reader.Bits();
+    part.prediction = static_cast<std::int16_t>(part.prediction + DecodeDifference(bits, *part.dcTable));
+    values[0] = static_cast<std::int16_t>(part.prediction);
 
-    const HuffmanTable& table = acTables[part.ids.acTable];
+    const HuffmanTable& table = *part.acTable;
     int k = 1;
-    while (k <= LastKept(kReduction)) {
-        reader.Refill();
-        const std::uint64_t word = reader.Word();
+    const auto decodeCoefficient = [&] {
+        const std::uint64_t word = bits.word;
         const HuffmanCode code = table.Find(word);
-        reader.Consume(code.TotalBits());
+        bits.Consume(code.TotalBits());
         k += code.Step();
-        block.values[places[k - 1]] =
-            static_cast<std::int16_t>(ExtendValue(word, code.CodeBits(), code.ValueBits()));
+        values[places[k - 1]] = static_cast<std::int16_t>(ExtendValue(word, code.CodeBits(), code.ValueBits()));
+    };
+    while (k <= LastKept(kReduction)) {
+        bits.Refill();
+        decodeCoefficient();
+        if (k > LastKept(kReduction)) {
+            break;
+        }
+        if (bits.count < kMaxCoefficientBits) [[unlikely]] {
+            bits.Refill();
+        }
+        decodeCoefficient();
     }
     if constexpr (kReduction > 0) {
-        if (k < kBlockSize) {
-            skipTables[part.ids.acTable].SkipBlock(reader, table, k);
-        }
+        part.skipTable->SkipBlock(bits, table, k);
     }
+    reader.Resume(bits);
     return k == 1 + kEndOfBlockStep;
 }
 
@@ -204,8 +219,8 @@ Status BaselineDecoder::AddScan(const MarkerReader& reader, std::span<const std:
     if (!scan) {
         return Status::kOutOfMemory;
     }
-    if (const Status status = scan->Open(reader.GetFrame(), header, reader.GetTables(),
-                                         data.subspan(reader.Position()), reduction);
+    if (const Status status =
+            scan->Open(reader.GetFrame(), header, reader.GetTables(), data.subspan(reader.Position()), reduction);
         status != Status::kOk) {
         return status;
     }
@@ -226,9 +241,7 @@ Status BaselineDecoder::Open(MarkerReader& reader, std::span<const std::uint8_t>
         if (std::count(covered.begin(), covered.begin() + components, true) == components) {
             break;
         }
-        if (const Status status = reader.ReadToNextScan(reader.Position(), found); status != Status::kOk) {
-            return status;
-        }
+        reader.ReadToNextScan(reader.Position(), found);
     }
     return quantisers.LatchRest(reader.GetFrame(), reader.GetTables(), reduction);
 }

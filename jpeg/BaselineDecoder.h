@@ -34,14 +34,16 @@ private:
         Block block;
     };
     struct Part {
-        ScanComponent ids;
+        int component = 0; // index in the frame
+        const HuffmanTable* dcTable = nullptr;
+        const HuffmanTable* acTable = nullptr;
+        const SkipTable* skipTable = nullptr;
         int prediction = 0;
         ZeroBlock zeros;
     };
 
     template <int kReduction> void DecodeInterleaved(const ComponentQuantisers& quantisers, SampleRows& rows);
-    template <int kReduction>
-    void DecodeSingle(int mcuLine, const ComponentQuantisers& quantisers, SampleRows& rows);
+    template <int kReduction> void DecodeSingle(int mcuLine, const ComponentQuantisers& quantisers, SampleRows& rows);
     template <int kReduction> bool DecodeBlock(Part& part, Block& block);
     template <int kReduction> bool DecodeCodedBlock(Part& part, Block& block);
     void BeginMcu();

@@ -14,22 +14,21 @@ void BitReader::Open(std::span<const std::uint8_t> bytes) {
 }
 
 void BitReader::Reset() {
-    word = 0;
-    count = 0;
     exhausted = false;
     sourceEnded = false;
-    next = end = slideAt = window.data();
+    end = slideAt = window.data();
+    bits = {0, 0, window.data()};
     Slide();
 }
 
 // Moves what is left to the front of the window and fills it up.
 void BitReader::Slide() {
     if (!sourceEnded) {
-        const auto left = static_cast<std::size_t>(end - next);
-        std::memmove(window.data(), next, left);
+        const auto left = static_cast<std::size_t>(end - bits.next);
+        std::memmove(window.data(), bits.next, left);
         const std::size_t size = left + CopyClean(window.data() + left, kWindow - left);
         std::memset(window.data() + size, 0, kMargin);
-        next = window.data();
+        bits.next = window.data();
         end = window.data() + size;
         // Eight bytes behind the end the word holds nothing but zeros.
         slideAt = sourceEnded ? end + 8 : end - kMargin;
@@ -41,15 +40,17 @@ void BitReader::Slide() {
 void BitReader::Drain() {
     exhausted = true;
     sourceEnded = true;
-    word = 0;
-    count = 0;
-    next = slideAt = end + 8;
+    slideAt = end + 8;
+    bits = {0, 0, slideAt};
 }
 
 // Copies at most `room` data bytes: FF 00 becomes FF, fill bytes go, a marker or the end of the data stops for good.
 std::size_t BitReader::CopyClean(std::uint8_t* to, std::size_t room) {
     std::size_t copied = 0;
-    while (copied < room) {
+    if (data.empty()) {
+        sourceEnded = true;
+    }
+    while (copied < room && !sourceEnded) {
         const std::uint8_t* from = data.data() + source;
         const std::size_t most = std::min(room - copied, data.size() - source);
         const auto* prefix = most == 0 ? nullptr : static_cast<const std::uint8_t*>(std::memchr(from, kPrefix, most));
@@ -58,10 +59,7 @@ std::size_t BitReader::CopyClean(std::uint8_t* to, std::size_t room) {
         copied += plain;
         source += plain;
         if (prefix == nullptr) {
-            if (source == data.size()) {
-                sourceEnded = true;
-                break;
-            }
+            sourceEnded = source == data.size();
             continue;
         }
         std::size_t code = source + 1;
@@ -71,7 +69,7 @@ std::size_t BitReader::CopyClean(std::uint8_t* to, std::size_t room) {
         if (code == data.size() || data[code] != 0) {
             source = code - 1;
             sourceEnded = true;
-            break;
+            continue;
         }
         to[copied++] = kPrefix;
         source = code + 1;
@@ -93,7 +91,7 @@ void BitReader::Restart(int number) {
         }
         const std::uint8_t marker = data[at + 1];
         const int ahead = IsRestart(marker) ? (marker - kRst0 - number) & 7 : -1;
-        const bool isJunk = marker < kSof0;           // T.81 table B.1: reserved
+        const bool isJunk = marker < kSof0;              // T.81 table B.1: reserved
         const bool isEarlier = ahead == 6 || ahead == 7; // one of the two before: its interval is over
         if (isJunk || isEarlier) {
             at += 2;

@@ -13,6 +13,41 @@
 
 namespace jpeg {
 
+// The next bits of a reader, small enough to stay in registers through a data unit: borrow it with BitReader::Bits(),
+// give it back with BitReader::Resume().
+struct BitCursor {
+    std::uint64_t word = 0; // left-aligned
+    int count = 0;          // bits of `word` that stand for sure; more may lie below them
+    const std::uint8_t* next = nullptr;
+
+    // Afterwards the word begins with at least 56 bits.
+    void Refill() {
+        word |= LoadBigEndian(next) >> count;
+        next += (63 - count) >> 3;
+        count |= 56;
+    }
+    void Consume(int bits) {
+        word <<= bits;
+        count -= bits;
+    }
+    // 0..16 bits as a number, which must be there.
+    [[nodiscard]] unsigned Take(int bits) {
+        const auto value = static_cast<unsigned>((word >> 1) >> (63 - bits));
+        Consume(bits);
+        return value;
+    }
+
+private:
+    static std::uint64_t LoadBigEndian(const std::uint8_t* at) {
+        std::uint64_t value;
+        std::memcpy(&value, at, sizeof value);
+        if constexpr (std::endian::native == std::endian::little) {
+            value = __builtin_bswap64(value);
+        }
+        return value;
+    }
+};
+
 class BitReader {
 public:
     // Begins at coded data that ends at the first marker or at the end of `bytes`.
@@ -20,33 +55,14 @@ public:
 
     // To be called before each data unit. A data unit takes at most kMaxUnitBits.
     void Prepare() {
-        if (next >= slideAt) [[unlikely]] {
+        if (bits.next >= slideAt) [[unlikely]] {
             Slide();
         }
     }
     static constexpr int kMaxUnitBits = 2048;
 
-    // Afterwards Word() begins with at least 56 bits.
-    void Refill() {
-        word |= LoadBigEndian(next) >> count;
-        next += (63 - count) >> 3;
-        count |= 56;
-    }
-
-    // The next bits, left-aligned.
-    [[nodiscard]] std::uint64_t Word() const { return word; }
-    void Consume(int bits) {
-        word <<= bits;
-        count -= bits;
-    }
-
-    // 0..16 bits as a number; refills by itself.
-    [[nodiscard]] unsigned Take(int bits) {
-        Refill();
-        const auto value = static_cast<unsigned>((word >> 1) >> (63 - bits));
-        Consume(bits);
-        return value;
-    }
+    [[nodiscard]] BitCursor Bits() const { return bits; }
+    void Resume(const BitCursor& cursor) { bits = cursor; }
 
     // Nothing but zeros is left up to the next restart. Noticed by Prepare(), possibly a few data units late.
     [[nodiscard]] bool Exhausted() const { return exhausted; }
@@ -57,9 +73,7 @@ public:
     void ExpectNoRestart() { lastInterval = true; }
 
     // More bits were taken than there were; the rest was zeros.
-    [[nodiscard]] bool RanShort() const {
-        return sourceEnded && (next - end) * 8 > static_cast<std::ptrdiff_t>(count);
-    }
+    [[nodiscard]] bool RanShort() const { return sourceEnded && (bits.next - end) * 8 > bits.count; }
 
     // Position in `bytes` of the marker that ended the data, or of a byte not yet seen when none did.
     [[nodiscard]] std::size_t SourcePosition() const { return source; }
@@ -72,25 +86,15 @@ private:
     static constexpr std::size_t kWindow = 4096;
     static constexpr std::size_t kMargin = 512; // a data unit, the word, and room to spare
 
-    static std::uint64_t LoadBigEndian(const std::uint8_t* at) {
-        std::uint64_t value;
-        std::memcpy(&value, at, sizeof value);
-        if constexpr (std::endian::native == std::endian::little) {
-            value = __builtin_bswap64(value);
-        }
-        return value;
-    }
     void Slide();
     void Reset();
     void Drain();
     std::size_t CopyClean(std::uint8_t* to, std::size_t room);
 
-    std::uint64_t word = 0;
-    int count = 0; // bits in `word` that stand for sure; more may lie below them
+    BitCursor bits;
     bool exhausted = false;
     bool sourceEnded = false;
     bool lastInterval = false;
-    const std::uint8_t* next = nullptr;    // next byte to refill from
     const std::uint8_t* end = nullptr;     // end of the clean bytes; zeros follow
     const std::uint8_t* slideAt = nullptr; // Prepare() has work to do from here on
     std::span<const std::uint8_t> data;

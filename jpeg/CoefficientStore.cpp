@@ -7,8 +7,8 @@ namespace jpeg {
 Status CoefficientStore::Open(const Frame& frame, int reduction) {
     kept = KeptCount(reduction);
     const bool needsHistory = reduction < 3;
-    const std::uint64_t blockBytes = static_cast<std::uint64_t>(kept) * sizeof(std::int16_t) +
-                                     (needsHistory ? sizeof(std::uint64_t) : 0);
+    const std::uint64_t blockBytes =
+        static_cast<std::uint64_t>(kept) * sizeof(std::int16_t) + (needsHistory ? sizeof(std::uint64_t) : 0);
     std::uint64_t bytes = 0;
     for (int i = 0; i < frame.componentCount; ++i) {
         planes[i].blocksPerLine = frame.BlocksPerLine(i);

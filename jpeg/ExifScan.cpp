@@ -81,13 +81,21 @@ std::optional<std::uint64_t> FindThumbnailDirectory(const Tiff& tiff) {
 // Bytes of a value of a TIFF type; an unknown type keeps the size of the entry before it.
 unsigned ValueSize(std::uint32_t type, unsigned previous) {
     switch (type) {
-    case 1: case 2: case 6: case 7:
+    case 1:
+    case 2:
+    case 6:
+    case 7:
         return 1;
-    case 3: case 8:
+    case 3:
+    case 8:
         return 2;
-    case 4: case 9: case 11:
+    case 4:
+    case 9:
+    case 11:
         return 4;
-    case 5: case 10: case 12:
+    case 5:
+    case 10:
+    case 12:
         return 8;
     default:
         return previous;
@@ -96,23 +104,40 @@ unsigned ValueSize(std::uint32_t type, unsigned previous) {
 
 void StoreTag(std::uint32_t tag, std::uint32_t value, std::uint64_t tiffOffset, ExifThumbnail& thumbnail) {
     switch (tag) {
-    case 256: thumbnail.width = value; break;
-    case 257: thumbnail.height = value; break;
-    case 259: thumbnail.kind = value; break;
-    case 262: thumbnail.photometric = value; break;
-    case 273: thumbnail.offset = tiffOffset + value; break;
+    case 256:
+        thumbnail.width = value;
+        break;
+    case 257:
+        thumbnail.height = value;
+        break;
+    case 259:
+        thumbnail.kind = value;
+        break;
+    case 262:
+        thumbnail.photometric = value;
+        break;
+    case 273:
+        thumbnail.offset = tiffOffset + value;
+        break;
     case 279: // On purpose: StripByteCounts takes back what Compression said.
         thumbnail.length = value;
         thumbnail.kind = kThumbnailUnusable;
         break;
-    case 284: thumbnail.planar = value; break;
-    case 513: thumbnail.offset = tiffOffset + value; break;
+    case 284:
+        thumbnail.planar = value;
+        break;
+    case 513:
+        thumbnail.offset = tiffOffset + value;
+        break;
     case 514:
         thumbnail.length = value;
         thumbnail.kind = kThumbnailJpeg;
         break;
-    case 4173: thumbnail.tag4173 = value; break;
-    default: break;
+    case 4173:
+        thumbnail.tag4173 = value;
+        break;
+    default:
+        break;
     }
 }
 

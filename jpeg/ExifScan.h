@@ -13,15 +13,15 @@ inline constexpr std::uint32_t kThumbnailRaw = 1;
 inline constexpr std::uint32_t kThumbnailJpeg = 6;
 
 struct ExifThumbnail {
-    bool present = false;       // length above 10 and an offset inside the data
-    std::uint32_t width = 0;    // tag 256, pixels
-    std::uint32_t height = 0;   // tag 257, pixels
-    std::uint32_t kind = 0;     // tag 259, or kThumbnailJpeg once tag 514 was seen
+    bool present = false;     // length above 10 and an offset inside the data
+    std::uint32_t width = 0;  // tag 256, pixels
+    std::uint32_t height = 0; // tag 257, pixels
+    std::uint32_t kind = 0;   // tag 259, or kThumbnailJpeg once tag 514 was seen
     std::uint32_t photometric = 0;
-    std::uint32_t length = 0;   // bytes
-    std::uint32_t tag4173 = 0;  // kept, read by nothing
+    std::uint32_t length = 0;  // bytes
+    std::uint32_t tag4173 = 0; // kept, read by nothing
     std::uint32_t planar = 0;
-    std::uint64_t offset = 0;   // bytes from the start of the whole data
+    std::uint64_t offset = 0; // bytes from the start of the whole data
 };
 
 // Reads the body of an APP1 segment (the bytes after its length field). `bodyOffset` is its position in the whole

@@ -44,8 +44,8 @@ Fit FitPicture(int pictureWidth, int pictureHeight, int targetWidth, int targetH
         }
         const float ratioX = static_cast<float>(pictureWidth) / static_cast<float>(targetWidth);
         const float ratioY = static_cast<float>(pictureHeight) / static_cast<float>(targetHeight);
-        fit.reduction = ratioX < ratioY ? LargestReduction(fit.width, pictureWidth)
-                                        : LargestReduction(fit.height, pictureHeight);
+        fit.reduction =
+            ratioX < ratioY ? LargestReduction(fit.width, pictureWidth) : LargestReduction(fit.height, pictureHeight);
         fit.exact = fit.width == pictureWidth >> fit.reduction && fit.height == pictureHeight >> fit.reduction;
     }
     fit.offsetX = (targetWidth - fit.width) >> 1;

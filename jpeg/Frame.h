@@ -7,19 +7,21 @@
 namespace jpeg {
 
 inline constexpr int kMaxComponents = 3;
-inline constexpr int kTableSlots = 4;   // T.81 B.2.4: table ids 0..3
-inline constexpr int kBlockSide = 8;    // samples
-inline constexpr int kBlockSize = 64;   // coefficients
+inline constexpr int kTableSlots = 4; // T.81 B.2.4: table ids 0..3
+inline constexpr int kBlockSide = 8;  // samples
+inline constexpr int kBlockSize = 64; // coefficients
 
 // Rounds up.
-[[nodiscard]] constexpr int DivideUp(int value, int by) { return (value + by - 1) / by; }
+[[nodiscard]] constexpr int DivideUp(int value, int by) {
+    return (value + by - 1) / by;
+}
 
 // One component of the frame (T.81 B.2.2).
 struct Component {
-    std::uint8_t id = 0; // Ci
-    int h = 1;           // Hi, 1..4
-    int v = 1;           // Vi, 1..4
-    std::uint8_t quantId = 0; // Tqi, 0..3
+    std::uint8_t id = 0;      // Ci
+    int h = 1;                // Hi, 1..4
+    int v = 1;                // Vi, 1..4
+    std::uint8_t quantId = 0; // Tqi as sent; only 0..3 can be used
 };
 
 enum class FrameKind { kNone, kBaseline, kProgressive };
@@ -47,7 +49,7 @@ struct Frame {
 
 // One component's part in a scan (T.81 B.2.3).
 struct ScanComponent {
-    int component = 0; // index into Frame::components
+    int component = 0;        // index into Frame::components
     std::uint8_t dcTable = 0; // Tdj, 0..3
     std::uint8_t acTable = 0; // Taj, 0..3
 };

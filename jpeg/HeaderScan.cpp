@@ -81,9 +81,8 @@ HeaderScanResult ScanHeaders(std::span<const std::uint8_t> data, int mode) {
         return result;
     }
     MarkerCursor cursor(data);
-    result.status = SkipToStartOfImage(cursor)
-                        ? ScanFromStartOfImage(cursor, mode == kExifScan, data.size(), result)
-                        : Status::kNoStartOfImage;
+    result.status = SkipToStartOfImage(cursor) ? ScanFromStartOfImage(cursor, mode == kExifScan, data.size(), result)
+                                               : Status::kNoStartOfImage;
     return result;
 }
 

@@ -67,7 +67,7 @@ HuffmanCode HuffmanTable::FindLong(std::uint64_t word) const {
 
 void SkipTable::Build(const HuffmanTable& table) {
     for (std::uint32_t pattern = 0; pattern < entries.size(); ++pattern) {
-        Entry entry{0, 0, 64};
+        Entry entry{0, 0, 0};
         int used = 0;
         int step = 0;
         while (used < kBits) {
@@ -85,22 +85,6 @@ void SkipTable::Build(const HuffmanTable& table) {
             }
         }
         entries[pattern] = entry;
-    }
-}
-
-void SkipTable::SkipBlock(BitReader& reader, const HuffmanTable& table, int k) const {
-    while (k < 64) {
-        reader.Refill();
-        const std::uint64_t word = reader.Word();
-        const Entry entry = entries[word >> (64 - kBits)];
-        if (entry.bits != 0 && k < entry.safeBelow) [[likely]] {
-            reader.Consume(entry.bits);
-            k += entry.step;
-        } else {
-            const HuffmanCode code = table.Find(word);
-            reader.Consume(code.TotalBits());
-            k += code.Step();
-        }
     }
 }
 

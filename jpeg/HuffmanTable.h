@@ -43,14 +43,14 @@ public:
         return code;
     }
 
-    static constexpr int kLookAheadBits = 10;
+    static constexpr int kLookAheadBits = 9;
 
 private:
     [[nodiscard]] HuffmanCode FindLong(std::uint64_t word) const;
 
     std::array<HuffmanCode, 1 << kLookAheadBits> lookAhead;
-    std::array<std::int32_t, 18> maxCode;  // largest code of each length, -1 for none
-    std::array<std::int32_t, 18> offset;   // from a code of that length to its symbol's index
+    std::array<std::int32_t, 18> maxCode; // largest code of each length, -1 for none
+    std::array<std::int32_t, 18> offset;  // from a code of that length to its symbol's index
     std::array<std::uint8_t, 256> symbols;
 };
 
@@ -62,11 +62,11 @@ private:
 }
 
 // One code and its value together: the difference of a DC coefficient.
-[[nodiscard]] inline int DecodeDifference(BitReader& reader, const HuffmanTable& table) {
-    reader.Refill();
-    const std::uint64_t word = reader.Word();
+[[nodiscard]] inline int DecodeDifference(BitCursor& bits, const HuffmanTable& table) {
+    bits.Refill();
+    const std::uint64_t word = bits.word;
     const HuffmanCode code = table.Find(word);
-    reader.Consume(code.TotalBits());
+    bits.Consume(code.TotalBits());
     return ExtendValue(word, code.CodeBits(), code.ValueBits());
 }
 
@@ -77,15 +77,29 @@ public:
     void Build(const HuffmanTable& table);
 
     // Moves from coefficient `k` to the end of the block.
-    void SkipBlock(BitReader& reader, const HuffmanTable& table, int k) const;
+    void SkipBlock(BitCursor& bits, const HuffmanTable& table, int k) const {
+        while (k < kBlockSize) {
+            bits.Refill();
+            const std::uint64_t word = bits.word;
+            const Entry entry = entries[word >> (64 - kBits)];
+            if (k < entry.safeBelow) [[likely]] {
+                bits.Consume(entry.bits);
+                k += entry.step;
+            } else {
+                const HuffmanCode code = table.Find(word);
+                bits.Consume(code.TotalBits());
+                k += code.Step();
+            }
+        }
+    }
 
 private:
     static constexpr int kBits = 11;
 
     struct Entry {
-        std::uint8_t bits;      // all codes and values; 0 = no whole code in sight
+        std::uint8_t bits;      // all codes and values
         std::uint8_t step;      // coefficients
-        std::uint8_t safeBelow; // the entry holds for k below this: its last code still belongs to the block
+        std::uint8_t safeBelow; // the entry holds for k below this: its last code still belongs to the block. 0 = never
     };
     std::array<Entry, 1 << kBits> entries;
 };

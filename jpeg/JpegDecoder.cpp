@@ -63,12 +63,10 @@ int ImgDecodeJPEG(const unsigned char* data, int length, unsigned char* destinat
         return Fail(kDecodingFailed);
     }
     ExifThumbnail& thumbnail = headers.thumbnail;
-    const ImageChoice choice = info->noThumbnail != 0
-                                   ? ImageChoice::kMainImage
-                                   : ChooseImage(bytes, targetWidth, targetHeight, thumbnail);
-    const DecodeRequest request{{destination, targetWidth, targetHeight, info->outputFormat},
-                                info->progressContext,
-                                info->progressCallback};
+    const ImageChoice choice =
+        info->noThumbnail != 0 ? ImageChoice::kMainImage : ChooseImage(bytes, targetWidth, targetHeight, thumbnail);
+    const DecodeRequest request{
+        {destination, targetWidth, targetHeight, info->outputFormat}, info->progressContext, info->progressCallback};
     const auto thumbnailBytes = [&] {
         return bytes.subspan(static_cast<std::size_t>(thumbnail.offset), thumbnail.length);
     };

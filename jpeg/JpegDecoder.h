@@ -10,16 +10,17 @@
 
 // What the caller asks for and what the probe finds. Zero it before use. On a 32-bit machine fifteen 32-bit fields.
 struct JpegImageInfo {
-    void* progressContext;                               // handed back to the callback
-    void (*progressCallback)(void* context, int percent); // 80 just before colour conversion, 100 just after; may be null
-    int outputFormat;   // 0 = RGB565 (native 16-bit words, red on top), 1 = bytes R, G, B, 2 = planar YUV 4:2:0
-    int reserved3;      // 0
-    int noThumbnail;    // not 0: never decode an embedded thumbnail in place of the picture
-    int reserved5[4];   // 0
-    int imageWidth;     // set by the probe: pixels; 0 x 0 for a frame type that is not decoded
+    void* progressContext; // handed back to the callback
+    void (*progressCallback)(void* context,
+                             int percent); // 80 just before colour conversion, 100 just after; may be null
+    int outputFormat; // 0 = RGB565 (native 16-bit words, red on top), 1 = bytes R, G, B, 2 = planar YUV 4:2:0
+    int reserved3;    // 0
+    int noThumbnail;  // not 0: never decode an embedded thumbnail in place of the picture
+    int reserved5[4]; // 0
+    int imageWidth;   // set by the probe: pixels; 0 x 0 for a frame type that is not decoded
     int imageHeight;
-    int reserved11[2];  // 0
-    int thumbWidth;     // set by the probe: the embedded thumbnail's size as its tags give it, 0 without one
+    int reserved11[2]; // 0
+    int thumbWidth;    // set by the probe: the embedded thumbnail's size as its tags give it, 0 without one
     int thumbHeight;
 };
 static_assert(sizeof(void*) != 4 || sizeof(JpegImageInfo) == 60);

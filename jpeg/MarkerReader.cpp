@@ -68,13 +68,13 @@ Status MarkerReader::ReadToFirstScan() {
     return Status::kEndsBeforeScan;
 }
 
-Status MarkerReader::ReadToNextScan(std::size_t position, bool& found) {
+void MarkerReader::ReadToNextScan(std::size_t position, bool& found) {
     found = false;
     cursor.MoveTo(position);
     std::uint8_t marker = 0;
     while (cursor.NextMarker(marker)) {
         if (marker == kEoi) {
-            return Status::kOk;
+            return;
         }
         if (marker == kSof0 || marker == kSof2) {
             if (cursor.SegmentFits()) { // a second frame changes nothing any more
@@ -82,15 +82,14 @@ Status MarkerReader::ReadToNextScan(std::size_t position, bool& found) {
             }
             continue;
         }
-        const Status status = ReadSegment(marker, found);
-        if (status == Status::kSegmentLength || status == Status::kScanHeaderCut) {
-            return Status::kOk; // the file is cut here
+        if (ReadSegment(marker, found) != Status::kOk) {
+            found = false;
+            return;
         }
-        if (status != Status::kOk || found) {
-            return status;
+        if (found) {
+            return;
         }
     }
-    return Status::kOk;
 }
 
 Status MarkerReader::ReadSegment(std::uint8_t marker, bool& isScan) {
@@ -101,8 +100,8 @@ Status MarkerReader::ReadSegment(std::uint8_t marker, bool& isScan) {
     if (marker == kSof0 || marker == kSof2) {
         return ReadFrameHeader(marker);
     }
-    const bool hasLength = marker == kDht || marker == kDqt || marker == kDri || marker == kCom || marker == kDnl ||
-                           IsApplication(marker);
+    const bool hasLength =
+        marker == kDht || marker == kDqt || marker == kDri || marker == kCom || marker == kDnl || IsApplication(marker);
     if (!hasLength) {
         return Status::kOk; // searched byte by byte, as in the header scan
     }
@@ -161,9 +160,6 @@ Status MarkerReader::ReadFrameHeader(std::uint8_t marker) {
         component.quantId = static_cast<std::uint8_t>(cursor.Byte(at + 2));
         if (component.h < 1 || component.h > 4 || component.v < 1 || component.v > 4) {
             return Status::kSamplingFactor;
-        }
-        if (component.quantId >= kTableSlots) {
-            return Status::kTableId;
         }
         read.hMax = std::max(read.hMax, component.h);
         read.vMax = std::max(read.vMax, component.v);

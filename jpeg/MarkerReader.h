@@ -18,8 +18,9 @@ public:
     [[nodiscard]] Status ReadToFirstScan();
 
     // Continues at `position`, somewhere behind the start of the last scan's coded data. `found` tells whether there is
-    // one more scan; a cut segment, the end of the image and the end of the data mean that there is none.
-    [[nodiscard]] Status ReadToNextScan(std::size_t position, bool& found);
+    // one more scan. What would refuse a picture before its first scan is damage here and ends it, as the end of the image
+    // and the end of the data do.
+    void ReadToNextScan(std::size_t position, bool& found);
 
     [[nodiscard]] const Frame& GetFrame() const { return frame; }
     [[nodiscard]] const ScanHeader& Scan() const { return scan; }

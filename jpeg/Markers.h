@@ -26,8 +26,12 @@ inline constexpr std::uint8_t kApp14 = 0xEE;
 inline constexpr std::uint8_t kApp15 = 0xEF;
 inline constexpr std::uint8_t kCom = 0xFE;
 
-[[nodiscard]] constexpr bool IsRestart(std::uint8_t marker) { return marker >= kRst0 && marker <= kRst7; }
-[[nodiscard]] constexpr bool IsApplication(std::uint8_t marker) { return marker >= kApp0 && marker <= kApp15; }
+[[nodiscard]] constexpr bool IsRestart(std::uint8_t marker) {
+    return marker >= kRst0 && marker <= kRst7;
+}
+[[nodiscard]] constexpr bool IsApplication(std::uint8_t marker) {
+    return marker >= kApp0 && marker <= kApp15;
+}
 
 // A position in the data. Reading past the end is the caller's fault; Holds() asks first.
 class MarkerCursor {
@@ -47,8 +51,7 @@ public:
     // Steps over stray bytes and fill bytes to just behind the next FF xx. False at the end of the data.
     [[nodiscard]] bool NextMarker(std::uint8_t& marker) {
         while (Holds(2)) {
-            const auto* prefix =
-                static_cast<const std::uint8_t*>(std::memchr(data.data() + at, kPrefix, Left() - 1));
+            const auto* prefix = static_cast<const std::uint8_t*>(std::memchr(data.data() + at, kPrefix, Left() - 1));
             if (prefix == nullptr) {
                 break;
             }

@@ -9,7 +9,7 @@
 namespace jpeg {
 
 // Looks at all scan headers ahead of the first read.
-Status ProgressiveDecoder::PlanScans(MarkerReader reader) {
+void ProgressiveDecoder::PlanScans(MarkerReader reader) {
     bool found = true;
     while (found) {
         const ScanHeader& scan = reader.Scan();
@@ -19,11 +19,8 @@ Status ProgressiveDecoder::PlanScans(MarkerReader reader) {
             int& last = refinedTo[scan.components[0].component];
             last = std::max(last, scan.spectralEnd);
         }
-        if (const Status status = reader.ReadToNextScan(reader.Position(), found); status != Status::kOk) {
-            return status;
-        }
+        reader.ReadToNextScan(reader.Position(), found);
     }
-    return Status::kOk;
 }
 
 bool ProgressiveDecoder::IsNeeded(const ScanHeader& scan) const {
@@ -37,9 +34,7 @@ bool ProgressiveDecoder::IsNeeded(const ScanHeader& scan) const {
 Status ProgressiveDecoder::Open(MarkerReader& reader, std::span<const std::uint8_t> data, int theReduction) {
     frame = reader.GetFrame();
     reduction = theReduction;
-    if (const Status status = PlanScans(reader); status != Status::kOk) {
-        return status;
-    }
+    PlanScans(reader);
     if (const Status status = store.Open(frame, reduction); status != Status::kOk) {
         return status;
     }
@@ -61,9 +56,7 @@ Status ProgressiveDecoder::Open(MarkerReader& reader, std::span<const std::uint8
             }
             position += scan->SourcePosition();
         }
-        if (const Status status = reader.ReadToNextScan(position, found); status != Status::kOk) {
-            return status;
-        }
+        reader.ReadToNextScan(position, found);
     }
     return quantisers.LatchRest(frame, reader.GetTables(), reduction);
 }

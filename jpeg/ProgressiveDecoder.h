@@ -23,7 +23,7 @@ public:
     void DecodeLine(int mcuLine, SampleRows& rows) override;
 
 private:
-    [[nodiscard]] Status PlanScans(MarkerReader reader);
+    void PlanScans(MarkerReader reader);
     [[nodiscard]] bool IsNeeded(const ScanHeader& scan) const;
 
     Frame frame;

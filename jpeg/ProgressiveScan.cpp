@@ -7,6 +7,18 @@
 
 namespace jpeg {
 
+namespace {
+
+// Sets of coefficients as bits.
+constexpr std::uint64_t From(int k) {
+    return k > 63 ? 0 : ~std::uint64_t{0} << k;
+}
+constexpr std::uint64_t UpTo(int k) {
+    return ~std::uint64_t{0} >> (63 - k);
+}
+
+} // namespace
+
 bool HasValidParameters(const ScanHeader& scan) {
     const bool dc = scan.spectralStart == 0;
     if (dc ? scan.spectralEnd != 0
@@ -81,12 +93,13 @@ bool ProgressiveScan::BeginMcu() {
 }
 
 // T.81 G.1.2.1.
-void ProgressiveScan::ReadDcBlock(const ScanHeader& scan, int part, std::int16_t& value) {
+void ProgressiveScan::ReadDcBlock(const ScanHeader& scan, int part, BitCursor& bits, std::int16_t& value) {
     if (scan.approxHigh != 0) {
-        value = static_cast<std::int16_t>(value | static_cast<int>(reader.Take(1)) << scan.approxLow);
+        bits.Refill();
+        value = static_cast<std::int16_t>(value | static_cast<int>(bits.Take(1)) << scan.approxLow);
         return;
     }
-    predictions[part] = static_cast<std::int16_t>(predictions[part] + DecodeDifference(reader, tables[part]));
+    predictions[part] = static_cast<std::int16_t>(predictions[part] + DecodeDifference(bits, tables[part]));
     value = static_cast<std::int16_t>(predictions[part] << scan.approxLow);
 }
 
@@ -96,7 +109,9 @@ void ProgressiveScan::ReadDc(const ScanHeader& scan) {
         const int blocks = store.BlockCount(component);
         for (int block = 0; block < blocks && BeginMcu(); ++block) {
             if (!reader.Exhausted()) {
-                ReadDcBlock(scan, 0, *store.Values(component, block));
+                BitCursor bits = reader.Bits();
+                ReadDcBlock(scan, 0, bits, *store.Values(component, block));
+                reader.Resume(bits);
             }
         }
         return;
@@ -119,9 +134,28 @@ void ProgressiveScan::ReadDc(const ScanHeader& scan) {
                 if (reader.Exhausted()) {
                     continue;
                 }
-                ReadDcBlock(scan, part,
+                BitCursor bits = reader.Bits();
+                ReadDcBlock(scan, part, bits,
                             inside ? *store.Values(index, line * store.BlocksPerLine(index) + column) : padding);
+                reader.Resume(bits);
             }
+        }
+    }
+}
+
+// One correction bit (T.81 G.1.2.3) for each coefficient of `which`. A coefficient that already has this bit came from
+// damaged data and stays. Bits are as good as random, so nothing here branches on them.
+inline void ProgressiveScan::Correct(BitCursor& bits, std::uint64_t which, int bit, std::int16_t* values) const {
+    std::int16_t discarded = 0;
+    while (which != 0) {
+        bits.Refill();
+        for (int left = 56; which != 0 && left > 0; which &= which - 1, --left) {
+            const int place = places[std::countr_zero(which)];
+            std::int16_t& value = place == kDiscard ? discarded : values[place];
+            const int sign = value >> 15;
+            const int step = ((1 << bit) ^ sign) - sign;
+            const int grows = static_cast<int>(bits.Take(1)) & ~(value >> bit);
+            value = static_cast<std::int16_t>(value + (step & -(grows & 1)));
         }
     }
 }
@@ -131,6 +165,7 @@ void ProgressiveScan::ReadAc(const ScanHeader& scan) {
     const int blocks = store.BlockCount(component);
     std::uint64_t* history = store.History(component);
     const bool first = scan.approxHigh == 0;
+    const std::uint64_t band = From(scan.spectralStart) & UpTo(scan.spectralEnd);
     for (int block = 0; block < blocks; ++block) {
         if (first && endOfBandRun > 0) {
             // Nothing to read in a run: go to its end, or to the next restart.
@@ -159,9 +194,12 @@ void ProgressiveScan::ReadAc(const ScanHeader& scan) {
         } else if (endOfBandRun == 0) {
             ReadAcRefinement(scan, store.Values(component, block), history[block]);
         } else {
-            RefineRange(scan.spectralStart, scan.spectralEnd, scan.approxLow, store.Values(component, block),
-                        history[block]);
             --endOfBandRun;
+            if (const std::uint64_t which = history[block] & band; which != 0) {
+                BitCursor bits = reader.Bits();
+                Correct(bits, which, scan.approxLow, store.Values(component, block));
+                reader.Resume(bits);
+            }
             if (++runVisits > kMaxRunVisits) {
                 return;
             }
@@ -172,90 +210,73 @@ void ProgressiveScan::ReadAc(const ScanHeader& scan) {
 // T.81 G.1.2.2.
 void ProgressiveScan::ReadAcFirst(const ScanHeader& scan, std::int16_t* values, std::uint64_t& history) {
     const HuffmanTable& table = tables[0];
+    BitCursor bits = reader.Bits();
+    std::uint64_t found = 0;
     int k = scan.spectralStart;
     while (k <= scan.spectralEnd) {
-        reader.Refill();
-        const std::uint64_t word = reader.Word();
+        bits.Refill();
+        const std::uint64_t word = bits.word;
         const HuffmanCode code = table.Find(word);
-        reader.Consume(code.TotalBits());
+        bits.Consume(code.TotalBits());
         if (code.Step() == kEndOfBlockStep) {
-            endOfBandRun = (1 << code.Run()) - 1 + static_cast<int>(reader.Take(code.Run()));
-            return;
+            endOfBandRun = (1 << code.Run()) - 1 + static_cast<int>(bits.Take(code.Run()));
+            break;
         }
         k += code.Step();
         if (k > kBlockSize) {
-            return; // damaged: a run past the block
+            break; // damaged: a run past the block
         }
         if (code.ValueBits() == 0) {
             continue;
         }
-        history |= std::uint64_t{1} << (k - 1);
+        found |= std::uint64_t{1} << (k - 1);
         if (places[k - 1] != kDiscard) {
-            values[places[k - 1]] = static_cast<std::int16_t>(ExtendValue(word, code.CodeBits(), code.ValueBits())
-                                                              << scan.approxLow);
+            values[places[k - 1]] =
+                static_cast<std::int16_t>(ExtendValue(word, code.CodeBits(), code.ValueBits()) << scan.approxLow);
         }
     }
-}
-
-// One correction bit (T.81 G.1.2.3). A coefficient that already has this bit came from damaged data and stays.
-void ProgressiveScan::RefineOne(int k, int bit, std::int16_t* values) {
-    const bool grows = reader.Take(1) != 0;
-    if (!grows || places[k] == kDiscard) {
-        return;
-    }
-    std::int16_t& value = values[places[k]];
-    if ((value & 1 << bit) == 0) {
-        value = static_cast<std::int16_t>(value + (value < 0 ? -(1 << bit) : 1 << bit));
-    }
-}
-
-// Correction bits of all coefficients from..to that are not 0.
-void ProgressiveScan::RefineRange(int from, int to, int bit, std::int16_t* values, std::uint64_t history) {
-    if (from > to) {
-        return;
-    }
-    std::uint64_t left = history & ~std::uint64_t{0} << from & ~std::uint64_t{0} >> (63 - to);
-    while (left != 0) {
-        RefineOne(std::countr_zero(left), bit, values);
-        left &= left - 1;
-    }
+    history |= found;
+    reader.Resume(bits);
 }
 
 // T.81 G.1.2.3, figures G.7 to G.9.
 void ProgressiveScan::ReadAcRefinement(const ScanHeader& scan, std::int16_t* values, std::uint64_t& history) {
     const HuffmanTable& table = tables[0];
     const int bit = scan.approxLow;
+    const std::uint64_t band = UpTo(scan.spectralEnd);
+    const std::uint64_t known = history; // corrections are for what was there before this scan
+    BitCursor bits = reader.Bits();
     int k = scan.spectralStart;
     while (k <= scan.spectralEnd) {
-        reader.Refill();
-        const HuffmanCode code = table.Find(reader.Word());
-        reader.Consume(code.CodeBits());
+        bits.Refill();
+        const HuffmanCode code = table.Find(bits.word);
+        bits.Consume(code.CodeBits());
         if (code.Step() == kEndOfBlockStep) {
-            endOfBandRun = (1 << code.Run()) - 1 + static_cast<int>(reader.Take(code.Run()));
-            RefineRange(k, scan.spectralEnd, bit, values, history);
-            return;
+            endOfBandRun = (1 << code.Run()) - 1 + static_cast<int>(bits.Take(code.Run()));
+            Correct(bits, known & From(k) & band, bit, values);
+            break;
         }
-        const int fresh = code.ValueBits() == 0 ? 0 : reader.Take(1) != 0 ? 1 << bit : -(1 << bit);
-        // Pass `Run()` coefficients that are 0, correcting the others on the way, up to the next that is 0.
-        int run = code.Run();
-        while (k <= scan.spectralEnd) {
-            const bool isZero = (history >> k & 1) == 0;
-            if (isZero && run-- == 0) {
-                break;
-            }
-            if (!isZero) {
-                RefineOne(k, bit, values);
-            }
-            ++k;
+        const bool isFresh = code.ValueBits() != 0;
+        const int fresh = isFresh ? (static_cast<int>(bits.Take(1)) * 2 - 1) * (1 << bit) : 0;
+        // The place of the new coefficient: behind Run() coefficients that are 0. Those passed on the way are corrected.
+        std::uint64_t zeros = ~known & From(k) & band;
+        for (int run = code.Run(); run > 0; --run) {
+            zeros &= zeros - 1;
         }
-        if (fresh != 0 && k <= scan.spectralEnd) {
-            history |= std::uint64_t{1} << k;
-            if (places[k] != kDiscard) {
-                values[places[k]] = static_cast<std::int16_t>(fresh);
+        const int place = zeros == 0 ? scan.spectralEnd + 1 : std::countr_zero(zeros);
+        const std::uint64_t passed = known & From(k) & band & ~From(place);
+        if (passed != 0) {
+            Correct(bits, passed, bit, values);
+        }
+        if (isFresh && zeros != 0) {
+            history |= std::uint64_t{1} << place;
+            if (places[place] != kDiscard) {
+                values[places[place]] = static_cast<std::int16_t>(fresh);
             }
         }
-        ++k;
+        k = place + 1;
     }
+    reader.Resume(bits);
 }
 
 } // namespace jpeg

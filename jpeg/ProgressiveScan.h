@@ -36,12 +36,11 @@ public:
 private:
     [[nodiscard]] Status BuildTables(const ScanHeader& scan, const Tables& tables);
     void ReadDc(const ScanHeader& scan);
-    void ReadDcBlock(const ScanHeader& scan, int part, std::int16_t& value);
+    void ReadDcBlock(const ScanHeader& scan, int part, BitCursor& bits, std::int16_t& value);
     void ReadAc(const ScanHeader& scan);
     void ReadAcFirst(const ScanHeader& scan, std::int16_t* values, std::uint64_t& history);
     void ReadAcRefinement(const ScanHeader& scan, std::int16_t* values, std::uint64_t& history);
-    void RefineRange(int from, int to, int bit, std::int16_t* values, std::uint64_t history);
-    void RefineOne(int k, int bit, std::int16_t* values);
+    void Correct(BitCursor& bits, std::uint64_t which, int bit, std::int16_t* values) const;
     [[nodiscard]] bool BeginMcu();
 
     Frame frame;

@@ -39,7 +39,11 @@ private:
         if (known[component]) {
             return Status::kOk;
         }
-        const QuantTable& table = tables.quant[frame.components[component].quantId];
+        const std::uint8_t id = frame.components[component].quantId;
+        if (id >= kTableSlots) {
+            return Status::kTableId;
+        }
+        const QuantTable& table = tables.quant[id];
         if (!table.sent) {
             return Status::kQuantTableMissing;
         }

@@ -56,7 +56,8 @@ SampleRow RawThumbnail::PlanarRow(int y) const {
 
 // Three samples a pixel, side by side.
 void RawThumbnail::SplitPixels(int y) {
-    const std::uint8_t* from = samples.data() + std::size_t{3} * static_cast<std::size_t>(y) * static_cast<std::size_t>(width);
+    const std::uint8_t* from =
+        samples.data() + std::size_t{3} * static_cast<std::size_t>(y) * static_cast<std::size_t>(width);
     for (int x = 0; x < width; ++x) {
         for (Buffer<std::uint8_t>& part : row) {
             part.Data()[x] = *from++;

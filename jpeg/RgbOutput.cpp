@@ -3,8 +3,10 @@
 #include "jpeg/Axis.h"
 #include "jpeg/Buffer.h"
 
-#include <array>
-#include <cstring>
+#include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
 #include <new>
 
 namespace jpeg {
@@ -28,6 +30,23 @@ private:
     std::uint8_t* first;
     std::size_t stride;
 };
+
+// Words of four contributions, or of two to be doubled, to row y.
+void PackFours(const PixelRows& pixels, int y, const std::uint32_t* words, int size, int doubled) {
+    std::uint8_t* row = pixels.Row(y);
+    if (pixels.IsRgb24()) {
+        for (int x = 0; x < size; ++x) {
+            const std::uint32_t word = words[x] << doubled;
+            row[3 * x] = static_cast<std::uint8_t>(word >> 16);
+            row[3 * x + 1] = static_cast<std::uint8_t>(word >> 8);
+            row[3 * x + 2] = static_cast<std::uint8_t>(word);
+        }
+        return;
+    }
+    for (int x = 0; x < size; ++x) {
+        StoreRgb565(row, x, PackFourContributions565(words[x] << doubled));
+    }
+}
 
 // The transform lands on the fitted size.
 class ExactRgb : public Output {
@@ -88,6 +107,13 @@ class PairedRgb : public ResampledRgb {
 public:
     using ResampledRgb::ResampledRgb;
 
+    [[nodiscard]] Status Open(const SourceShape& source, const Fit& fit) override {
+        if (const Status status = ResampledRgb::Open(source, fit); status != Status::kOk) {
+            return status;
+        }
+        return fours.Allocate(static_cast<std::uint64_t>(fit.width)) ? Status::kOk : Status::kOutOfMemory;
+    }
+
     void AddRow(int y, const SampleRow& row) override {
         if (steps.Opens(y)) {
             converter.StoreContributions(row, width, words.Data());
@@ -100,31 +126,24 @@ public:
     }
 
 private:
-    void Emit(int y) const {
-        std::uint8_t* row = pixels.Row(y);
-        const int doubled = lines[y].count == 1 ? 1 : 0;
-        const std::uint32_t* sums = words.Data();
+    // In two steps, so that the second works on neighbours: sums across, then packing.
+    void Emit(int y) {
         const int size = columns.Size();
-        if (pixels.IsRgb24()) {
-            for (int x = 0; x < size; ++x) {
-                const std::uint32_t word = FourOf(sums, columns[x]) << doubled;
-                row[3 * x] = static_cast<std::uint8_t>(word >> 16);
-                row[3 * x + 1] = static_cast<std::uint8_t>(word >> 8);
-                row[3 * x + 2] = static_cast<std::uint8_t>(word);
-            }
-            return;
-        }
+        const std::uint32_t* sums = words.Data();
+        std::uint32_t* four = fours.Data();
         for (int x = 0; x < size; ++x) {
-            StoreRgb565(row, x, PackFourContributions565(FourOf(sums, columns[x]) << doubled));
+            const Span span = columns[x];
+            four[x] = sums[span.first] + sums[span.first + span.count - 1];
         }
+        PackFours(pixels, y, four, size, lines[y].count == 1 ? 1 : 0);
     }
-    static std::uint32_t FourOf(const std::uint32_t* sums, Span span) {
-        return sums[span.first] + sums[span.first + span.count - 1];
-    }
+
+    Buffer<std::uint32_t> fours; // a word of four contributions for each output column
 };
 
-// Any number of contributions: sums of 32 bits a channel, divided by their number.
-class AveragedRgb : public ResampledRgb {
+// Any number of contributions. Rows are added up first, channel by channel, then columns; sums are divided by the number of
+// contributions. `Sum` holds 63 times the rows of an output row.
+template <typename Sum> class AveragedRgb : public ResampledRgb {
 public:
     using ResampledRgb::ResampledRgb;
 
@@ -132,21 +151,19 @@ public:
         if (const Status status = ResampledRgb::Open(source, fit); status != Status::kOk) {
             return status;
         }
-        return sums.Allocate(static_cast<std::uint64_t>(fit.width)) ? Status::kOk : Status::kOutOfMemory;
+        return sums.Allocate(kChannels * static_cast<std::uint64_t>(width)) ? Status::kOk : Status::kOutOfMemory;
     }
 
     void AddRow(int y, const SampleRow& row) override {
         converter.StoreContributions(row, width, words.Data());
+        const auto* channels = reinterpret_cast<const std::uint8_t*>(words.Data());
+        Sum* to = sums.Data();
+        const int size = kChannels * width;
         if (steps.Opens(y)) {
-            std::memset(static_cast<void*>(sums.Data()), 0, sizeof(Sum) * static_cast<std::size_t>(columns.Size()));
-        }
-        for (int x = 0; x < columns.Size(); ++x) {
-            Sum& sum = sums.Data()[x];
-            const std::uint32_t* from = words.Data() + columns[x].first;
-            for (int i = 0; i < columns[x].count; ++i) {
-                sum[0] += from[i] >> 16;
-                sum[1] += from[i] >> 8 & 255;
-                sum[2] += from[i] & 255;
+            std::copy(channels, channels + size, to);
+        } else {
+            for (int i = 0; i < size; ++i) {
+                to[i] = static_cast<Sum>(to[i] + channels[i]);
             }
         }
         for (int done = steps.TakeCompleted(y); done >= 0; done = steps.TakeCompleted(y)) {
@@ -155,16 +172,28 @@ public:
     }
 
 private:
-    using Sum = std::array<std::uint32_t, 3>; // at most 63 x 2500 x 2500
+    // A contribution's bytes in memory: blue first on a little-endian machine.
+    static constexpr int kChannels = 4;
+    static constexpr bool kLittle = std::endian::native == std::endian::little;
+    static constexpr int kRed = kLittle ? 2 : 1;
+    static constexpr int kGreen = kLittle ? 1 : 2;
+    static constexpr int kBlue = kLittle ? 0 : 3;
 
     void Emit(int y) const {
         std::uint8_t* row = pixels.Row(y);
         for (int x = 0; x < columns.Size(); ++x) {
-            const Sum& sum = sums.Data()[x];
+            const Sum* from = sums.Data() + kChannels * columns[x].first;
+            std::uint32_t red = 0; // at most 63 x 2500 x 2500
+            std::uint32_t green = 0;
+            std::uint32_t blue = 0;
+            for (int i = 0; i < columns[x].count; ++i, from += kChannels) {
+                red += from[kRed];
+                green += from[kGreen];
+                blue += from[kBlue];
+            }
             const std::uint32_t count = static_cast<std::uint32_t>(columns[x].count) * lines[y].count;
-            const Rgb pixel{static_cast<std::uint8_t>(sum[0] * 4 / count),
-                            static_cast<std::uint8_t>(sum[1] * 4 / count),
-                            static_cast<std::uint8_t>(sum[2] * 4 / count)};
+            const Rgb pixel{static_cast<std::uint8_t>(red * 4 / count), static_cast<std::uint8_t>(green * 4 / count),
+                            static_cast<std::uint8_t>(blue * 4 / count)};
             if (pixels.IsRgb24()) {
                 row[3 * x] = pixel.r;
                 row[3 * x + 1] = pixel.g;
@@ -175,8 +204,10 @@ private:
         }
     }
 
-    Buffer<Sum> sums; // one for each output column
+    Buffer<Sum> sums; // four for each source column
 };
+
+constexpr int kMaxRowsOf16Bits = 65535 / 63;
 
 template <typename Kind>
 Status OpenResampled(const SourceShape& source, const Fit& fit, const Target& target, std::unique_ptr<Output>& output) {
@@ -194,8 +225,12 @@ Status OpenRgbOutput(const SourceShape& source, const Fit& fit, const Target& ta
         return exact == nullptr ? Status::kOutOfMemory : exact->Open(source);
     }
     const bool paired = source.width <= 2 * fit.width && source.height <= 2 * fit.height;
-    return paired ? OpenResampled<PairedRgb>(source, fit, target, output)
-                  : OpenResampled<AveragedRgb>(source, fit, target, output);
+    if (paired) {
+        return OpenResampled<PairedRgb>(source, fit, target, output);
+    }
+    const bool manyRows = source.height / fit.height >= kMaxRowsOf16Bits;
+    return manyRows ? OpenResampled<AveragedRgb<std::uint32_t>>(source, fit, target, output)
+                    : OpenResampled<AveragedRgb<std::uint16_t>>(source, fit, target, output);
 }
 
 } // namespace jpeg

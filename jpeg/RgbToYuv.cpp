@@ -15,8 +15,7 @@ using Table = std::array<std::uint8_t, 256>;
 constexpr Table MakeTable(std::int32_t factor, std::int32_t addBefore, std::int32_t addAfter) {
     Table table{};
     for (std::int32_t v = 0; v < 256; ++v) {
-        table[static_cast<std::size_t>(v)] =
-            static_cast<std::uint8_t>(((factor * v + addBefore) >> 16) + addAfter);
+        table[static_cast<std::size_t>(v)] = static_cast<std::uint8_t>(((factor * v + addBefore) >> 16) + addAfter);
     }
     return table;
 }
@@ -41,7 +40,7 @@ Rgb LoadPixel(const std::uint8_t* row, RgbLayout layout, std::ptrdiff_t x) {
 } // namespace
 
 constexpr std::array<Table, 8> kRgbToYuvTables = {
-    MakeTable(19595, 0, 0),  MakeTable(38470, 0, 0),    MakeTable(7471, 32768, 0), MakeTable(-11058, 0, 0),
+    MakeTable(19595, 0, 0),  MakeTable(38470, 0, 0),   MakeTable(7471, 32768, 0), MakeTable(-11058, 0, 0),
     MakeTable(-21710, 0, 0), MakeTable(32768, 0, 128), MakeTable(-27439, 0, 0),   MakeTable(-5329, 0, 0)};
 
 bool ConvertRgbToYuv(const std::uint8_t* source, RgbLayout layout, int width, int height, std::uint8_t* destination) {

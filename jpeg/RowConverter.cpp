@@ -6,6 +6,22 @@
 
 namespace jpeg {
 
+#if DMB_JPEG_SSE2
+namespace {
+
+sse2::RowKind KindOf(ColourModel colour, int chromaShift) {
+    if (colour == ColourModel::kGrey) {
+        return sse2::RowKind::kGrey;
+    }
+    if (colour == ColourModel::kRgb) {
+        return sse2::RowKind::kRgb;
+    }
+    return chromaShift == 1 ? sse2::RowKind::kYccHalf : sse2::RowKind::kYcc;
+}
+
+} // namespace
+#endif
+
 Status RowConverter::Open(ColourModel model, int theChromaShift) {
     colour = model;
     chromaShift = theChromaShift;
@@ -20,8 +36,7 @@ Status RowConverter::Open(ColourModel model, int theChromaShift) {
 }
 
 // Calls sink(x, pixel) for the pixels from `from` on.
-template <typename Sink>
-void RowConverter::ForEachPixel(const SampleRow& row, int from, int width, Sink sink) const {
+template <typename Sink> void RowConverter::ForEachPixel(const SampleRow& row, int from, int width, Sink sink) const {
     if (colour == ColourModel::kGrey) {
         for (int x = from; x < width; ++x) {
             sink(x, Rgb{row[0][x], row[0][x], row[0][x]});
@@ -41,9 +56,7 @@ void RowConverter::ForEachPixel(const SampleRow& row, int from, int width, Sink 
 void RowConverter::ToRgb565(const SampleRow& row, int width, std::uint8_t* pixels) const {
     int done = 0;
 #if DMB_JPEG_SSE2
-    if (colour == ColourModel::kYcc) {
-        done = sse2::YccToRgb565(row, chromaShift, width, pixels);
-    }
+    done = sse2::ToRgb565(KindOf(colour, chromaShift), row, width, pixels);
 #endif
     ForEachPixel(row, done, width, [pixels](int x, Rgb pixel) { StoreRgb565(pixels, x, PackRgb565(pixel)); });
 }
@@ -59,9 +72,7 @@ void RowConverter::ToRgb24(const SampleRow& row, int width, std::uint8_t* pixels
 void RowConverter::StoreContributions(const SampleRow& row, int width, std::uint32_t* words) const {
     int done = 0;
 #if DMB_JPEG_SSE2
-    if (colour == ColourModel::kYcc) {
-        done = sse2::YccStoreContributions(row, chromaShift, width, words);
-    }
+    done = sse2::StoreContributions(KindOf(colour, chromaShift), row, width, words);
 #endif
     ForEachPixel(row, done, width, [words](int x, Rgb pixel) { words[x] = ContributionOf(pixel); });
 }
@@ -69,9 +80,7 @@ void RowConverter::StoreContributions(const SampleRow& row, int width, std::uint
 void RowConverter::AddContributions(const SampleRow& row, int width, std::uint32_t* words) const {
     int done = 0;
 #if DMB_JPEG_SSE2
-    if (colour == ColourModel::kYcc) {
-        done = sse2::YccAddContributions(row, chromaShift, width, words);
-    }
+    done = sse2::AddContributions(KindOf(colour, chromaShift), row, width, words);
 #endif
     ForEachPixel(row, done, width, [words](int x, Rgb pixel) { words[x] += ContributionOf(pixel); });
 }

@@ -20,7 +20,7 @@ struct ChromaTerms {
 // `cb` and `cr` are 16-bit lanes, already centred. The table entries without their whole steps (c for red, 2c for blue,
 // -cr for green) are products of 16 bits; the offsets 5 and -11 stand for the rounding half and are exact for every one
 // of the 256 values.
-ChromaTerms TermsOf(Lanes cb, Lanes cr) {
+[[gnu::always_inline]] inline ChromaTerms TermsOf(Lanes cb, Lanes cr) {
     const Lanes cr4 = _mm_slli_epi16(cr, 2);
     const Lanes cb5 = _mm_add_epi16(_mm_slli_epi16(cb, 2), cb);
     const Lanes redPart = _mm_mulhi_epi16(_mm_add_epi16(cr4, _mm_set1_epi16(5)), _mm_set1_epi16(6587));
@@ -30,8 +30,8 @@ ChromaTerms TermsOf(Lanes cb, Lanes cr) {
     const Lanes half = _mm_set1_epi32(32768);
     const Lanes low = _mm_madd_epi16(_mm_unpacklo_epi16(cb, cr), factors);
     const Lanes high = _mm_madd_epi16(_mm_unpackhi_epi16(cb, cr), factors);
-    const Lanes greenPart = _mm_packs_epi32(_mm_srai_epi32(_mm_add_epi32(low, half), 16),
-                                            _mm_srai_epi32(_mm_add_epi32(high, half), 16));
+    const Lanes greenPart =
+        _mm_packs_epi32(_mm_srai_epi32(_mm_add_epi32(low, half), 16), _mm_srai_epi32(_mm_add_epi32(high, half), 16));
     return {_mm_add_epi16(cr, redPart), _mm_sub_epi16(greenPart, cr), _mm_add_epi16(_mm_add_epi16(cb, cb), bluePart)};
 }
 
@@ -48,11 +48,22 @@ Lanes AddLuma(Lanes y, Lanes low, Lanes high) {
                             _mm_add_epi16(_mm_unpackhi_epi8(y, zero), high));
 }
 
-template <int kChromaShift> Sixteen Convert(const SampleRow& row, int x) {
+Lanes LoadSixteen(const std::uint8_t* at) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+}
+
+template <RowKind kKind> [[gnu::always_inline]] inline Sixteen Convert(const SampleRow& row, int x) {
+    if constexpr (kKind == RowKind::kGrey) {
+        const Lanes grey = LoadSixteen(row[0] + x);
+        return {grey, grey, grey};
+    }
+    if constexpr (kKind == RowKind::kRgb) {
+        return {LoadSixteen(row[0] + x), LoadSixteen(row[1] + x), LoadSixteen(row[2] + x)};
+    }
     const Lanes zero = _mm_setzero_si128();
     const Lanes centre = _mm_set1_epi16(kChromaCentre);
-    const Lanes y = _mm_loadu_si128(reinterpret_cast<const __m128i*>(row[0] + x));
-    if constexpr (kChromaShift == 1) {
+    const Lanes y = LoadSixteen(row[0] + x);
+    if constexpr (kKind == RowKind::kYccHalf) {
         const Lanes cb = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(row[1] + x / 2));
         const Lanes cr = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(row[2] + x / 2));
         const ChromaTerms t = TermsOf(_mm_sub_epi16(_mm_unpacklo_epi8(cb, zero), centre),
@@ -61,8 +72,8 @@ template <int kChromaShift> Sixteen Convert(const SampleRow& row, int x) {
                 AddLuma(y, _mm_unpacklo_epi16(t.g, t.g), _mm_unpackhi_epi16(t.g, t.g)),
                 AddLuma(y, _mm_unpacklo_epi16(t.b, t.b), _mm_unpackhi_epi16(t.b, t.b))};
     } else {
-        const Lanes cb = _mm_loadu_si128(reinterpret_cast<const __m128i*>(row[1] + x));
-        const Lanes cr = _mm_loadu_si128(reinterpret_cast<const __m128i*>(row[2] + x));
+        const Lanes cb = LoadSixteen(row[1] + x);
+        const Lanes cr = LoadSixteen(row[2] + x);
         const ChromaTerms low = TermsOf(_mm_sub_epi16(_mm_unpacklo_epi8(cb, zero), centre),
                                         _mm_sub_epi16(_mm_unpacklo_epi8(cr, zero), centre));
         const ChromaTerms high = TermsOf(_mm_sub_epi16(_mm_unpackhi_epi8(cb, zero), centre),
@@ -79,11 +90,11 @@ Lanes Pack565(Lanes redBlue, Lanes green) {
     return _mm_or_si128(_mm_or_si128(red, blue), middle);
 }
 
-template <int kChromaShift> int RowToRgb565(const SampleRow& row, int width, std::uint8_t* pixels) {
+template <RowKind kKind> int RowToRgb565(const SampleRow& row, int width, std::uint8_t* pixels) {
     const Lanes zero = _mm_setzero_si128();
     int x = 0;
     for (; x + kStep <= width; x += kStep) {
-        const Sixteen p = Convert<kChromaShift>(row, x);
+        const Sixteen p = Convert<kKind>(row, x);
         auto* out = reinterpret_cast<__m128i*>(pixels + 2 * static_cast<std::ptrdiff_t>(x));
         _mm_storeu_si128(out, Pack565(_mm_unpacklo_epi8(p.b, p.r), _mm_unpacklo_epi8(p.g, zero)));
         _mm_storeu_si128(out + 1, Pack565(_mm_unpackhi_epi8(p.b, p.r), _mm_unpackhi_epi8(p.g, zero)));
@@ -91,12 +102,12 @@ template <int kChromaShift> int RowToRgb565(const SampleRow& row, int width, std
     return x;
 }
 
-template <int kChromaShift, bool kAdd> int RowToContributions(const SampleRow& row, int width, std::uint32_t* words) {
+template <RowKind kKind, bool kAdd> int RowToContributions(const SampleRow& row, int width, std::uint32_t* words) {
     const Lanes zero = _mm_setzero_si128();
     const auto sixBits = [](Lanes v) { return _mm_and_si128(_mm_srli_epi16(v, 2), _mm_set1_epi8(0x3F)); };
     int x = 0;
     for (; x + kStep <= width; x += kStep) {
-        const Sixteen p = Convert<kChromaShift>(row, x);
+        const Sixteen p = Convert<kKind>(row, x);
         const Lanes r = sixBits(p.r);
         const Lanes g = sixBits(p.g);
         const Lanes b = sixBits(p.b);
@@ -116,18 +127,24 @@ template <int kChromaShift, bool kAdd> int RowToContributions(const SampleRow& r
 
 } // namespace
 
-int YccToRgb565(const SampleRow& row, int chromaShift, int width, std::uint8_t* pixels) {
-    return chromaShift == 1 ? RowToRgb565<1>(row, width, pixels) : RowToRgb565<0>(row, width, pixels);
+int ToRgb565(RowKind kind, const SampleRow& row, int width, std::uint8_t* pixels) {
+    constexpr std::array kFunctions = {RowToRgb565<RowKind::kYcc>, RowToRgb565<RowKind::kYccHalf>,
+                                       RowToRgb565<RowKind::kGrey>, RowToRgb565<RowKind::kRgb>};
+    return kFunctions[static_cast<std::size_t>(kind)](row, width, pixels);
 }
 
-int YccStoreContributions(const SampleRow& row, int chromaShift, int width, std::uint32_t* words) {
-    return chromaShift == 1 ? RowToContributions<1, false>(row, width, words)
-                            : RowToContributions<0, false>(row, width, words);
+int StoreContributions(RowKind kind, const SampleRow& row, int width, std::uint32_t* words) {
+    constexpr std::array kFunctions = {
+        RowToContributions<RowKind::kYcc, false>, RowToContributions<RowKind::kYccHalf, false>,
+        RowToContributions<RowKind::kGrey, false>, RowToContributions<RowKind::kRgb, false>};
+    return kFunctions[static_cast<std::size_t>(kind)](row, width, words);
 }
 
-int YccAddContributions(const SampleRow& row, int chromaShift, int width, std::uint32_t* words) {
-    return chromaShift == 1 ? RowToContributions<1, true>(row, width, words)
-                            : RowToContributions<0, true>(row, width, words);
+int AddContributions(RowKind kind, const SampleRow& row, int width, std::uint32_t* words) {
+    constexpr std::array kFunctions = {
+        RowToContributions<RowKind::kYcc, true>, RowToContributions<RowKind::kYccHalf, true>,
+        RowToContributions<RowKind::kGrey, true>, RowToContributions<RowKind::kRgb, true>};
+    return kFunctions[static_cast<std::size_t>(kind)](row, width, words);
 }
 
 } // namespace jpeg::sse2

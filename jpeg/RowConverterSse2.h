@@ -1,4 +1,4 @@
-// YCbCr rows, sixteen pixels at a time; equal to the tables bit by bit.
+// Rows to pixels, sixteen pixels at a time; equal to the tables bit by bit.
 #pragma once
 
 #include "jpeg/RowConverter.h"
@@ -8,10 +8,13 @@
 
 namespace jpeg::sse2 {
 
+// Where the samples of a row lie.
+enum class RowKind { kYcc, kYccHalf, kGrey, kRgb }; // kYccHalf: a chroma sample for two pixels
+
 // Each returns how many pixels it did: the largest multiple of 16 in `width`.
-int YccToRgb565(const SampleRow& row, int chromaShift, int width, std::uint8_t* pixels);
-int YccStoreContributions(const SampleRow& row, int chromaShift, int width, std::uint32_t* words);
-int YccAddContributions(const SampleRow& row, int chromaShift, int width, std::uint32_t* words);
+int ToRgb565(RowKind kind, const SampleRow& row, int width, std::uint8_t* pixels);
+int StoreContributions(RowKind kind, const SampleRow& row, int width, std::uint32_t* words);
+int AddContributions(RowKind kind, const SampleRow& row, int width, std::uint32_t* words);
 
 } // namespace jpeg::sse2
 

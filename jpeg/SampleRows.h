@@ -29,7 +29,9 @@ public:
         return Status::kOk;
     }
 
-    [[nodiscard]] std::uint8_t* Row(int component, int row) { return planes[component].Data() + row * strides[component]; }
+    [[nodiscard]] std::uint8_t* Row(int component, int row) {
+        return planes[component].Data() + row * strides[component];
+    }
     [[nodiscard]] std::ptrdiff_t Stride(int component) const { return strides[component]; }
 
 private:

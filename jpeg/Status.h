@@ -37,13 +37,13 @@ enum class Status {
     kColourModel,          // not YCbCr, greyscale or RGB by the rules of ColourModelOf
 
     // Decoding.
-    kSubsampling,              // chroma other than 1x1, 2x1 or 2x2 relative to luma
-    kQuantTableMissing,        // a component's quantisation table was never sent
-    kHuffmanTableMissing,      // a scan's Huffman table was never sent
+    kSubsampling,                // chroma other than 1x1, 2x1 or 2x2 relative to luma
+    kQuantTableMissing,          // a component's quantisation table was never sent
+    kHuffmanTableMissing,        // a scan's Huffman table was never sent
     kHuffmanTableOversubscribed, // more codes of a length than that length has room for
-    kOutputFormat,             // an output format other than 0, 1 and 2
-    kRawThumbnail,             // an uncompressed thumbnail in a layout we cannot read
-    kOutOfMemory,              // an allocation failed or would pass kMaxCoefficientBytes
+    kOutputFormat,               // an output format other than 0, 1 and 2
+    kRawThumbnail,               // an uncompressed thumbnail in a layout we cannot read
+    kOutOfMemory,                // an allocation failed or would pass kMaxCoefficientBytes
 };
 
 // The two codes of the decoder proper.

@@ -13,8 +13,8 @@ namespace jpeg {
 namespace {
 
 // Scale factor of frequency k times 2^14: 1 for k = 0, else sqrt(2) cos(k pi / 16); products of two are rounded once.
-constexpr std::array<double, kBlockSide> kScale = {1.0,         1.387039845, 1.306562965, 1.175875602,
-                                                   1.0,         0.785694958, 0.541196100, 0.275899379};
+constexpr std::array<double, kBlockSide> kScale = {1.0, 1.387039845, 1.306562965, 1.175875602,
+                                                   1.0, 0.785694958, 0.541196100, 0.275899379};
 
 std::uint32_t Multiplier(unsigned quantiser, int row, int column) {
     const auto scale = static_cast<std::uint32_t>(std::lround(kScale[row] * kScale[column] * 16384.0));
@@ -46,8 +46,7 @@ Dequantiser MakeDequantiser(const QuantTable& table, int reduction) {
         const std::uint32_t multiplier = Multiplier(table.values[i], row, column);
         result.multiplier[at] = multiplier;
         result.lane[at] = static_cast<std::int16_t>(multiplier);
-        result.weight[at] =
-            static_cast<std::int16_t>(std::ceil(multiplier * PassGain(row) * PassGain(column)));
+        result.weight[at] = static_cast<std::int16_t>(std::ceil(multiplier * PassGain(row) * PassGain(column)));
     }
     return result;
 }
@@ -65,6 +64,9 @@ TransformFunction TransformFor(int reduction) {
     }
     if (reduction == 1) {
         return sse2::TransformHalf;
+    }
+    if (reduction == 2) {
+        return sse2::TransformQuarter;
     }
 #endif
     return PlainTransformFor(reduction);

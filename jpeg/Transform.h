@@ -13,8 +13,12 @@
 namespace jpeg {
 
 // Coefficients that a reduced size keeps, row by row: 8x8, 4x4, 2x2, 1. Blocks are stored this way.
-[[nodiscard]] constexpr int KeptSide(int reduction) { return kBlockSide >> reduction; }
-[[nodiscard]] constexpr int KeptCount(int reduction) { return KeptSide(reduction) * KeptSide(reduction); }
+[[nodiscard]] constexpr int KeptSide(int reduction) {
+    return kBlockSide >> reduction;
+}
+[[nodiscard]] constexpr int KeptCount(int reduction) {
+    return KeptSide(reduction) * KeptSide(reduction);
+}
 
 // Last coefficient in zig-zag order that the reduction keeps.
 [[nodiscard]] constexpr int LastKept(int reduction) {

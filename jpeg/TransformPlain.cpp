@@ -66,8 +66,8 @@ Eight Butterfly(const Eight& in) {
     const auto odd5 = Subtract(Scale(Subtract(z11, z13), k1_414), odd6);
     const auto odd4 = Add(Subtract(Scale(z12, k1_082), z5), odd5);
 
-    return {Add(even0, odd7),      Add(even1, odd6),      Add(even2, odd5),      Subtract(even3, odd4),
-            Add(even3, odd4),      Subtract(even2, odd5), Subtract(even1, odd6), Subtract(even0, odd7)};
+    return {Add(even0, odd7), Add(even1, odd6),      Add(even2, odd5),      Subtract(even3, odd4),
+            Add(even3, odd4), Subtract(even2, odd5), Subtract(even1, odd6), Subtract(even0, odd7)};
 }
 
 void Fill(std::uint8_t sample, int side, std::uint8_t* samples, std::ptrdiff_t stride) {
@@ -114,7 +114,7 @@ void TransformFull(const std::int16_t* values, const Dequantiser& dequantiser, b
     }
 }
 
-// The full butterfly over frequencies 0..3; outputs averaged in the pairs (0,1) (2,3) (4,5) (6,7).
+// The full butterfly over frequencies 0..3; outputs averaged in the pairs (0,1) (2,3) (4,5) (6,7) before the range limit.
 void TransformHalf(const std::int16_t* values, const Dequantiser& dequantiser, bool dcOnly, std::uint8_t* samples,
                    std::ptrdiff_t stride) {
     const auto at = [&](int row, int column) {
@@ -135,44 +135,34 @@ void TransformHalf(const std::int16_t* values, const Dequantiser& dequantiser, b
     for (int row = 0; row < 4; ++row) {
         const Eight outputs = Butterfly({rows[row][0], rows[row][1], rows[row][2], rows[row][3]});
         for (int column = 0; column < 4; ++column) {
-            samples[row * stride + column] = static_cast<std::uint8_t>(
-                Average(ToSample(outputs[2 * column]), ToSample(outputs[2 * column + 1])));
+            samples[row * stride + column] = ToSample(Add(outputs[2 * column], outputs[2 * column + 1]) >> 1);
         }
     }
 }
 
-// The full butterfly over frequencies 0 and 1; the averages of outputs (1,2) and (5,6). With two inputs it comes down to
-// one product for each output.
-void TransformQuarter(const std::int16_t* values, const Dequantiser& dequantiser, bool dcOnly, std::uint8_t* samples,
-                      std::ptrdiff_t stride) {
+// The full butterfly over frequencies 0 and 1; the averages of outputs (1,2) and (5,6), of the second pass after
+// the range limit.
+void TransformQuarter(const std::int16_t* values, const Dequantiser& dequantiser, bool /*dcOnly*/,
+                      std::uint8_t* samples, std::ptrdiff_t stride) {
     const auto at = [&](int i) { return Dequantise(values[i], dequantiser.multiplier[i]); };
-    if (dcOnly) {
-        Fill(ToSample(at(0)), 2, samples, stride);
-        return;
-    }
-    std::array<std::array<std::int32_t, 2>, 2> rows;
-    for (int column = 0; column < 2; ++column) {
-        const std::int32_t dc = at(column);
-        const std::int32_t ac = at(2 + column);
+    // Outputs 1, 2, 5 and 6 of the butterfly for two inputs.
+    const auto butterfly = [](std::int32_t dc, std::int32_t ac) {
         const std::int32_t odd6 = Subtract(Scale(ac, k1_847), ac);
         const std::int32_t odd5 = Subtract(Scale(ac, k1_414), odd6);
-        rows[0][column] = Add(Add(dc, odd6), Add(dc, odd5)) >> 1;
-        rows[1][column] = Add(Subtract(dc, odd5), Subtract(dc, odd6)) >> 1;
-    }
+        return std::array{Add(dc, odd6), Add(dc, odd5), Subtract(dc, odd5), Subtract(dc, odd6)};
+    };
+    const auto left = butterfly(at(0), at(2));
+    const auto right = butterfly(at(1), at(3));
     for (int row = 0; row < 2; ++row) {
-        const std::int32_t dc = rows[row][0];
-        const std::int32_t ac = rows[row][1];
-        const std::int32_t odd6 = Subtract(Scale(ac, k1_847), ac);
-        const std::int32_t odd5 = Subtract(Scale(ac, k1_414), odd6);
-        samples[row * stride] =
-            static_cast<std::uint8_t>(Average(ToSample(Add(dc, odd6)), ToSample(Add(dc, odd5))));
-        samples[row * stride + 1] =
-            static_cast<std::uint8_t>(Average(ToSample(Subtract(dc, odd5)), ToSample(Subtract(dc, odd6))));
+        const auto out =
+            butterfly(Add(left[2 * row], left[2 * row + 1]) >> 1, Add(right[2 * row], right[2 * row + 1]) >> 1);
+        samples[row * stride] = static_cast<std::uint8_t>(Average(ToSample(out[0]), ToSample(out[1])));
+        samples[row * stride + 1] = static_cast<std::uint8_t>(Average(ToSample(out[2]), ToSample(out[3])));
     }
 }
 
-void TransformEighth(const std::int16_t* values, const Dequantiser& dequantiser, bool /*dcOnly*/,
-                     std::uint8_t* samples, std::ptrdiff_t /*stride*/) {
+void TransformEighth(const std::int16_t* values, const Dequantiser& dequantiser, bool /*dcOnly*/, std::uint8_t* samples,
+                     std::ptrdiff_t /*stride*/) {
     samples[0] = ToSample(Dequantise(values[0], dequantiser.multiplier[0]));
 }
 

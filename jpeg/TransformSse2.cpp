@@ -43,7 +43,7 @@ Lanes ScaleMinus669(Lanes value) {
 }
 
 // One pass over eight lanes, in place.
-void Butterfly(Lanes (&v)[8]) {
+[[gnu::always_inline]] inline void Butterfly(Lanes (&v)[8]) {
     const Lanes e0 = _mm_add_epi16(v[0], v[4]);
     const Lanes e1 = _mm_sub_epi16(v[0], v[4]);
     const Lanes e3 = _mm_add_epi16(v[2], v[6]);
@@ -74,7 +74,7 @@ void Butterfly(Lanes (&v)[8]) {
 }
 
 // The same with the inputs 4..7 known to be 0.
-void ButterflyLow(Lanes (&v)[8]) {
+[[gnu::always_inline]] inline void ButterflyLow(Lanes (&v)[8]) {
     const Lanes e2 = _mm_sub_epi16(Scale362(v[2]), v[2]);
     const Lanes even0 = _mm_add_epi16(v[0], v[2]);
     const Lanes even3 = _mm_sub_epi16(v[0], v[2]);
@@ -99,7 +99,7 @@ void ButterflyLow(Lanes (&v)[8]) {
     v[7] = _mm_sub_epi16(even0, odd7);
 }
 
-void Transpose(Lanes (&v)[8]) {
+[[gnu::always_inline]] inline void Transpose(Lanes (&v)[8]) {
     Lanes a[8];
     for (int i = 0; i < 4; ++i) {
         a[2 * i] = _mm_unpacklo_epi16(v[i], v[i + 4]);
@@ -233,22 +233,66 @@ void TransformHalf(const std::int16_t* values, const Dequantiser& dequantiser, b
     v[2] = columns23;
     v[3] = _mm_srli_si128(columns23, 8);
     ButterflyLow(v);
-    // Limit to -128..127 first, then average, as the outputs are averaged after the range limit.
-    const auto limit = [](Lanes a) {
-        return _mm_max_epi16(_mm_min_epi16(_mm_srai_epi16(a, 5), _mm_set1_epi16(127)), _mm_set1_epi16(-128));
-    };
-    const auto output = [&](Lanes a, Lanes b) {
-        return _mm_srai_epi16(_mm_add_epi16(limit(a), limit(b)), 1); // lanes: rows
-    };
-    const Lanes a = _mm_unpacklo_epi16(output(v[0], v[1]), output(v[2], v[3]));
-    const Lanes b = _mm_unpacklo_epi16(output(v[4], v[5]), output(v[6], v[7]));
-    const Lanes bytes = _mm_xor_si128(_mm_packs_epi16(_mm_unpacklo_epi32(a, b), _mm_unpackhi_epi32(a, b)),
-                                      _mm_set1_epi8(-128));
+    const Lanes a = _mm_unpacklo_epi16(AverageDown(v[0], v[1]), AverageDown(v[2], v[3])); // lanes: rows
+    const Lanes b = _mm_unpacklo_epi16(AverageDown(v[4], v[5]), AverageDown(v[6], v[7]));
+    const Lanes bytes = PackSamples(_mm_unpacklo_epi32(a, b), _mm_unpackhi_epi32(a, b));
     alignas(16) std::uint8_t out[16];
     _mm_store_si128(reinterpret_cast<__m128i*>(out), bytes);
     for (int row = 0; row < 4; ++row) {
         __builtin_memcpy(samples + row * stride, out + 4 * row, 4);
     }
+}
+
+namespace {
+
+// Products of 32-bit lanes with the constants, by shifts; they wrap as the portable ones do.
+Lanes Wide362(Lanes v) {
+    const Lanes high = _mm_add_epi32(_mm_slli_epi32(v, 8), _mm_slli_epi32(v, 6));
+    const Lanes low = _mm_add_epi32(_mm_slli_epi32(v, 3), _mm_slli_epi32(v, 1));
+    return _mm_srai_epi32(_mm_add_epi32(_mm_add_epi32(high, low), _mm_slli_epi32(v, 5)), 8);
+}
+Lanes Wide473(Lanes v) {
+    const Lanes high = _mm_sub_epi32(_mm_slli_epi32(v, 9), _mm_slli_epi32(v, 5));
+    return _mm_srai_epi32(_mm_add_epi32(_mm_sub_epi32(high, _mm_slli_epi32(v, 3)), v), 8);
+}
+
+// Four values of 16 bits in lanes of 32, the upper halves 0.
+Lanes LoadFour(const std::int16_t* at) {
+    return _mm_unpacklo_epi16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(at)), _mm_setzero_si128());
+}
+
+} // namespace
+
+void TransformQuarter(const std::int16_t* values, const Dequantiser& dequantiser, bool /*dcOnly*/,
+                      std::uint8_t* samples, std::ptrdiff_t stride) {
+    // Column pass: lanes 0 and 1 are the columns, inputs 1 come from lanes 2 and 3.
+    const Lanes dc = _mm_madd_epi16(LoadFour(values), LoadFour(dequantiser.lane.data()));
+    const Lanes ac = _mm_shuffle_epi32(dc, 0x0E);
+    const Lanes odd6 = _mm_sub_epi32(Wide473(ac), ac);
+    const Lanes odd5 = _mm_sub_epi32(Wide362(ac), odd6);
+    const Lanes top = _mm_add_epi32(_mm_add_epi32(dc, odd6), _mm_add_epi32(dc, odd5));
+    const Lanes bottom = _mm_add_epi32(_mm_sub_epi32(dc, odd5), _mm_sub_epi32(dc, odd6));
+    const Lanes rows = _mm_srai_epi32(_mm_unpacklo_epi64(top, bottom), 1);
+
+    // Row pass: lanes 0 and 2 make the left samples, 1 and 3 the right ones, where the odd part counts negative.
+    const Lanes rowDc = _mm_shuffle_epi32(rows, 0xA0);
+    const Lanes rowAc = _mm_shuffle_epi32(rows, 0xF5);
+    const Lanes sign = _mm_set_epi32(-1, 0, -1, 0);
+    const auto signedOf = [sign](Lanes v) { return _mm_sub_epi32(_mm_xor_si128(v, sign), sign); };
+    const Lanes rowOdd6 = _mm_sub_epi32(Wide473(rowAc), rowAc);
+    const Lanes rowOdd5 = _mm_sub_epi32(Wide362(rowAc), rowOdd6);
+    const Lanes a = _mm_srai_epi32(_mm_add_epi32(rowDc, signedOf(rowOdd6)), 5);
+    const Lanes b = _mm_srai_epi32(_mm_add_epi32(rowDc, signedOf(rowOdd5)), 5);
+    // The limits first, then the averages.
+    const Lanes wide = _mm_packs_epi32(a, b);
+    const Lanes limited = _mm_max_epi16(_mm_min_epi16(wide, _mm_set1_epi16(127)), _mm_set1_epi16(-128));
+    const Lanes average = _mm_srai_epi16(_mm_add_epi16(limited, _mm_srli_si128(limited, 8)), 1);
+    const auto bytes = static_cast<std::uint32_t>(
+        _mm_cvtsi128_si32(_mm_xor_si128(_mm_packs_epi16(average, average), _mm_set1_epi8(-128))));
+    samples[0] = static_cast<std::uint8_t>(bytes);
+    samples[1] = static_cast<std::uint8_t>(bytes >> 8);
+    samples[stride] = static_cast<std::uint8_t>(bytes >> 16);
+    samples[stride + 1] = static_cast<std::uint8_t>(bytes >> 24);
 }
 
 } // namespace jpeg::sse2

@@ -1,5 +1,5 @@
-// The transforms in 16-bit lanes. Equal to the portable ones bit by bit: a block whose values could leave 16 bits on
-// the way is handed to those.
+// The transforms in vector lanes, equal to the portable ones bit by bit. Full and half size work in 16 bits and hand a
+// block whose values could leave them to the portable path; quarter size works in 32 bits.
 #pragma once
 
 #include "jpeg/Transform.h"
@@ -10,5 +10,7 @@ void TransformFull(const std::int16_t* values, const Dequantiser& dequantiser, b
                    std::ptrdiff_t stride);
 void TransformHalf(const std::int16_t* values, const Dequantiser& dequantiser, bool dcOnly, std::uint8_t* samples,
                    std::ptrdiff_t stride);
+void TransformQuarter(const std::int16_t* values, const Dequantiser& dequantiser, bool dcOnly, std::uint8_t* samples,
+                      std::ptrdiff_t stride);
 
 } // namespace jpeg::sse2

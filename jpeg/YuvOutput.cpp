@@ -65,8 +65,8 @@ public:
         source = theSource;
         const Placement place = PlaceFit(fit, target.width, target.height);
         const auto lumaStride = static_cast<std::size_t>(target.width);
-        if (const Status status = luma.Open(source.width, source.height, fit.width, fit.height,
-                                            target.pixels + place.luma, lumaStride);
+        if (const Status status =
+                luma.Open(source.width, source.height, fit.width, fit.height, target.pixels + place.luma, lumaStride);
             status != Status::kOk || source.colour == ColourModel::kGrey) {
             return status; // grey leaves the chroma planes at 128
         }

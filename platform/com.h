@@ -49,8 +49,8 @@ struct IDispatch : IUnknown {
     STDMETHOD(GetTypeInfo)(UINT index, LCID locale, ITypeInfo** info) PURE;
     STDMETHOD(GetIDsOfNames)(REFIID iid, LPOLESTR* names, UINT count, LCID locale, DISPID* ids) PURE;
     STDMETHOD(Invoke)
-    (DISPID member, REFIID iid, LCID locale, WORD flags, DISPPARAMS* params, VARIANT* result,
-     EXCEPINFO* exception, UINT* argument) PURE;
+    (DISPID member, REFIID iid, LCID locale, WORD flags, DISPPARAMS* params, VARIANT* result, EXCEPINFO* exception,
+     UINT* argument) PURE;
 };
 
 struct IPersist : IUnknown {
@@ -68,8 +68,7 @@ extern "C" {
 // Creates an object of the process's class table and stores the wanted interface, counted once. On failure
 // *object is null. REGDB_E_CLASSNOTREG: no such class. CLASS_E_NOAGGREGATION: `outer` was given, which no
 // class here supports.
-DMB_HOST_API HRESULT CoCreateInstance(REFCLSID classId, IUnknown* outer, DWORD context, REFIID iid,
-                                      void** object);
+DMB_HOST_API HRESULT CoCreateInstance(REFCLSID classId, IUnknown* outer, DWORD context, REFIID iid, void** object);
 
 // Memory that one side of an interface allocates and the other frees. CoTaskMemAlloc gives null when memory
 // is out; CoTaskMemFree(null) does nothing.

@@ -23,7 +23,7 @@ private:
     WindowSlopes slopes;
     av::Mdct longTransform;
     av::Mdct shortTransform;
-    std::array<float, 2 * kBlockSamples> work{};
+    alignas(av::Mdct::kAlignment) std::array<float, 2 * kBlockSamples> work{};
 };
 
 } // namespace codec

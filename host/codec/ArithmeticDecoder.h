@@ -11,7 +11,6 @@
 //                    cost 10
 #pragma once
 
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -37,60 +36,64 @@ public:
 
     unsigned Symbol(CumulativeModel model, int& budget, unsigned wanted = 0);
 
-    unsigned Bit(unsigned p0, int& budget, unsigned wanted = 0) {
+    [[gnu::always_inline]] unsigned Bit(unsigned p0, int& budget, unsigned wanted = 0) {
         static_cast<void>(wanted);
         Refill();
-        // Half of all bits are a surprise, so a branch on one would cost more than all of this.
-        const std::uint32_t r = range >> 14;
+        // Half of all bits are a surprise, so a branch on one would cost more than all of this. A negative difference
+        // says 0; its sign bit becomes a mask.
+        const auto r = static_cast<std::uint32_t>(range >> 16);
         const std::uint32_t zeroRange = r * p0;
         const std::uint32_t oneRange = (r << 14) - zeroRange;
-        const std::uint64_t split = static_cast<std::uint64_t>(zeroRange) << kAhead;
-        const std::uint64_t one = value >= split ? 1 : 0;
-        value -= split & (0 - one);
-        range = zeroRange ^ ((zeroRange ^ oneRange) & static_cast<std::uint32_t>(0 - one));
-        Normalise(budget);
-        return static_cast<unsigned>(one);
+        const auto difference = static_cast<std::int32_t>(static_cast<std::uint32_t>(value >> kAhead) - zeroRange);
+        const auto zero = static_cast<std::uint32_t>(difference >> 31);
+        value -= static_cast<std::uint64_t>(zeroRange & ~zero) << kAhead;
+        Normalise(oneRange + ((zeroRange - oneRange) & zero), budget);
+        return zero + 1;
     }
 
     // Bit with p0 = kSignP0: both halves of the range are alike, and the cost is always 1.
-    unsigned EvenBit(int& budget, unsigned wanted = 0) {
+    [[gnu::always_inline]] unsigned EvenBit(int& budget, unsigned wanted = 0) {
         static_cast<void>(wanted);
-        const std::uint32_t half = range >> 14 << 13;
-        const std::uint64_t split = static_cast<std::uint64_t>(half) << kAhead;
-        const unsigned one = value >= split ? 1 : 0;
-        value -= one != 0 ? split : 0;
-        range = half << 1;
+        const auto half = static_cast<std::uint32_t>(range >> 16 << 13);
+        const auto difference = static_cast<std::int32_t>(static_cast<std::uint32_t>(value >> kAhead) - half);
+        const auto zero = static_cast<std::uint32_t>(difference >> 31);
+        value -= static_cast<std::uint64_t>(half & ~zero) << kAhead;
         value <<= 1;
+        range = std::uint64_t{half} << 3;
         --ahead;
         --budget;
-        return one;
+        return zero + 1;
     }
 
 private:
     static constexpr unsigned kAhead = 32;
 
-    // Every bit needs 15 bits in advance: up to 14 of its own and one of an EvenBit behind it.
-    void Normalise(int& budget) {
-        // The range was below 2^30 and is at least 2^15, so there are 0..14 doublings.
-        const int doublings = std::countl_zero(range) - 2;
-        range <<= doublings;
+    // The range is at least 2^15 and below 2^30 before and at least 2^29 after the 0..14 doublings.
+    [[gnu::always_inline]] void Normalise(std::uint32_t newRange, int& budget) {
+        const int zeros = __builtin_clz(newRange);
+        const int doublings = zeros - 2;
+        range = std::uint64_t{newRange} << zeros;
         value <<= doublings;
         ahead -= doublings;
         budget -= doublings;
     }
 
-    void Refill() {
-        if (ahead < 16) {
-            value |= static_cast<std::uint64_t>(reader.Read(16)) << (16 - ahead);
+    // Every bit needs 15 bits in advance: up to 14 of its own and one of an EvenBit behind it.
+    [[gnu::always_inline]] void Refill() {
+        if (ahead < 16) [[unlikely]] {
+            value |= static_cast<std::uint64_t>(Peek16(reader)) << (16 - ahead);
+            reader.Skip(16);
             ahead += 16;
         }
     }
 
-    // The arithmetic value stands in the upper 32 bits; below it lie `ahead` bits read in advance, then
-    // zeros. Broken data can let the value grow past its 32 bits; what is lost then is lost in the same way
-    // with any layout.
+    // Takes a copy, so that nothing points to the decoder and all of it can live in registers.
+    [[gnu::noinline]] static std::uint32_t Peek16(wire::BitReader source);
+
+    // The arithmetic value stands in the upper 32 bits; below it lie `ahead` bits read in advance, then zeros. With
+    // broken data it can leave its bits; what comes of that is garbage, but the same garbage each time.
     std::uint64_t value = 0;
-    std::uint32_t range = 0;
+    std::uint64_t range = 0; // four times the arithmetic range, 2^31 and more
     int ahead = 0;
     wire::BitReader reader;
 };

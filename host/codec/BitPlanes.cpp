@@ -57,23 +57,18 @@ int BitPlanes::Line(unsigned channel, unsigned line) const {
 }
 
 // All lines of the quad have got this plane.
-void BitPlanes::Lower(unsigned quad, unsigned plane) {
+inline void BitPlanes::Lower(unsigned quad, unsigned plane) {
     Quad& q = quads[quad];
-    q.next = 0;
     unsigned top = 0;
-    for (unsigned c = 0; c < channels; ++c) {
-        if (q.plane[c] == plane)
-            --q.plane[c];
+    for (unsigned c = 0; c < kMaxChannels; ++c) {
+        q.plane[c] = static_cast<std::uint8_t>(q.plane[c] - (q.plane[c] == plane ? 1 : 0));
         top = std::max<unsigned>(top, q.plane[c]);
     }
     pending[plane].Remove(quad);
-    if (--count[plane] == 0)
-        openPlanes &= ~(1U << plane);
-    if (top > 0) {
-        pending[top].Insert(quad);
-        ++count[top];
-        openPlanes |= 1U << top;
-    }
+    openPlanes &= ~(--count[plane] == 0 ? 1U << plane : 0U);
+    pending[top].Insert(quad); // plane 0: complete
+    ++count[top];
+    openPlanes |= 1U << top & ~1U;
 }
 
 namespace {
@@ -142,57 +137,54 @@ template <class Coder, bool kLimited>
     return true;
 }
 
-// Codes the plane in the quad's lines from quad.next on, in the channels that take part. False, with the place to go on
-// in quad.next, when the budget ended before the last one.
-template <class Coder, bool kLimited, bool kFirst, bool kSecond>
+// Codes the plane in the quad's lines, in the channels that take part; kResumes: from quad.next on. False, with the place
+// to go on in quad.next, when the budget ended before the last one.
+template <class Coder, bool kLimited, bool kFirst, bool kSecond, bool kResumes>
 [[gnu::always_inline]] inline bool CodeQuad(Pass<Coder>& pass, Quad& quad, unsigned firstLine) {
     constexpr unsigned kLast = 2 * (kQuadLines - 1) + (kSecond ? 1 : 0);
-    unsigned element = quad.next;
-    bool due = quad.signDue;
+    const unsigned start = kResumes ? quad.next : 0;
+    bool due = kResumes && quad.signDue;
     unsigned negative = quad.negative;
     // A channel that has nothing of this plane yet begins with it.
-    ChannelPass first(quad, kFirst ? 0 : 1, pass.plane, kFirst ? element == 0 && !due : element <= 1 && !due);
-    ChannelPass second(quad, kSecond ? 1 : 0, pass.plane, kSecond && (element == 0 || (element == 1 && !due)));
+    std::array<ChannelPass, 2> channels{
+        ChannelPass(quad, kFirst ? 0 : 1, pass.plane, start == 0 && !due),
+        ChannelPass(quad, kSecond ? 1 : 0, pass.plane, kSecond && (start == 0 || (start == 1 && !due)))};
     const auto stop = [&](unsigned next, bool signDue) {
         quad.next = static_cast<std::uint8_t>(next);
         quad.signDue = signDue;
         quad.negative = static_cast<std::uint8_t>(negative);
         if constexpr (kFirst)
-            quad.current[0] = static_cast<std::uint8_t>(first.current);
+            quad.current[0] = static_cast<std::uint8_t>(channels[0].current);
         if constexpr (kSecond)
-            quad.current[1] = static_cast<std::uint8_t>(second.current);
+            quad.current[1] = static_cast<std::uint8_t>(channels[1].current);
     };
-    for (unsigned position = element >> 1; position < kQuadLines; ++position) {
-        const auto wanted = [&](unsigned channel) {
-            return Coder::kEncodes ? (*pass.wanted)[channel][firstLine + position] : 0;
-        };
-        if (kFirst && (element & 1) == 0) {
-            if (!CodeLine<Coder, kLimited>(pass, first, quad.magnitude[element], negative, element, due, wanted(0))) {
-                stop(element, true);
-                return false;
-            }
-            due = false;
-            if (pass.budget <= 0 && element != kLast) {
-                stop(element + 1, false);
-                return false;
-            }
+#pragma GCC unroll 8
+    for (unsigned element = kFirst ? 0 : 1; element <= kLast; element += kFirst && kSecond ? 1 : 2) {
+        if (kResumes && element < start)
+            continue;
+        const int wanted = Coder::kEncodes ? (*pass.wanted)[element & 1][firstLine + (element >> 1)] : 0;
+        if (!CodeLine<Coder, kLimited>(pass, channels[element & 1], quad.magnitude[element], negative, element, due,
+                                       wanted)) {
+            stop(element, true);
+            return false;
         }
-        element |= 1;
-        if (kSecond) {
-            if (!CodeLine<Coder, kLimited>(pass, second, quad.magnitude[element], negative, element, due, wanted(1))) {
-                stop(element, true);
-                return false;
-            }
-            due = false;
-            if (pass.budget <= 0 && element != kLast) {
-                stop(element + 1, false);
-                return false;
-            }
+        due = false;
+        if (pass.budget <= 0 && element != kLast) {
+            stop(element + 1, false);
+            return false;
         }
-        ++element;
     }
     stop(0, false);
     return true;
+}
+
+// Few quads are resumed, so that need not be fast.
+template <class Coder, bool kLimited>
+[[gnu::noinline]] bool ResumeQuad(Pass<Coder>& pass, Quad& quad, unsigned firstLine, bool first, bool second) {
+    if (first && second)
+        return CodeQuad<Coder, kLimited, true, true, true>(pass, quad, firstLine);
+    return first ? CodeQuad<Coder, kLimited, true, false, true>(pass, quad, firstLine)
+                 : CodeQuad<Coder, kLimited, false, true, true>(pass, quad, firstLine);
 }
 
 } // namespace
@@ -216,12 +208,17 @@ template <class Coder, bool kLimited>
                 const bool first = quad.plane[0] == pass.plane;
                 const bool second = quad.plane[1] == pass.plane;
                 bool complete = false;
-                if (first && second)
-                    complete = CodeQuad<Coder, kLimited, true, true>(pass, quad, index * kQuadLines);
-                else if (first)
-                    complete = CodeQuad<Coder, kLimited, true, false>(pass, quad, index * kQuadLines);
-                else
-                    complete = CodeQuad<Coder, kLimited, false, true>(pass, quad, index * kQuadLines);
+                if (quad.next != 0 || quad.signDue) {
+                    Pass<Coder> copy = std::move(pass); // its address goes to a function, that of `pass` must not
+                    complete = ResumeQuad<Coder, kLimited>(copy, quad, index * kQuadLines, first, second);
+                    pass = std::move(copy);
+                } else if (first && second) {
+                    complete = CodeQuad<Coder, kLimited, true, true, false>(pass, quad, index * kQuadLines);
+                } else if (first) {
+                    complete = CodeQuad<Coder, kLimited, true, false, false>(pass, quad, index * kQuadLines);
+                } else {
+                    complete = CodeQuad<Coder, kLimited, false, true, false>(pass, quad, index * kQuadLines);
+                }
                 if (complete)
                     Lower(index, pass.plane);
             }
@@ -252,7 +249,8 @@ void BitPlanes::Code(Coder& coder, const QuadSet& set, unsigned lowest, bool lim
     if (budget <= 0 || openPlanes == 0)
         return;
 #if defined(__x86_64__)
-    if (__builtin_cpu_supports("lzcnt") && __builtin_cpu_supports("bmi2")) {
+    if (__builtin_cpu_supports("bmi2")) { // all processors with these have lzcnt
+
         if (limited)
             CodePlanesFast<Coder, true>(coder, set, lowest, budget);
         else

@@ -24,8 +24,10 @@ constexpr unsigned kBlocksToSilence = 10;
 
 // To the nearest 16-bit number, ties to even; `sample` is finite.
 std::int16_t Round(float sample) {
-    // Adding 1.5 * 2^23 leaves the rounded number in the lower bits of the significand.
-    const float limited = std::min(std::max(sample, -32768.0F), 32767.0F);
+    // Adding 1.5 * 2^23 leaves the rounded number in the lower bits of the significand. These comparisons are the ones
+    // that vector instructions make.
+    const float above = sample > -32768.0F ? sample : -32768.0F;
+    const float limited = above < 32767.0F ? above : 32767.0F;
     return static_cast<std::int16_t>(std::bit_cast<std::int32_t>(limited + 12582912.0F));
 }
 
@@ -63,7 +65,7 @@ struct BsacDecoder::Impl {
     unsigned blocksConcealed = 0;
 
     std::array<FilterBank, kMaxChannels> filterBanks;
-    std::array<float, kBlockSamples> channelSamples{};
+    std::array<std::array<float, kBlockSamples>, kMaxChannels> channelSamples{};
     std::array<std::int16_t, kMaxChannels * kBlockSamples> samples{};
 };
 
@@ -108,10 +110,16 @@ BsacBlock BsacDecoder::Impl::Finish(BsacStatus status) {
         Conceal();
     ++blocksOut;
     const unsigned channels = config.channels;
-    for (unsigned c = 0; c < channels; ++c) {
-        filterBanks[c].Run(spectra[c], header.windowSequence, header.windowShape, channelSamples);
+    for (unsigned c = 0; c < channels; ++c)
+        filterBanks[c].Run(spectra[c], header.windowSequence, header.windowShape, channelSamples[c]);
+    if (channels == 2) {
+        for (std::size_t n = 0; n < kBlockSamples; ++n) {
+            samples[2 * n] = Round(channelSamples[0][n]);
+            samples[2 * n + 1] = Round(channelSamples[1][n]);
+        }
+    } else {
         for (std::size_t n = 0; n < kBlockSamples; ++n)
-            samples[n * channels + c] = Round(channelSamples[n]);
+            samples[n] = Round(channelSamples[0][n]);
     }
     return {status, std::span<const std::int16_t>(samples).first(static_cast<std::size_t>(channels) * kBlockSamples)};
 }

@@ -94,7 +94,7 @@ void FilterBank::Reset() {
 // Eight windows of 256 samples, each 128 after the one before, in the middle of 2048 samples.
 void FilterBank::RunShort(const Spectrum& spectrum, WindowShape shape) {
     work.fill(0);
-    std::array<float, 2 * kShortLines> window;
+    alignas(av::Mdct::kAlignment) std::array<float, 2 * kShortLines> window;
     for (unsigned w = 0; w < kShortWindows; ++w) {
         shortTransform.Run(window.data(), &spectrum[static_cast<std::size_t>(w) * kShortLines]);
         const WindowShape leftShape = w == 0 ? previousShape : shape;

@@ -30,7 +30,8 @@ public:
     // As before the first block: nothing to overlap with, sine windows.
     void Reset();
 
-    // The 1024 samples that this block completes. The left slope has the shape of the block before.
+    // The 1024 samples that this block completes. The left slope has the shape of the block before. The spectrum is
+    // aligned as Spectra is.
     void Run(const Spectrum& spectrum, WindowSequence sequence, WindowShape shape,
              std::span<float, kBlockSamples> samples);
 
@@ -42,7 +43,7 @@ private:
     WindowSlopes slopes;
     av::Mdct longTransform;
     av::Mdct shortTransform;
-    std::array<float, 2 * kBlockSamples> work{};
+    alignas(av::Mdct::kAlignment) std::array<float, 2 * kBlockSamples> work{};
     std::array<float, kBlockSamples> overlap{};
     WindowShape previousShape = WindowShape::kSine;
 };

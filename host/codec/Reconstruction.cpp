@@ -1,6 +1,7 @@
 #include "host/codec/Reconstruction.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <span>
@@ -22,13 +23,19 @@ float Reconstruction::Gain(int level) const {
 }
 
 void Reconstruction::DequantiseQuad(const Quad& quad, unsigned channel, float bandGain, float* lines) const {
+    const auto& magnitude = quad.magnitude;
+    const unsigned any = magnitude[channel] | magnitude[2 + channel] | magnitude[4 + channel] | magnitude[6 + channel];
+    if (any == 0)
+        return;
     for (unsigned k = 0; k < kQuadLines; ++k) {
         const unsigned element = 2 * k + channel;
-        const unsigned magnitude = quad.magnitude[element];
-        const float value = magnitude < kSmall
-                                ? power[magnitude]
-                                : static_cast<float>(magnitude * std::cbrt(static_cast<double>(magnitude)));
-        lines[k] = ((quad.negative >> element & 1) != 0 ? -value : value) * bandGain;
+        float value = 0;
+        if (any < kSmall) [[likely]]
+            value = power[magnitude[element]];
+        else
+            value = static_cast<float>(magnitude[element] * std::cbrt(static_cast<double>(magnitude[element])));
+        const std::uint32_t sign = static_cast<std::uint32_t>(quad.negative) >> element << 31;
+        lines[k] = std::bit_cast<float>(std::bit_cast<std::uint32_t>(value * bandGain) ^ sign);
     }
 }
 
@@ -41,14 +48,15 @@ void Reconstruction::Dequantise(const BlockHeader& header, const LayerGeometry& 
     for (unsigned g = 0; g < geometry.groups; ++g) {
         const auto firstLine = static_cast<unsigned>(geometry.group[g].firstLine);
         const auto windows = static_cast<unsigned>(geometry.group[g].windows);
-        unsigned quad = firstLine / kQuadLines;
         for (unsigned sfb = 0; sfb < header.maxSfb; ++sfb) {
             const unsigned index = SfbIndex(g, sfb);
+            if (channel == 1 && IsIntensity(info, index))
+                continue;
             const float bandGain = Gain(info.level[channel][index]);
-            const bool skip = channel == 1 && IsIntensity(info, index);
+            unsigned quad = (firstLine + edges[sfb] * windows) / kQuadLines;
             for (unsigned line = edges[sfb]; line < edges[sfb + 1]; line += kQuadLines) {
                 for (unsigned w = 0; w < windows; ++w, ++quad) {
-                    if (planes.Opened().Contains(quad) && !skip)
+                    if (planes.Opened().Contains(quad))
                         DequantiseQuad(planes.At(quad), channel, bandGain, &spectrum[firstLine + 128 * w + line]);
                 }
             }

@@ -14,7 +14,8 @@
 namespace codec {
 
 // 1024 lines, or eight windows of 128 one after another. The scale is that of 16-bit samples.
-using Spectrum = std::array<float, kBlockSamples>;
+// Aligned for the transform, which takes whole spectra and short windows.
+struct alignas(64) Spectrum : std::array<float, kBlockSamples> {};
 using Spectra = std::array<Spectrum, kMaxChannels>;
 
 class Reconstruction {

@@ -42,8 +42,7 @@ HRESULT ClassTable::Create(REFCLSID classId, IUnknown* outer, REFIID iid, void**
     if (object == nullptr)
         return E_POINTER;
     *object = nullptr;
-    const auto found =
-        std::ranges::find_if(classes_, [&](const auto& entry) { return entry.first == classId; });
+    const auto found = std::ranges::find_if(classes_, [&](const auto& entry) { return entry.first == classId; });
     if (found == classes_.end())
         return REGDB_E_CLASSNOTREG;
     if (outer != nullptr)

@@ -22,8 +22,11 @@ public:
     STDMETHODIMP_(ULONG) AddRef() override { return references_.fetch_add(1) + 1; }
     STDMETHODIMP_(ULONG) Release() override {
         const ULONG left = references_.fetch_sub(1) - 1;
-        if (left == 0)
+        if (left == 0) {
+            // What the destructor calls may take and give back a reference for a moment; that must not end it twice.
+            references_ = kEnding;
             delete this;
+        }
         return left;
     }
 
@@ -32,20 +35,21 @@ protected:
     virtual ~ComObject() { CountLiveObject(-1); }
 
 private:
+    static constexpr ULONG kEnding = 0x40000000;
     std::atomic<ULONG> references_{1};
 };
 
 // Implements the three identity methods of an interface whose object is counted by another part of it. `Base`
 // names the class that counts.
-#define DSHOW_UNKNOWN_OF(Base)                                                                               \
-    STDMETHODIMP QueryInterface(REFIID iid, void** object) override {                                        \
-        return Base::QueryInterface(iid, object);                                                            \
-    }                                                                                                        \
-    STDMETHODIMP_(ULONG) AddRef() override {                                                                 \
-        return Base::AddRef();                                                                               \
-    }                                                                                                        \
-    STDMETHODIMP_(ULONG) Release() override {                                                                \
-        return Base::Release();                                                                              \
+#define DSHOW_UNKNOWN_OF(Base)                                                                                         \
+    STDMETHODIMP QueryInterface(REFIID iid, void** object) override {                                                  \
+        return Base::QueryInterface(iid, object);                                                                      \
+    }                                                                                                                  \
+    STDMETHODIMP_(ULONG) AddRef() override {                                                                           \
+        return Base::AddRef();                                                                                         \
+    }                                                                                                                  \
+    STDMETHODIMP_(ULONG) Release() override {                                                                          \
+        return Base::Release();                                                                                        \
     }
 
 // One interface of an object that has many: it lends identity and count from its owner.
@@ -55,9 +59,7 @@ public:
     Face(const Face&) = delete;
     Face& operator=(const Face&) = delete;
 
-    STDMETHODIMP QueryInterface(REFIID iid, void** object) override {
-        return owner_.QueryInterface(iid, object);
-    }
+    STDMETHODIMP QueryInterface(REFIID iid, void** object) override { return owner_.QueryInterface(iid, object); }
     STDMETHODIMP_(ULONG) AddRef() override { return owner_.AddRef(); }
     STDMETHODIMP_(ULONG) Release() override { return owner_.Release(); }
 

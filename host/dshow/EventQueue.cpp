@@ -3,6 +3,7 @@
 #include "platform/wince.h"
 
 #include <algorithm>
+#include <bit>
 
 namespace dshow {
 
@@ -34,8 +35,7 @@ EventQueue::~EventQueue() {
 // -----------------------------------------------------------------------------------------------
 
 bool EventQueue::HandledByGraph(LONG code) const {
-    return (code == EC_COMPLETE || code == EC_REPAINT) &&
-           std::ranges::find(undefaulted_, code) == undefaulted_.end();
+    return (code == EC_COMPLETE || code == EC_REPAINT) && std::ranges::find(undefaulted_, code) == undefaulted_.end();
 }
 
 void EventQueue::Report(LONG code, LONG_PTR param1, LONG_PTR param2) {
@@ -57,7 +57,7 @@ void EventQueue::Enqueue(const Event& event) {
 
 void EventQueue::Post() const {
     if (window_ != 0 && (flags_ & kNoNotify) == 0)
-        PostMessageW(reinterpret_cast<HWND>(window_), static_cast<UINT>(message_), 0, instanceData_);
+        PostMessageW(std::bit_cast<HWND>(window_), static_cast<UINT>(message_), 0, instanceData_);
 }
 
 void EventQueue::BeginRun(int renderers) {
@@ -140,8 +140,8 @@ STDMETHODIMP EventQueue::RestoreDefaultHandling(LONG code) {
 
 void EventQueue::Free(const Event& event) {
     if (event.code == EC_OLE_EVENT || event.code == EC_STATUS) {
-        SysFreeString(reinterpret_cast<BSTR>(event.param1));
-        SysFreeString(reinterpret_cast<BSTR>(event.param2));
+        SysFreeString(std::bit_cast<BSTR>(event.param1));
+        SysFreeString(std::bit_cast<BSTR>(event.param2));
     }
 }
 

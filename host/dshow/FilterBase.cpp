@@ -207,8 +207,7 @@ STDMETHODIMP PinBase::QueryAccept(const AM_MEDIA_TYPE* type) {
 STDMETHODIMP PinBase::EnumMediaTypes(IEnumMediaTypes** types) {
     if (types == nullptr)
         return E_POINTER;
-    *types =
-        new Enumerator<IEnumMediaTypes, AM_MEDIA_TYPE*, TypeSource>(IID_IEnumMediaTypes, TypeSource{types_});
+    *types = new Enumerator<IEnumMediaTypes, AM_MEDIA_TYPE*, TypeSource>(IID_IEnumMediaTypes, TypeSource{types_});
     return S_OK;
 }
 
@@ -329,8 +328,7 @@ ComPtr<IReferenceClock> FilterBase::Clock() {
 STDMETHODIMP FilterBase::EnumPins(IEnumPins** pins) {
     if (pins == nullptr)
         return E_POINTER;
-    *pins = new Enumerator<IEnumPins, IPin*, PinSource>(IID_IEnumPins,
-                                                        PinSource{ComPtr<FilterBase>::Share(this)});
+    *pins = new Enumerator<IEnumPins, IPin*, PinSource>(IID_IEnumPins, PinSource{ComPtr<FilterBase>::Share(this)});
     return S_OK;
 }
 

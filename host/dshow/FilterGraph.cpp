@@ -49,9 +49,8 @@ HRESULT DisconnectBothEnds(IPin* pin) {
 } // namespace
 
 FilterGraph::FilterGraph(ce::Clock& clock)
-    : events_(*this, clock), sink_(*this, events_), states_(clock, lock_, filters_, events_),
-      control_(*this, states_), mediaFilter_(*this, states_),
-      videoWindow_(*this, IID_IVideoWindow, E_NOINTERFACE),
+    : events_(*this, clock), sink_(*this, events_), states_(clock, lock_, filters_, events_), control_(*this, states_),
+      mediaFilter_(*this, states_), videoWindow_(*this, IID_IVideoWindow, E_NOINTERFACE),
       basicVideo_(*this, IID_IBasicVideo, E_NOINTERFACE), basicAudio_(*this, IID_IBasicAudio, E_NOTIMPL),
       position_(*this, IID_IMediaPosition, E_NOTIMPL), seeking_(*this, IID_IMediaSeeking, E_NOTIMPL) {}
 

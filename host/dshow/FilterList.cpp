@@ -41,14 +41,13 @@ ComPtr<IPin> PeerOf(IPin* pin) {
 }
 
 const FilterEntry* FilterList::Find(IBaseFilter* filter) const {
-    const auto found = std::ranges::find_if(
-        entries_, [&](const FilterEntry& entry) { return entry.filter.Get() == filter; });
+    const auto found =
+        std::ranges::find_if(entries_, [&](const FilterEntry& entry) { return entry.filter.Get() == filter; });
     return found != entries_.end() ? &*found : nullptr;
 }
 
 const FilterEntry* FilterList::FindByName(WStringView name) const {
-    const auto found =
-        std::ranges::find_if(entries_, [&](const FilterEntry& entry) { return entry.name == name; });
+    const auto found = std::ranges::find_if(entries_, [&](const FilterEntry& entry) { return entry.name == name; });
     return found != entries_.end() ? &*found : nullptr;
 }
 

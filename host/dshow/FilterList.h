@@ -47,8 +47,7 @@ public:
     void SortDownstreamFirst();
 
 private:
-    void Visit(const FilterEntry& entry, std::vector<IBaseFilter*>& visited,
-               std::vector<FilterEntry>& sorted) const;
+    void Visit(const FilterEntry& entry, std::vector<IBaseFilter*>& visited, std::vector<FilterEntry>& sorted) const;
 
     std::vector<FilterEntry> entries_;
     ULONG version_ = 0;

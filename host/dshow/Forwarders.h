@@ -46,12 +46,8 @@ public:
     STDMETHODIMP get_WindowStyleEx(LONG* windowStyleEx) override {
         return Forward(&IVideoWindow::get_WindowStyleEx, windowStyleEx);
     }
-    STDMETHODIMP put_AutoShow(LONG autoShow) override {
-        return Forward(&IVideoWindow::put_AutoShow, autoShow);
-    }
-    STDMETHODIMP get_AutoShow(LONG* autoShow) override {
-        return Forward(&IVideoWindow::get_AutoShow, autoShow);
-    }
+    STDMETHODIMP put_AutoShow(LONG autoShow) override { return Forward(&IVideoWindow::put_AutoShow, autoShow); }
+    STDMETHODIMP get_AutoShow(LONG* autoShow) override { return Forward(&IVideoWindow::get_AutoShow, autoShow); }
     STDMETHODIMP put_WindowState(LONG windowState) override {
         return Forward(&IVideoWindow::put_WindowState, windowState);
     }
@@ -76,27 +72,17 @@ public:
     STDMETHODIMP get_Height(LONG* height) override { return Forward(&IVideoWindow::get_Height, height); }
     STDMETHODIMP put_Owner(OAHWND owner) override { return Forward(&IVideoWindow::put_Owner, owner); }
     STDMETHODIMP get_Owner(OAHWND* owner) override { return Forward(&IVideoWindow::get_Owner, owner); }
-    STDMETHODIMP put_MessageDrain(OAHWND drain) override {
-        return Forward(&IVideoWindow::put_MessageDrain, drain);
-    }
-    STDMETHODIMP get_MessageDrain(OAHWND* drain) override {
-        return Forward(&IVideoWindow::get_MessageDrain, drain);
-    }
-    STDMETHODIMP get_BorderColor(LONG* color) override {
-        return Forward(&IVideoWindow::get_BorderColor, color);
-    }
-    STDMETHODIMP put_BorderColor(LONG color) override {
-        return Forward(&IVideoWindow::put_BorderColor, color);
-    }
+    STDMETHODIMP put_MessageDrain(OAHWND drain) override { return Forward(&IVideoWindow::put_MessageDrain, drain); }
+    STDMETHODIMP get_MessageDrain(OAHWND* drain) override { return Forward(&IVideoWindow::get_MessageDrain, drain); }
+    STDMETHODIMP get_BorderColor(LONG* color) override { return Forward(&IVideoWindow::get_BorderColor, color); }
+    STDMETHODIMP put_BorderColor(LONG color) override { return Forward(&IVideoWindow::put_BorderColor, color); }
     STDMETHODIMP get_FullScreenMode(LONG* fullScreenMode) override {
         return Forward(&IVideoWindow::get_FullScreenMode, fullScreenMode);
     }
     STDMETHODIMP put_FullScreenMode(LONG fullScreenMode) override {
         return Forward(&IVideoWindow::put_FullScreenMode, fullScreenMode);
     }
-    STDMETHODIMP SetWindowForeground(LONG focus) override {
-        return Forward(&IVideoWindow::SetWindowForeground, focus);
-    }
+    STDMETHODIMP SetWindowForeground(LONG focus) override { return Forward(&IVideoWindow::SetWindowForeground, focus); }
     STDMETHODIMP NotifyOwnerMessage(OAHWND window, LONG message, LONG_PTR wParam, LONG_PTR lParam) override {
         return Forward(&IVideoWindow::NotifyOwnerMessage, window, message, wParam, lParam);
     }
@@ -115,9 +101,7 @@ public:
     STDMETHODIMP GetRestorePosition(LONG* left, LONG* top, LONG* width, LONG* height) override {
         return Forward(&IVideoWindow::GetRestorePosition, left, top, width, height);
     }
-    STDMETHODIMP HideCursor(LONG hideCursor) override {
-        return Forward(&IVideoWindow::HideCursor, hideCursor);
-    }
+    STDMETHODIMP HideCursor(LONG hideCursor) override { return Forward(&IVideoWindow::HideCursor, hideCursor); }
     STDMETHODIMP IsCursorHidden(LONG* cursorHidden) override {
         return Forward(&IVideoWindow::IsCursorHidden, cursorHidden);
     }
@@ -133,30 +117,20 @@ public:
     STDMETHODIMP get_BitErrorRate(LONG* bitErrorRate) override {
         return Forward(&IBasicVideo::get_BitErrorRate, bitErrorRate);
     }
-    STDMETHODIMP get_VideoWidth(LONG* videoWidth) override {
-        return Forward(&IBasicVideo::get_VideoWidth, videoWidth);
-    }
+    STDMETHODIMP get_VideoWidth(LONG* videoWidth) override { return Forward(&IBasicVideo::get_VideoWidth, videoWidth); }
     STDMETHODIMP get_VideoHeight(LONG* videoHeight) override {
         return Forward(&IBasicVideo::get_VideoHeight, videoHeight);
     }
-    STDMETHODIMP put_SourceLeft(LONG sourceLeft) override {
-        return Forward(&IBasicVideo::put_SourceLeft, sourceLeft);
-    }
-    STDMETHODIMP get_SourceLeft(LONG* sourceLeft) override {
-        return Forward(&IBasicVideo::get_SourceLeft, sourceLeft);
-    }
+    STDMETHODIMP put_SourceLeft(LONG sourceLeft) override { return Forward(&IBasicVideo::put_SourceLeft, sourceLeft); }
+    STDMETHODIMP get_SourceLeft(LONG* sourceLeft) override { return Forward(&IBasicVideo::get_SourceLeft, sourceLeft); }
     STDMETHODIMP put_SourceWidth(LONG sourceWidth) override {
         return Forward(&IBasicVideo::put_SourceWidth, sourceWidth);
     }
     STDMETHODIMP get_SourceWidth(LONG* sourceWidth) override {
         return Forward(&IBasicVideo::get_SourceWidth, sourceWidth);
     }
-    STDMETHODIMP put_SourceTop(LONG sourceTop) override {
-        return Forward(&IBasicVideo::put_SourceTop, sourceTop);
-    }
-    STDMETHODIMP get_SourceTop(LONG* sourceTop) override {
-        return Forward(&IBasicVideo::get_SourceTop, sourceTop);
-    }
+    STDMETHODIMP put_SourceTop(LONG sourceTop) override { return Forward(&IBasicVideo::put_SourceTop, sourceTop); }
+    STDMETHODIMP get_SourceTop(LONG* sourceTop) override { return Forward(&IBasicVideo::get_SourceTop, sourceTop); }
     STDMETHODIMP put_SourceHeight(LONG sourceHeight) override {
         return Forward(&IBasicVideo::put_SourceHeight, sourceHeight);
     }
@@ -193,9 +167,7 @@ public:
     STDMETHODIMP GetSourcePosition(LONG* left, LONG* top, LONG* width, LONG* height) override {
         return Forward(&IBasicVideo::GetSourcePosition, left, top, width, height);
     }
-    STDMETHODIMP SetDefaultSourcePosition() override {
-        return Forward(&IBasicVideo::SetDefaultSourcePosition);
-    }
+    STDMETHODIMP SetDefaultSourcePosition() override { return Forward(&IBasicVideo::SetDefaultSourcePosition); }
     STDMETHODIMP SetDestinationPosition(LONG left, LONG top, LONG width, LONG height) override {
         return Forward(&IBasicVideo::SetDestinationPosition, left, top, width, height);
     }
@@ -208,17 +180,14 @@ public:
     STDMETHODIMP GetVideoSize(LONG* width, LONG* height) override {
         return Forward(&IBasicVideo::GetVideoSize, width, height);
     }
-    STDMETHODIMP GetVideoPaletteEntries(LONG startIndex, LONG entries, LONG* retrieved,
-                                        LONG* palette) override {
+    STDMETHODIMP GetVideoPaletteEntries(LONG startIndex, LONG entries, LONG* retrieved, LONG* palette) override {
         return Forward(&IBasicVideo::GetVideoPaletteEntries, startIndex, entries, retrieved, palette);
     }
     STDMETHODIMP GetCurrentImage(LONG* bufferSize, LONG* image) override {
         return Forward(&IBasicVideo::GetCurrentImage, bufferSize, image);
     }
     STDMETHODIMP IsUsingDefaultSource() override { return Forward(&IBasicVideo::IsUsingDefaultSource); }
-    STDMETHODIMP IsUsingDefaultDestination() override {
-        return Forward(&IBasicVideo::IsUsingDefaultDestination);
-    }
+    STDMETHODIMP IsUsingDefaultDestination() override { return Forward(&IBasicVideo::IsUsingDefaultDestination); }
 };
 
 class BasicAudioFace : public Forwarder<IBasicAudio, NoDispatch<Face<IBasicAudio>>> {
@@ -233,9 +202,7 @@ public:
 class MediaPositionFace : public Forwarder<IMediaPosition, NoDispatch<Face<IMediaPosition>>> {
 public:
     using Forwarder::Forwarder;
-    STDMETHODIMP get_Duration(REFTIME* length) override {
-        return Forward(&IMediaPosition::get_Duration, length);
-    }
+    STDMETHODIMP get_Duration(REFTIME* length) override { return Forward(&IMediaPosition::get_Duration, length); }
     STDMETHODIMP put_CurrentPosition(REFTIME time) override {
         return Forward(&IMediaPosition::put_CurrentPosition, time);
     }
@@ -244,12 +211,8 @@ public:
     }
     STDMETHODIMP get_StopTime(REFTIME* time) override { return Forward(&IMediaPosition::get_StopTime, time); }
     STDMETHODIMP put_StopTime(REFTIME time) override { return Forward(&IMediaPosition::put_StopTime, time); }
-    STDMETHODIMP get_PrerollTime(REFTIME* time) override {
-        return Forward(&IMediaPosition::get_PrerollTime, time);
-    }
-    STDMETHODIMP put_PrerollTime(REFTIME time) override {
-        return Forward(&IMediaPosition::put_PrerollTime, time);
-    }
+    STDMETHODIMP get_PrerollTime(REFTIME* time) override { return Forward(&IMediaPosition::get_PrerollTime, time); }
+    STDMETHODIMP put_PrerollTime(REFTIME time) override { return Forward(&IMediaPosition::put_PrerollTime, time); }
     STDMETHODIMP put_Rate(double rate) override { return Forward(&IMediaPosition::put_Rate, rate); }
     STDMETHODIMP get_Rate(double* rate) override { return Forward(&IMediaPosition::get_Rate, rate); }
     STDMETHODIMP CanSeekForward(LONG* canSeekForward) override {
@@ -275,21 +238,13 @@ public:
     STDMETHODIMP QueryPreferredFormat(GUID* format) override {
         return Forward(&IMediaSeeking::QueryPreferredFormat, format);
     }
-    STDMETHODIMP GetTimeFormat(GUID* format) override {
-        return Forward(&IMediaSeeking::GetTimeFormat, format);
-    }
+    STDMETHODIMP GetTimeFormat(GUID* format) override { return Forward(&IMediaSeeking::GetTimeFormat, format); }
     STDMETHODIMP IsUsingTimeFormat(const GUID* format) override {
         return Forward(&IMediaSeeking::IsUsingTimeFormat, format);
     }
-    STDMETHODIMP SetTimeFormat(const GUID* format) override {
-        return Forward(&IMediaSeeking::SetTimeFormat, format);
-    }
-    STDMETHODIMP GetDuration(LONGLONG* duration) override {
-        return Forward(&IMediaSeeking::GetDuration, duration);
-    }
-    STDMETHODIMP GetStopPosition(LONGLONG* stop) override {
-        return Forward(&IMediaSeeking::GetStopPosition, stop);
-    }
+    STDMETHODIMP SetTimeFormat(const GUID* format) override { return Forward(&IMediaSeeking::SetTimeFormat, format); }
+    STDMETHODIMP GetDuration(LONGLONG* duration) override { return Forward(&IMediaSeeking::GetDuration, duration); }
+    STDMETHODIMP GetStopPosition(LONGLONG* stop) override { return Forward(&IMediaSeeking::GetStopPosition, stop); }
     STDMETHODIMP GetCurrentPosition(LONGLONG* current) override {
         return Forward(&IMediaSeeking::GetCurrentPosition, current);
     }
@@ -297,8 +252,7 @@ public:
                                    const GUID* sourceFormat) override {
         return Forward(&IMediaSeeking::ConvertTimeFormat, target, targetFormat, source, sourceFormat);
     }
-    STDMETHODIMP SetPositions(LONGLONG* current, DWORD currentFlags, LONGLONG* stop,
-                              DWORD stopFlags) override {
+    STDMETHODIMP SetPositions(LONGLONG* current, DWORD currentFlags, LONGLONG* stop, DWORD stopFlags) override {
         return Forward(&IMediaSeeking::SetPositions, current, currentFlags, stop, stopFlags);
     }
     STDMETHODIMP GetPositions(LONGLONG* current, LONGLONG* stop) override {
@@ -309,9 +263,7 @@ public:
     }
     STDMETHODIMP SetRate(double rate) override { return Forward(&IMediaSeeking::SetRate, rate); }
     STDMETHODIMP GetRate(double* rate) override { return Forward(&IMediaSeeking::GetRate, rate); }
-    STDMETHODIMP GetPreroll(LONGLONG* preroll) override {
-        return Forward(&IMediaSeeking::GetPreroll, preroll);
-    }
+    STDMETHODIMP GetPreroll(LONGLONG* preroll) override { return Forward(&IMediaSeeking::GetPreroll, preroll); }
 };
 
 } // namespace dshow

@@ -21,16 +21,14 @@ void Combine(HRESULT& result, HRESULT next) {
 bool IsRenderer(IBaseFilter* filter) {
     if (const auto flags = QueryFor<IAMFilterMiscFlags>(filter, IID_IAMFilterMiscFlags))
         return (flags->GetMiscFlags() & AM_FILTER_MISC_FLAGS_IS_RENDERER) != 0;
-    if (!QueryFor<IMediaSeeking>(filter, IID_IMediaSeeking) &&
-        !QueryFor<IMediaPosition>(filter, IID_IMediaPosition))
+    if (!QueryFor<IMediaSeeking>(filter, IID_IMediaSeeking) && !QueryFor<IMediaPosition>(filter, IID_IMediaPosition))
         return false;
     return std::ranges::all_of(PinsOf(filter), [](const auto& pin) { return IsInput(pin.Get()); });
 }
 
 } // namespace
 
-StateControl::StateControl(ce::Clock& clock, std::recursive_mutex& lock, FilterList& filters,
-                           EventQueue& events)
+StateControl::StateControl(ce::Clock& clock, std::recursive_mutex& lock, FilterList& filters, EventQueue& events)
     : clock_(clock), lock_(lock), filters_(filters), events_(events), cancel_(clock), started_(clock) {}
 
 StateControl::~StateControl() {
@@ -45,6 +43,7 @@ HRESULT StateControl::Run() {
     const std::scoped_lock lock(lock_);
     if (state_ == State_Running)
         return S_OK;
+    PrepareSweep();
     HRESULT result = S_OK;
     if (state_ == State_Stopped) {
         result = PauseAll();
@@ -70,6 +69,7 @@ HRESULT StateControl::Pause() {
         elapsed_ += Now() - startTime_;
         events_.EndRun();
     }
+    PrepareSweep();
     const HRESULT result = PauseAll();
     if (SUCCEEDED(result))
         state_ = State_Paused;
@@ -81,6 +81,7 @@ HRESULT StateControl::Stop() {
     const std::scoped_lock lock(lock_);
     if (state_ == State_Stopped && !halfPaused_)
         return S_OK;
+    filters_.SortDownstreamFirst();
     HRESULT result = S_OK;
     if (state_ == State_Running) {
         events_.EndRun();
@@ -91,13 +92,16 @@ HRESULT StateControl::Stop() {
     state_ = State_Stopped;
     halfPaused_ = false;
     elapsed_ = 0;
-    return FAILED(result) ? result : S_OK;
+    return result;
+}
+
+void StateControl::PrepareSweep() {
+    filters_.SortDownstreamFirst();
+    if (!clockChosen_)
+        SetDefaultClock();
 }
 
 HRESULT StateControl::PauseAll() {
-    if (!clockChosen_)
-        SetDefaultClock();
-    filters_.SortDownstreamFirst();
     HRESULT result = S_OK;
     for (const FilterEntry& entry : filters_.Entries()) {
         Combine(result, entry.filter->Pause());
@@ -227,7 +231,6 @@ HRESULT StateControl::SetClock(IReferenceClock* clock) {
         return result;
     reference_ = ComPtr<IReferenceClock>::Share(clock);
     clockChosen_ = true;
-    clockIsDefault_ = false;
     clockFilter_ = nullptr;
     events_.Report(EC_CLOCK_CHANGED, 0, 0);
     return S_OK;
@@ -247,7 +250,6 @@ HRESULT StateControl::SetDefaultClock() {
     if (!clock)
         clock = ComPtr<IReferenceClock>::Adopt(new SystemClock(clock_));
     const HRESULT result = SetClock(clock.Get());
-    clockIsDefault_ = true;
     clockFilter_ = filter;
     return result;
 }
@@ -264,7 +266,6 @@ void StateControl::OnRemoving(IBaseFilter* filter) {
     // again.
     SetClock(nullptr);
     clockChosen_ = false;
-    clockIsDefault_ = true;
 }
 
 // --- faces

@@ -40,6 +40,7 @@ public:
     void OnRemoving(IBaseFilter* filter);
 
 private:
+    void PrepareSweep();
     [[nodiscard]] HRESULT PauseAll();
     [[nodiscard]] HRESULT StartAll();
     [[nodiscard]] bool HasLiveSource();
@@ -58,9 +59,8 @@ private:
     FILTER_STATE state_ = State_Stopped;
     bool halfPaused_ = false;  // a Pause failed on the way: some filters are paused although the graph is not
     bool clockChosen_ = false; // by SetClock or by the first Run
-    bool clockIsDefault_ = true; // may be chosen anew when its filter leaves
     ComPtr<IReferenceClock> reference_;
-    IBaseFilter* clockFilter_ = nullptr; // the filter whose clock it is
+    IBaseFilter* clockFilter_ = nullptr; // the filter whose clock it is, if it was chosen by the graph
     REFERENCE_TIME startTime_ = 0;       // of the present run
     REFERENCE_TIME elapsed_ = 0;         // stream time when the graph was paused
 
@@ -111,9 +111,7 @@ public:
     STDMETHODIMP QueryInterface(REFIID iid, void** object) override;
     STDMETHODIMP GetTime(REFERENCE_TIME* time) override;
     STDMETHODIMP AdviseTime(REFERENCE_TIME, REFERENCE_TIME, HEVENT, DWORD_PTR*) override { return E_NOTIMPL; }
-    STDMETHODIMP AdvisePeriodic(REFERENCE_TIME, REFERENCE_TIME, HSEMAPHORE, DWORD_PTR*) override {
-        return E_NOTIMPL;
-    }
+    STDMETHODIMP AdvisePeriodic(REFERENCE_TIME, REFERENCE_TIME, HSEMAPHORE, DWORD_PTR*) override { return E_NOTIMPL; }
     STDMETHODIMP Unadvise(DWORD_PTR) override { return E_NOTIMPL; }
 
 private:

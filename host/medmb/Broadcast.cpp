@@ -189,10 +189,12 @@ void Broadcast::SetCounters(std::uint32_t generation, const StageCounters& value
         counters = values;
 }
 
-void Broadcast::SetScrambled(std::uint32_t generation, bool scrambled) {
+void Broadcast::Describe(std::uint32_t generation, const std::string& label, bool scrambled) {
     const std::lock_guard lock(mutex);
-    if (generation != 0 && service.generation == generation)
-        service.scrambled = scrambled;
+    if (generation == 0 || service.generation != generation)
+        return;
+    service.label = label;
+    service.scrambled = scrambled;
 }
 
 ReadResult Broadcast::ReadItem(const BroadcastReader& reader, BroadcastItem& item, std::chrono::milliseconds limit) {

@@ -168,7 +168,8 @@ public:
     void Put(std::uint32_t generation, BroadcastItem item);
     void SetSignal(std::uint32_t generation, SignalState state);
     void SetCounters(std::uint32_t generation, const StageCounters& counters);
-    void SetScrambled(std::uint32_t generation, bool scrambled);
+    // What the service information tells later: the label may come after the data.
+    void Describe(std::uint32_t generation, const std::string& label, bool scrambled);
 
     // About two seconds of the largest sub-channel.
     static constexpr std::size_t kQueueBytes = 512 * 1024;

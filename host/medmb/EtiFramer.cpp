@@ -27,7 +27,8 @@ void EtiFramer::Push(ByteSpan bytes) {
 
 void EtiFramer::Reset() {
     buffer.clear();
-    position = paddingUntil = due = 0;
+    position = due = 0;
+    paddingUntil = kHeadBytes;
     locked = finished = false;
 }
 
@@ -56,14 +57,19 @@ EtiFramer::Verdict EtiFramer::Judge(const EtiFrame& frame) const {
     return wire::HasEtiSync(Rest().subspan(wire::kEtiFrameBytes)) ? Verdict::Frame : Verdict::NoFrame;
 }
 
-// Where another frame begins inside this one.
+// Where another frame begins before this one, with its padding, can be over. In streamed files the next one rightly begins
+// where the content ends.
 std::optional<std::size_t> EtiFramer::HeaderInside(const EtiFrame& frame) const {
-    for (std::size_t at = wire::kEtiSyncBytes; at + wire::kEtiSyncBytes <= frame.Length(); ++at) {
+    const std::size_t end = std::min(wire::kEtiFrameBytes, Rest().size());
+    for (std::size_t at = wire::kEtiSyncBytes; at + wire::kEtiSyncBytes <= end; ++at) {
         const ByteSpan rest = Rest().subspan(at);
-        if (!wire::HasEtiSync(rest.first(wire::kEtiSyncBytes)))
+        if (!wire::HasEtiSync(rest.first(wire::kEtiSyncBytes)) || at == frame.Length() ||
+            at == frame.Length() + kLengthWordBytes)
             continue;
+        if (at > frame.Length() && rest.size() < 8)
+            return at;
         const auto inner = EtiFrame::Parse(rest);
-        if (inner && inner->HeaderCrcOk())
+        if ((inner && inner->HeaderCrcOk()) || at > frame.Length())
             return at;
     }
     return std::nullopt;

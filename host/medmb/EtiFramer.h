@@ -35,6 +35,8 @@ public:
     [[nodiscard]] const Counters& Count() const { return counters; }
 
 private:
+    static constexpr std::size_t kHeadBytes = 6;
+
     enum class Verdict : std::uint8_t { Frame, NoFrame, NeedMore };
 
     [[nodiscard]] wire::ByteSpan Rest() const { return wire::ByteSpan(buffer).subspan(position); }
@@ -44,9 +46,11 @@ private:
     void Skip(std::size_t count);
 
     wire::ByteVector buffer;
-    std::size_t position = 0;     // of the next byte to look at
-    std::size_t paddingUntil = 0; // bytes before it are the padding of the frame delivered last
-    std::size_t due = 0;          // where a raw stream's next frame begins
+    std::size_t position = 0; // of the next byte to look at
+    // Bytes before it are the padding of the frame delivered last; at the very beginning, the head of a framed file: number of
+    // frames and length word.
+    std::size_t paddingUntil = kHeadBytes;
+    std::size_t due = 0; // where a raw stream's next frame begins
     bool locked = false;
     bool finished = false;
     Counters counters;

@@ -64,6 +64,7 @@ MotAssembler::Object& MotAssembler::Find(std::uint16_t transportId) {
     if (found == objects.end()) {
         objects.emplace_front();
         objects.front().transportId = transportId;
+        objects.front().begunAt = finishedObjects;
     } else {
         objects.splice(objects.begin(), objects, found);
     }
@@ -91,6 +92,12 @@ std::optional<MotObject> MotAssembler::Push(const wire::MscDataGroup& group) {
     if (!segment)
         return std::nullopt;
     Object& object = Find(group.transportId);
+    if (isHeader && object.header.segments.empty() && !object.body.Complete() && object.begunAt != finishedObjects) {
+        // The tail of a body that was under way when we tuned in, and its carousel has gone on to another object since: this
+        // header begins a new transmission, and only its own segments are sure to be of the same version.
+        object.body = {};
+        object.begunAt = finishedObjects;
+    }
     Parts& parts = isHeader ? object.header : object.body;
     if (!parts.Add(group, segment->data)) {
         // A new object under an old identifier: what was collected belongs to the old one.
@@ -123,6 +130,7 @@ std::optional<MotObject> MotAssembler::TryFinish(Object& object) {
     result.body = object.body.Join();
     const std::uint16_t id = object.transportId;
     objects.pop_front();
+    ++finishedObjects;
     if (lastId == id && lastBody == result.body && lastName == header->contentName)
         return std::nullopt;
     lastId = id;

@@ -49,6 +49,7 @@ private:
         std::uint16_t transportId = 0;
         Parts header;
         Parts body;
+        std::uint64_t begunAt = 0; // objects finished before its first group
     };
 
     [[nodiscard]] Object& Find(std::uint16_t transportId);
@@ -56,6 +57,7 @@ private:
     void Limit();
 
     std::list<Object> objects; // the one heard last is in front
+    std::uint64_t finishedObjects = 0;
     std::optional<std::uint16_t> lastId;
     wire::ByteVector lastBody;
     std::string lastName;

@@ -112,7 +112,7 @@ bool OuterDecoder::Acquire() {
     };
     std::vector<Candidate> candidates;
     for (std::size_t at = position; at < position + kCodewordBytes; ++at)
-        if (lostBytes[at] == 0 && stream[at] == kSync)
+        if (lostBytes[at] == 0)
             if (const int hits = SyncHits(at); hits >= kHitsToTry)
                 candidates.push_back({hits, at});
     std::stable_sort(candidates.begin(), candidates.end(),

@@ -40,11 +40,9 @@ void SignalMeter::AddMissing(std::uint64_t frames) {
 
 SignalMeter::Shares SignalMeter::Measure() const {
     FrameQuality sum;
-    int missing = 0;
     constexpr int kFibsOfMissing = 3;
     for (std::size_t i = 0; i < filled; ++i) {
         const FrameQuality& q = window[i];
-        missing += q.missing ? 1 : 0;
         sum.fibs += q.missing ? kFibsOfMissing : q.fibs;
         sum.fibErrors += q.missing ? kFibsOfMissing : q.fibErrors;
         sum.packets += q.packets;

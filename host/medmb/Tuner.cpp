@@ -97,7 +97,8 @@ struct Tuner::Session {
     Millis due = 0;       // when the next frame may be taken
     Millis lastFrame = 0; // when the last one came, or was found missing
     bool ended = false;
-    bool wasScrambled = false;
+    std::string label;
+    bool scrambled = false;
 };
 
 Tuner::Tuner(ce::Clock& clockToUse, Broadcast& broadcastToFill, std::unique_ptr<SourceProvider> sources, Log log)
@@ -191,17 +192,13 @@ bool Tuner::SetChannel(int hz, int type, std::uint32_t serviceId) {
     if (!FindService(*session, type))
         return false;
 
-    const Service& service = *session->receiver.Current();
     ServiceDescription description;
     description.kind = type == DMB_SERVICE_TYPE_DMB_VIDEO ? ServiceKind::Television : ServiceKind::Radio;
     description.frequency = static_cast<std::uint32_t>(hz);
     description.serviceId = serviceId;
-    description.label = service.label ? service.label->Utf8() : std::string();
-    description.scrambled = session->wasScrambled = service.Scrambled();
-    if (description.scrambled)
-        Say(description.label + " is scrambled: no picture or sound can be expected");
     session->generation = session->sink.generation = broadcast.Publish(std::move(description));
     session->due = session->lastFrame = clock.Now();
+    UpdateDescription(*session);
     UpdateSignal(*session, true);
     playing = std::move(session);
     worker = clock.StartWorker([this] { Play(*playing); });
@@ -295,14 +292,22 @@ void Tuner::PlayFrame(Session& session) {
     session.sink.time = session.receiver.FrameTime() * static_cast<std::uint64_t>(kFrame);
     session.receiver.Push(session.source->Frame(), session.source->Restarted());
     session.lastFrame = clock.Now();
+    UpdateDescription(session);
     UpdateSignal(session, true);
+}
+
+// Follows late labels, renames and scrambling that begins or ends.
+void Tuner::UpdateDescription(Session& session) {
     const auto& service = session.receiver.Current();
+    const std::string label = service && service->label ? service->label->Utf8() : session.label;
     const bool scrambled = (service && service->Scrambled()) || session.receiver.Counters().packetsScrambled > 0;
-    if (scrambled != session.wasScrambled) {
-        session.wasScrambled = scrambled;
-        broadcast.SetScrambled(session.generation, scrambled);
-        Say(scrambled ? "the service is scrambled" : "the service is no longer scrambled");
-    }
+    if (label == session.label && scrambled == session.scrambled)
+        return;
+    if (scrambled != session.scrambled)
+        Say(label + (scrambled ? " is scrambled: no picture or sound can be expected" : " is no longer scrambled"));
+    session.label = label;
+    session.scrambled = scrambled;
+    broadcast.Describe(session.generation, label, scrambled);
 }
 
 void Tuner::UpdateSignal(Session& session, bool measured) {

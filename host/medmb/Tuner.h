@@ -58,6 +58,7 @@ private:
     [[nodiscard]] bool FindService(Session& session, int type);
     void Play(Session& session);
     void PlayFrame(Session& session);
+    void UpdateDescription(Session& session);
     void UpdateSignal(Session& session, bool measured);
     void Remember(const BlockReport& report);
     [[nodiscard]] std::shared_ptr<Cancellation> BeginWork();

@@ -10,7 +10,7 @@
 #include "platform/velshell/VelPlayerView.h"
 
 #include "host/shell/core/BoxRecord.h"
-#include "host/shell/core/VideoPlane.h"
+#include "host/shell/gdi/VideoPlane.h"
 #include "host/shell/skin/SkinDescription.h"
 #include "host/shell/skin/SkinError.h"
 
@@ -65,8 +65,9 @@ public:
 
     // ---- Fingers, keys, time ----
 
-    // Presses and lets go an element of the window in front (a box, a dialog, else the view). False when it is not there, not
-    // visible, no button or disabled. What it does happens when messages are handled.
+    // Presses and lets go an element of the window in front: a box, a dialog, else the view; what lies beside a box that nobody
+    // waits for can be pressed too. False when it is not there, not visible, no button or disabled, or when the view refuses.
+    // What it does happens when messages are handled.
     bool Press(UINT element);
     // A touch at a point of the screen.
     void Click(int x, int y);
@@ -112,7 +113,7 @@ public:
 
     // ---- Looking ----
 
-    // An element of the window in front, or null.
+    // An element of the window in front (found as for Press), or null.
     [[nodiscard]] GButton* Element(UINT id) const;
     [[nodiscard]] const WCHAR* Title() const;
     // Writes the screen as PNG. False when the file cannot be written.

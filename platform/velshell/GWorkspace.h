@@ -11,7 +11,10 @@ class CVelDocument;
 class GObject;
 class GView;
 #ifndef _WIN32
-struct CREATESTRUCTW; // handed through to the base; only the shell looks inside
+// What a window is made with; handlers hand it to their base and look at nothing else.
+struct CREATESTRUCTW {
+    LONG x, y, cx, cy;
+};
 #endif
 
 // ---- Run-time classes -------------------------------------------------------------------------------------------------

@@ -52,14 +52,13 @@ protected:
     void ReadFolder();
     // Gives the row widgets the texts of the current list.
     void UpdateRows();
-    // Moves the first visible row, and the marked line (which stays visible), by so many lines.
-    void Scroll(int lines);
-    void MoveMark(int lines);
-    // A visible row was touched: its line is picked and the dialog ends with OK.
-    void OnClickRow(UINT id);
-    void OnClickPage(UINT id);
-    void OnKeyUp(UINT key, UINT repeatCount, UINT flags);
     LRESULT OnRefresh(WPARAM wParam, LPARAM lParam);
+    // A row was touched: the first touch marks it, the second takes it.
+    void PickRow(int row);
+    // Moves the list by so many rows; moves the marked line, which stays visible.
+    void Scroll(int rows);
+    void MoveMark(int rows);
+    void OnKeyUp(UINT key, UINT repeatCount, UINT flags);
 
     std::vector<WString> m_arrFileLines;
     ItemList m_FileItems;
@@ -68,4 +67,7 @@ protected:
     WString m_strFolder;
     int m_nFileType;
     int m_nSelection = -1;
+    struct FileDialogImpl;
+    FileDialogImpl* m_pFileDialog = nullptr;
+    friend class VelShellAccess;
 };

@@ -69,10 +69,10 @@ public:
                 continue;
             }
             at += 2;
-            if (marker == 0xD9) {
+            if (marker == 0xD9 && !parts.empty()) {
                 return;
             }
-            if (marker == 0x00 || (marker >= 0xD0 && marker <= 0xD8)) {
+            if (marker == 0x00 || marker == 0xD9 || (marker >= 0xD0 && marker <= 0xD8)) {
                 continue;
             }
             const std::size_t length = static_cast<std::size_t>(Word(at));
@@ -260,8 +260,7 @@ private:
             for (const Part& part : parts) {
                 const Plane& plane = planes[static_cast<std::size_t>(part.plane)];
                 for (int i = 0; i < plane.h * plane.v; ++i) {
-                    DecodeBlock(part, unit % mcusWide * plane.h + i % plane.h,
-                                unit / mcusWide * plane.v + i / plane.h);
+                    DecodeBlock(part, unit % mcusWide * plane.h + i % plane.h, unit / mcusWide * plane.v + i / plane.h);
                 }
             }
         }
@@ -448,7 +447,8 @@ Picture Model::Render(const Shape& shape, char colour) const {
     for (const Plane& plane : planes) {
         std::array<double, 64> quant{};
         for (int i = 0; i < 64; ++i) {
-            quant[static_cast<std::size_t>(i)] = CarriedQuantiser(plane.quant[static_cast<std::size_t>(i)], i % 8, i / 8);
+            quant[static_cast<std::size_t>(i)] =
+                CarriedQuantiser(plane.quant[static_cast<std::size_t>(i)], i % 8, i / 8);
         }
         std::vector<double> out(static_cast<std::size_t>(plane.blocksWide * side) *
                                 static_cast<std::size_t>(plane.blocksHigh * side));
@@ -513,8 +513,8 @@ Picture Model::Render(const Shape& shape, char colour) const {
                 const double cr = sampleAt(2, x, y) - 127;
                 rgb = {Limit(luma + 1.402 * cr), Limit(luma - 0.34414 * cb - 0.71414 * cr), Limit(luma + 1.772 * cb)};
             }
-            const std::size_t to = static_cast<std::size_t>(outY) * static_cast<std::size_t>(shape.width) +
-                                   static_cast<std::size_t>(outX);
+            const std::size_t to =
+                static_cast<std::size_t>(outY) * static_cast<std::size_t>(shape.width) + static_cast<std::size_t>(outX);
             ++counts[to];
             for (std::size_t c = 0; c < 3; ++c) {
                 picture.rgb[3 * to + c] += rgb[c];

@@ -17,7 +17,7 @@ struct Picture {
 };
 
 struct Shape {
-    int width = 0;  // fitted size, given from outside
+    int width = 0; // fitted size, given from outside
     int height = 0;
     int reduction = 0;
 };

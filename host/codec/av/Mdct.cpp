@@ -17,13 +17,13 @@ struct Mdct::Impl {
 
 Mdct::Mdct(Direction direction, unsigned lines, float scale) : impl(std::make_unique<Impl>()) {
     const bool inverse = direction == Direction::kInverse;
-    std::uint64_t flags = AV_TX_UNALIGNED;
+    std::uint64_t flags = 0;
     if (inverse) {
-        flags |= AV_TX_FULL_IMDCT;
+        flags = AV_TX_FULL_IMDCT;
         scale = -scale; // the library's full inverse has the other polarity
     }
-    if (av_tx_init(&impl->context, &impl->run, AV_TX_FLOAT_MDCT, inverse ? 1 : 0, static_cast<int>(lines),
-                   &scale, flags) < 0)
+    if (av_tx_init(&impl->context, &impl->run, AV_TX_FLOAT_MDCT, inverse ? 1 : 0, static_cast<int>(lines), &scale,
+                   flags) < 0)
         throw std::bad_alloc();
 }
 

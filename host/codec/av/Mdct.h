@@ -1,6 +1,7 @@
 // The modified discrete cosine transform, from libavutil.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 
 namespace codec::av {
@@ -10,6 +11,8 @@ namespace codec::av {
 //   forward  X[k] = scale * sum over n of x[n] cos(the same)
 class Mdct {
 public:
+    static constexpr std::size_t kAlignment = 64; // what the widest vector instructions ask for
+
     enum class Direction { kForward, kInverse };
 
     // `lines` is a power of two, 32 or more. Throws std::bad_alloc.

@@ -40,8 +40,8 @@ int CVelDocument::CheckFileType(const WCHAR* path) const {
     const WStringView name(path);
     const auto endsIn = [name](WStringView suffix) {
         const auto lower = [](WCHAR c) { return c >= 'A' && c <= 'Z' ? static_cast<WCHAR>(c + 32) : c; };
-        return name.size() > suffix.size() &&
-               std::equal(suffix.rbegin(), suffix.rend(), name.rbegin(), [&](WCHAR a, WCHAR b) { return a == lower(b); });
+        return name.size() > suffix.size() && std::equal(suffix.rbegin(), suffix.rend(), name.rbegin(),
+                                                         [&](WCHAR a, WCHAR b) { return a == lower(b); });
     };
     constexpr int kRecordedBroadcast = 4;
     constexpr int kTransportStream = 5;

@@ -18,6 +18,14 @@ std::string ParameterText(LONG_PTR value) {
 
 void EffectLog::Note(std::string line) {
     const std::lock_guard lock(mutex);
+    Append(std::move(line));
+}
+
+void EffectLog::Append(std::string line) {
+    constexpr std::size_t kMostLines = 10000;
+    if (lines.size() == kMostLines) {
+        lines.pop_front();
+    }
     lines.push_back(std::move(line));
 }
 
@@ -28,9 +36,15 @@ void EffectLog::NotePosted(HWND window, UINT message, WPARAM wParam, LPARAM lPar
     if (message == WM_COMMAND) {
         line += "command " + std::to_string(wParam & 0xFFFF);
     } else {
-        line += std::to_string(message) + " " + ParameterText(static_cast<LONG_PTR>(wParam)) + " " + ParameterText(lParam);
+        line +=
+            std::to_string(message) + " " + ParameterText(static_cast<LONG_PTR>(wParam)) + " " + ParameterText(lParam);
     }
-    lines.push_back(std::move(line));
+    Append(std::move(line));
+}
+
+void EffectLog::ForgetWindow(HWND window) {
+    const std::lock_guard lock(mutex);
+    names.erase(window);
 }
 
 void EffectLog::NameWindow(HWND window, std::string name) {
@@ -40,7 +54,7 @@ void EffectLog::NameWindow(HWND window, std::string name) {
 
 std::vector<std::string> EffectLog::Lines() const {
     const std::lock_guard lock(mutex);
-    return lines;
+    return {lines.begin(), lines.end()};
 }
 
 void EffectLog::Clear() {

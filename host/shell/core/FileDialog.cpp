@@ -1,20 +1,23 @@
-// The list dialog: rows over whatever lines are current, a folder's files to begin with.
-#include "host/shell/core/ShellCore.h"
+// The list dialog: rows over lines, with scrolling and selection, and the files of a folder as its own lines.
 #include "platform/velshell/VelFileDialog.h"
+
+#include "host/shell/core/ShellCore.h"
 
 #include <algorithm>
 
 using shell::ShellCore;
 
+struct CVelFileDialog::FileDialogImpl {
+    std::vector<ULONGLONG> sizes; // of the files, in the order of the lines
+};
+
 namespace {
 
-constexpr UINT kFirstRow = 40; // elements 40 to 49
-constexpr int kRowLimit = 10;
-constexpr int kFileRows = 5;
-constexpr UINT kPageUp = 51;
-constexpr UINT kPageDown = 52;
-
-constexpr UINT kKeyPageUp = 33, kKeyPageDown = 34, kKeyUp = 38, kKeyDown = 40;
+constexpr UINT kFirstRow = 40;
+constexpr int kMostRows = 10;
+constexpr UINT kScrollUp = 71, kScrollDown = 72;
+// Distance of the length from the right side of its row.
+constexpr int kSizeMargin = 16;
 
 } // namespace
 
@@ -22,18 +25,30 @@ const GRuntimeClass CVelFileDialog::classCVelFileDialog = {"CVelFileDialog", nul
 
 const GMessageMap CVelFileDialog::messageMap = [] {
     static const GMessageEntry rows[] = {
-        GMap::OnCommandRange<&CVelFileDialog::OnClickRow>(kFirstRow, kFirstRow + kRowLimit - 1),
-        GMap::OnCommandRange<&CVelFileDialog::OnClickPage>(kPageUp, kPageDown),
-        GMap::OnKeyUp<&CVelFileDialog::OnKeyUp>(),
         GMap::OnMessage<&CVelFileDialog::OnRefresh>(WM_LIST_REFRESH),
+        {WM_COMMAND, kFirstRow, kFirstRow + kMostRows - 1,
+         [](GView* self, WPARAM id, LPARAM) -> LRESULT {
+             static_cast<CVelFileDialog*>(self)->PickRow(static_cast<int>(id & 0xFFFF) - static_cast<int>(kFirstRow));
+             return 0;
+         }},
+        {WM_COMMAND, kScrollUp, kScrollDown,
+         [](GView* self, WPARAM id, LPARAM) -> LRESULT {
+             auto* dialog = static_cast<CVelFileDialog*>(self);
+             dialog->Scroll((id & 0xFFFF) == kScrollUp ? -dialog->GetVisibleRows() : dialog->GetVisibleRows());
+             return 0;
+         }},
+        GMap::OnKeyUp<&CVelFileDialog::OnKeyUp>(),
     };
     return GMessageMap{&CVelDialog::messageMap, rows, 4};
 }();
 
 CVelFileDialog::CVelFileDialog(GView* parent, const WCHAR* folder, int fileType)
-    : CVelDialog(parent), m_strFolder(folder), m_nFileType(fileType) {}
+    : CVelDialog(parent), m_strFolder(folder ? folder : u""), m_nFileType(fileType), m_pFileDialog(new FileDialogImpl) {
+}
 
-CVelFileDialog::~CVelFileDialog() = default;
+CVelFileDialog::~CVelFileDialog() {
+    delete m_pFileDialog;
+}
 
 const GRuntimeClass* CVelFileDialog::GetRuntimeClass() const {
     return &classCVelFileDialog;
@@ -52,31 +67,62 @@ int CVelFileDialog::OnInitDialog() {
     return 1;
 }
 
+void CVelFileDialog::OnOK() {
+    const bool marked = m_pItems->marked >= 0 && m_pItems->marked < static_cast<int>(m_pLines->size());
+    m_nSelection = marked ? m_pItems->marked : -1;
+    EndDialog(kDialogOk);
+}
+
+// The widgets, and beside each file its length.
 void CVelFileDialog::OnDraw(HDC dc) {
     CVelDialog::OnDraw(dc);
+    if (m_pItems != &m_FileItems) {
+        return;
+    }
+    SetBkMode(dc, TRANSPARENT);
+    SetTextColor(dc, RGB(0xB7, 0xC4, 0xD3));
+    const HGDIOBJ before = SelectObject(dc, GetDefaultFont());
+    for (int row = 0; row < GetVisibleRows(); ++row) {
+        const auto index = static_cast<std::size_t>(m_FileItems.top + row);
+        const GButton* widget = Find(kFirstRow + static_cast<UINT>(row));
+        if (widget && index < m_pFileDialog->sizes.size()) {
+            constexpr ULONGLONG kTenthOfMegabyte = 104858;
+            const auto tenths = static_cast<UINT>(m_pFileDialog->sizes[index] / kTenthOfMegabyte);
+            const WString text = FormatW(u"%u.%u MB", tenths / 10, tenths % 10);
+            SIZE size = {};
+            GetTextExtentExPointW(dc, text.c_str(), static_cast<int>(text.size()), 0, nullptr, nullptr, &size);
+            RECT area = widget->GetRect();
+            area.left = area.right - kSizeMargin - size.cx;
+            area.top = (area.top + area.bottom - size.cy) / 2;
+            DrawTextW(dc, text.c_str(), -1, &area, 0);
+        }
+    }
+    SelectObject(dc, before);
 }
 
 int CVelFileDialog::GetVisibleRows() {
-    return kFileRows;
+    return kMostRows / 2;
 }
 
 void CVelFileDialog::SetItemCount(ItemList& items, int count) {
-    items.count = count;
-    items.marked = std::min(items.marked, count - 1);
-    items.top = std::clamp(items.top, 0, std::max(0, count - GetVisibleRows()));
+    items.count = std::max(count, 0);
+    items.marked = items.marked < items.count ? items.marked : -1;
+    items.top = std::clamp(items.top, 0, std::max(items.count - GetVisibleRows(), 0));
 }
 
 void CVelFileDialog::ReadFolder() {
     m_arrFileLines.clear();
+    m_pFileDialog->sizes.clear();
     ShellCore* core = ShellCore::Current();
     const auto entries = core ? core->ce.files().List(m_strFolder.c_str()) : std::nullopt;
     if (entries) {
         for (const ce::FolderEntry& entry : *entries) {
             const int type = core->document.CheckFileType(entry.name.c_str());
-            const bool listed = m_nFileType == kListTypeRecordings ? type == kFileTypeDMB || type == kFileTypeTS
-                                                                   : type == m_nFileType;
-            if (!entry.isFolder && listed) {
+            const bool wanted =
+                m_nFileType == kListTypeRecordings ? type == kFileTypeDMB || type == kFileTypeTS : type == m_nFileType;
+            if (!entry.isFolder && wanted) {
                 m_arrFileLines.push_back(entry.name);
+                m_pFileDialog->sizes.push_back(entry.size);
             }
         }
     }
@@ -84,58 +130,63 @@ void CVelFileDialog::ReadFolder() {
 }
 
 void CVelFileDialog::UpdateRows() {
-    const int rows = GetVisibleRows();
-    for (int row = 0; row < kRowLimit; ++row) {
-        GButton* button = Find(kFirstRow + static_cast<UINT>(row));
-        if (!button) {
-            continue;
+    const int visible = GetVisibleRows();
+    for (int row = 0; row < kMostRows; ++row) {
+        if (GButton* widget = Find(kFirstRow + static_cast<UINT>(row))) {
+            const int index = m_pItems->top + row;
+            const bool used = row < visible && index < m_pItems->count && index < static_cast<int>(m_pLines->size());
+            widget->SetText(used ? (*m_pLines)[static_cast<std::size_t>(index)].c_str() : nullptr, 0);
+            widget->SetSelected(used && index == m_pItems->marked, 0);
         }
-        const int line = m_pItems->top + row;
-        const bool filled = row < rows && line < m_pItems->count && line < static_cast<int>(m_pLines->size());
-        button->SetText(filled ? (*m_pLines)[static_cast<std::size_t>(line)].c_str() : nullptr, 0);
-        button->SetSelected(filled && line == m_pItems->marked, 0);
     }
-    RefreshWindow();
+    const int last = std::max(m_pItems->count - visible, 0);
+    if (GButton* up = Find(kScrollUp)) {
+        up->SetState(m_pItems->top > 0 ? kButtonNormal : kButtonDisabled, 0);
+    }
+    if (GButton* down = Find(kScrollDown)) {
+        down->SetState(m_pItems->top < last ? kButtonNormal : kButtonDisabled, 0);
+    }
 }
 
-void CVelFileDialog::Scroll(int lines) {
-    m_pItems->top = std::clamp(m_pItems->top + lines, 0, std::max(0, m_pItems->count - GetVisibleRows()));
+// Reads the current list again: the folder for the file pair, the prepared lines for any other.
+LRESULT CVelFileDialog::OnRefresh(WPARAM /*wParam*/, LPARAM /*lParam*/) {
+    if (m_pItems == &m_FileItems) {
+        ReadFolder();
+    } else {
+        SetItemCount(*m_pItems, static_cast<int>(m_pLines->size()));
+    }
+    UpdateRows();
+    return 0;
+}
+
+// The first touch marks a row, the second takes it.
+void CVelFileDialog::PickRow(int row) {
+    const int index = m_pItems->top + row;
+    if (row >= GetVisibleRows() || index >= m_pItems->count) {
+        return;
+    }
+    if (m_pItems->marked == index) {
+        OnOK();
+        return;
+    }
+    m_pItems->marked = index;
     UpdateRows();
 }
 
-void CVelFileDialog::MoveMark(int lines) {
-    if (m_pItems->count == 0) {
-        return;
-    }
-    m_pItems->marked = std::clamp(m_pItems->marked + lines, 0, m_pItems->count - 1);
-    m_pItems->top = std::clamp(m_pItems->top, m_pItems->marked - GetVisibleRows() + 1, m_pItems->marked);
-    Scroll(0);
-}
-
-void CVelFileDialog::OnClickRow(UINT id) {
-    const int line = m_pItems->top + static_cast<int>(id - kFirstRow);
-    if (line < m_pItems->count) {
-        m_pItems->marked = line;
-        OnOK();
-    }
-}
-
-void CVelFileDialog::OnClickPage(UINT id) {
-    Scroll(id == kPageUp ? -GetVisibleRows() : GetVisibleRows());
-}
-
+// Arrow keys move the mark, the channel keys move it by a page; the rest is every dialog's.
 void CVelFileDialog::OnKeyUp(UINT key, UINT repeatCount, UINT flags) {
+    constexpr UINT kPageUp = 33, kPageDown = 34, kUp = 38, kDown = 40;
     switch (key) {
-    case kKeyUp:
+    case kUp:
         MoveMark(-1);
         break;
-    case kKeyDown:
+    case kDown:
         MoveMark(+1);
         break;
-    case kKeyPageUp:
+    case kPageUp:
         MoveMark(-GetVisibleRows());
         break;
-    case kKeyPageDown:
+    case kPageDown:
         MoveMark(GetVisibleRows());
         break;
     default:
@@ -144,13 +195,17 @@ void CVelFileDialog::OnKeyUp(UINT key, UINT repeatCount, UINT flags) {
     }
 }
 
-void CVelFileDialog::OnOK() {
-    m_nSelection = m_pItems->marked;
-    CVelDialog::OnOK();
+void CVelFileDialog::MoveMark(int rows) {
+    if (m_pItems->count == 0) {
+        return;
+    }
+    m_pItems->marked = std::clamp(m_pItems->marked + rows, 0, m_pItems->count - 1);
+    m_pItems->top = std::clamp(m_pItems->top, m_pItems->marked - GetVisibleRows() + 1, m_pItems->marked);
+    Scroll(0);
 }
 
-LRESULT CVelFileDialog::OnRefresh(WPARAM /*wParam*/, LPARAM /*lParam*/) {
-    ReadFolder();
+void CVelFileDialog::Scroll(int rows) {
+    const int last = std::max(m_pItems->count - GetVisibleRows(), 0);
+    m_pItems->top = std::clamp(m_pItems->top + rows, 0, last);
     UpdateRows();
-    return 0;
 }

@@ -63,22 +63,28 @@ bool ShellCore::TakesInput(const Window& window) const {
     return modalWindows.empty() || window.handle == modalWindows.back() || window.kind == WindowKind::MessageBox;
 }
 
-Window* ShellCore::InputWindow() {
-    if (const MessageBoxDialog* box = boxes.Front()) {
-        return windows.Find(box->GetSafeHwnd());
+// A box that nobody waits for does not keep the user from what lies beside it.
+std::vector<Window*> ShellCore::InputWindows() {
+    std::vector<Window*> result;
+    const HWND top = !modalWindows.empty() ? modalWindows.back() : view ? view->GetSafeHwnd() : main->GetSafeHwnd();
+    const MessageBoxDialog* box = boxes.Front();
+    if (box && box->GetSafeHwnd() != top) {
+        result.push_back(windows.Find(box->GetSafeHwnd()));
     }
-    if (!modalWindows.empty()) {
-        return windows.Find(modalWindows.back());
+    if (Window* window = windows.Find(top)) {
+        result.push_back(window);
     }
-    return windows.Find(view ? view->GetSafeHwnd() : main->GetSafeHwnd());
+    return result;
 }
 
 Window* ShellCore::KeyWindow() {
     const MessageBoxDialog* box = boxes.Front();
-    if (box && box->parent == view) {
+    const bool asks = box && !modalWindows.empty() && box->GetSafeHwnd() == modalWindows.back();
+    if (asks && view && box->parent == view) {
         return windows.Find(view->GetSafeHwnd()); // a view closes its boxes by key itself
     }
-    return InputWindow();
+    const std::vector<Window*> candidates = InputWindows();
+    return candidates.empty() ? nullptr : candidates.back();
 }
 
 } // namespace shell

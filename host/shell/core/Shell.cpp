@@ -47,9 +47,13 @@ CVelDocument& Shell::Document() const {
 // ---- Fingers, keys, time ----
 
 bool Shell::Press(UINT element) {
-    Window* window = core->InputWindow();
-    const GButton* found = window ? window->widgets->Find(element) : nullptr;
-    return found && core->Click(*window, *static_cast<const class Element*>(found));
+    for (Window* window : core->InputWindows()) {
+        const GButton* found = window->widgets->Find(element);
+        if (found && core->Click(*window, *static_cast<const class Element*>(found))) {
+            return true;
+        }
+    }
+    return false;
 }
 
 void Shell::Click(int x, int y) {
@@ -68,7 +72,8 @@ void Shell::TouchUp(int x, int y) {
 void Shell::Touch(UINT message, int x, int y) {
     const Window* window = core->windows.At({x, y});
     if (window && core->TakesInput(*window)) {
-        const auto place = static_cast<LPARAM>(((y - window->place.top) & 0xFFFF) << 16 | ((x - window->place.left) & 0xFFFF));
+        const auto place =
+            static_cast<LPARAM>(((y - window->place.top) & 0xFFFF) << 16 | ((x - window->place.left) & 0xFFFF));
         core->ce.loop().Post(window->handle, message, 0, place);
     }
 }
@@ -162,8 +167,12 @@ bool Shell::IsBoxOpen() const {
 // ---- Looking ----
 
 GButton* Shell::Element(UINT id) const {
-    const Window* window = core->InputWindow();
-    return window ? window->widgets->Find(id) : nullptr;
+    for (const Window* window : core->InputWindows()) {
+        if (GButton* found = window->widgets->Find(id)) {
+            return found;
+        }
+    }
+    return nullptr;
 }
 
 const WCHAR* Shell::Title() const {
@@ -178,8 +187,7 @@ const std::uint32_t* Shell::Screen() {
 }
 
 bool Shell::Screenshot(const std::filesystem::path& file) {
-    Screen();
-    return screen->WritePng(file);
+    return Screen() != nullptr && screen->WritePng(file);
 }
 
 bool Shell::ScreenshotWindow(HWND window, const std::filesystem::path& file) {

@@ -9,11 +9,11 @@
 #include "host/shell/core/Boxes.h"
 #include "host/shell/core/Document.h"
 #include "host/shell/core/EffectLog.h"
+#include "host/shell/core/MainWindow.h"
 #include "host/shell/core/ModuleLoader.h"
 #include "host/shell/core/RunTimeClasses.h"
-#include "host/shell/core/MainWindow.h"
-#include "host/shell/core/VideoPlane.h"
 #include "host/shell/core/WindowTree.h"
+#include "host/shell/gdi/VideoPlane.h"
 #include "host/shell/skin/Element.h"
 #include "host/shell/skin/SkinHost.h"
 #include "platform/velshell/VelPlayerView.h"
@@ -54,6 +54,8 @@ public:
     [[nodiscard]] Window* CreateWindowFor(GView& view, GFactory& widgets, WindowKind kind, const RECT& place,
                                           const std::string& logName);
     void DestroyWindowOf(GView& view);
+    // Brings a view in front of the other views; dialogs and boxes stay above it.
+    void RaiseBelowDialogs(HWND handle);
     LRESULT Dispatch(HWND handle, UINT message, WPARAM wParam, LPARAM lParam);
     // Paints one window that wants it. False when none does.
     bool PaintOne();
@@ -69,8 +71,9 @@ public:
     [[nodiscard]] bool TakesInput(const Window& window) const;
     // Presses and lets go an element. False when it is not to be pressed or the window refuses.
     bool Click(Window& window, const Element& element);
-    // The window in front that takes touches: a box, a dialog, the view, the home screen.
-    [[nodiscard]] Window* InputWindow();
+    // The windows that take touches now, the one in front first: a box that nobody waits for, then a modal window, else the
+    // view, else the home screen.
+    [[nodiscard]] std::vector<Window*> InputWindows();
     // Where keys go.
     [[nodiscard]] Window* KeyWindow();
 

@@ -16,7 +16,8 @@ const GMessageMap GView::messageMap = [] {
          [](GView* self, WPARAM, LPARAM lParam) -> LRESULT {
              ShellCore* core = ShellCore::Current();
              if (shell::Window* window = core->windows.Find(self->GetSafeHwnd())) {
-                 core->TouchUp(*window, {static_cast<SHORT>(lParam & 0xFFFF), static_cast<SHORT>((lParam >> 16) & 0xFFFF)});
+                 core->TouchUp(*window,
+                               {static_cast<SHORT>(lParam & 0xFFFF), static_cast<SHORT>((lParam >> 16) & 0xFFFF)});
              }
              return 0;
          }},
@@ -42,29 +43,6 @@ CVelDocument* GView::GetDocument() const {
     return core ? &core->document : nullptr;
 }
 
-void GView::BringToTop() {
-    ShellCore* core = ShellCore::Current();
-    if (core && core->windows.Find(m_hWnd)) {
-        core->windows.Raise(m_hWnd);
-        core->ScreenChanged();
-    }
-}
-
-HWND GView::GetMainWindow() {
-    const ShellCore* core = ShellCore::Current();
-    return core && core->main ? core->main->GetSafeHwnd() : nullptr;
-}
-
-RECT GView::GetMainWindowRect() {
-    return shell::kScreen;
-}
-
-HWND GView::GetFrontWindow() {
-    ShellCore* core = ShellCore::Current();
-    const shell::Window* window = core ? core->InputWindow() : nullptr;
-    return window ? window->handle : nullptr;
-}
-
 int GView::OnCreate(CREATESTRUCTW* /*parameters*/) {
     return 0;
 }
@@ -86,6 +64,28 @@ void GView::OnLButtonDown(UINT /*flags*/, POINT point) {
     if (shell::Window* window = core ? core->windows.Find(m_hWnd) : nullptr) {
         core->TouchDown(*window, point);
     }
+}
+
+void GView::BringToTop() {
+    ShellCore* core = ShellCore::Current();
+    if (core && core->windows.Find(m_hWnd)) {
+        core->RaiseBelowDialogs(m_hWnd);
+    }
+}
+
+HWND GView::GetMainWindow() {
+    const ShellCore* core = ShellCore::Current();
+    return core && core->main ? core->main->GetSafeHwnd() : nullptr;
+}
+
+RECT GView::GetMainWindowRect() {
+    return shell::kScreen;
+}
+
+HWND GView::GetFrontWindow() {
+    ShellCore* core = ShellCore::Current();
+    const std::vector<shell::Window*> windows = core ? core->InputWindows() : std::vector<shell::Window*>{};
+    return windows.empty() ? nullptr : windows.front()->handle;
 }
 
 // ---- GMessage ----

@@ -1,7 +1,8 @@
 #include "host/shell/core/WindowTree.h"
 
+#include "host/shell/gdi/ImagePainter.h"
+
 #include <algorithm>
-#include <cairo.h>
 
 namespace shell {
 
@@ -50,11 +51,6 @@ Window* WindowTree::At(POINT point) {
     return hit == windows.rend() ? nullptr : hit->get();
 }
 
-Window* WindowTree::Front() {
-    const auto front = std::find_if(windows.rbegin(), windows.rend(), [](const auto& w) { return w->visible; });
-    return front == windows.rend() ? nullptr : front->get();
-}
-
 Window* WindowTree::NextToPaint() {
     const auto next = std::find_if(windows.begin(), windows.end(),
                                    [](const auto& w) { return w->visible && !w->painting && !w->invalid.IsEmpty(); });
@@ -62,9 +58,9 @@ Window* WindowTree::NextToPaint() {
 }
 
 void WindowTree::Compose(Surface& screen, const VideoPlane& video) const {
-    cairo_t* cairo = cairo_create(screen.Cairo());
-    cairo_set_source_rgb(cairo, 0, 0, 0);
-    cairo_paint(cairo);
+    for (int y = 0; y < screen.Height(); ++y) {
+        std::fill(screen.Row(y), screen.Row(y) + screen.Width(), kOpaque);
+    }
     for (const auto& window : windows) {
         if (!window->visible) {
             continue;
@@ -72,11 +68,8 @@ void WindowTree::Compose(Surface& screen, const VideoPlane& video) const {
         if (window->kind == WindowKind::View && video.visible) {
             video.Paint(screen, window->place);
         }
-        cairo_surface_mark_dirty(window->surface->Cairo());
-        cairo_set_source_surface(cairo, window->surface->Cairo(), window->place.left, window->place.top);
-        cairo_paint(cairo);
+        DrawOver(screen, *window->surface, window->place.left, window->place.top);
     }
-    cairo_destroy(cairo);
 }
 
 } // namespace shell

@@ -1,8 +1,8 @@
 // The shell's windows: who is where, who is in front, what must be painted.
 #pragma once
 
-#include "host/shell/core/VideoPlane.h"
 #include "host/shell/gdi/Context.h"
+#include "host/shell/gdi/VideoPlane.h"
 #include "platform/velshell/GEngine.h"
 #include "platform/velshell/GWorkspace.h"
 
@@ -42,8 +42,6 @@ public:
     void Raise(HWND handle);
     // The window in front at a point of the screen, or null.
     [[nodiscard]] Window* At(POINT point);
-    // The visible window that is in front of all others, or null.
-    [[nodiscard]] Window* Front();
     // The visible window in front that wants painting, lowest first, or null.
     [[nodiscard]] Window* NextToPaint();
 

@@ -6,10 +6,6 @@
 
 #include <array>
 
-struct CREATESTRUCTW {
-    HWND handle;
-};
-
 namespace shell {
 
 Window* ShellCore::CreateWindowFor(GView& object, GFactory& widgets, WindowKind kind, const RECT& place,
@@ -21,7 +17,7 @@ Window* ShellCore::CreateWindowFor(GView& object, GFactory& widgets, WindowKind 
     windows.Add(handle, kind, object, widgets, place);
     VelShellAccess::SetHandle(object, handle);
     VelShellAccess::Widgets(widgets).window = handle;
-    CREATESTRUCTW parameters{handle};
+    CREATESTRUCTW parameters{place.left, place.top, place.right - place.left, place.bottom - place.top};
     if (ce.loop().Send(handle, WM_CREATE, 0, reinterpret_cast<LPARAM>(&parameters)) == -1) {
         DestroyWindowOf(object);
         return nullptr;
@@ -40,6 +36,18 @@ void ShellCore::DestroyWindowOf(GView& object) {
     VelShellAccess::Widgets(*window->widgets).window = nullptr;
     VelShellAccess::SetHandle(object, nullptr);
     windows.Remove(handle);
+    log.ForgetWindow(handle);
+    ScreenChanged();
+}
+
+void ShellCore::RaiseBelowDialogs(HWND handle) {
+    windows.Raise(handle);
+    for (const HWND dialog : modalWindows) {
+        windows.Raise(dialog);
+    }
+    if (const MessageBoxDialog* box = boxes.Front()) {
+        windows.Raise(box->GetSafeHwnd());
+    }
     ScreenChanged();
 }
 
@@ -165,7 +173,8 @@ BOOL GetClientRect(HWND handle, RECT* rectangle) {
 HBITMAP LoadBitmapW(HINSTANCE /*module*/, const WCHAR* name) {
     ShellCore* core = ShellCore::Current();
     const auto number = reinterpret_cast<UINT_PTR>(name);
-    const shell::SkinImage* picture = core && number <= 0xFFFF ? core->skins.Bitmap(static_cast<UINT>(number)) : nullptr;
+    const shell::SkinImage* picture =
+        core && number <= 0xFFFF ? core->skins.Bitmap(static_cast<UINT>(number)) : nullptr;
     if (!picture) {
         return nullptr;
     }

@@ -11,6 +11,19 @@ GdiState::GdiState() {
 
 GdiState::~GdiState() = default;
 
+HGDIOBJ GdiState::Keep(std::unique_ptr<GdiObject> object) {
+    const auto handle = reinterpret_cast<HGDIOBJ>(NextHandle());
+    object->handle = handle;
+    objects.emplace(handle, std::move(object));
+    return handle;
+}
+
+HDC GdiState::Keep(std::unique_ptr<Context> context) {
+    const auto handle = reinterpret_cast<HDC>(NextHandle());
+    contexts.emplace(handle, std::move(context));
+    return handle;
+}
+
 HDC GdiState::MakeWindowContext(HWND window, Surface& target, Region clip) {
     auto context = std::make_unique<Context>();
     context->target = &target;
@@ -18,9 +31,7 @@ HDC GdiState::MakeWindowContext(HWND window, Surface& target, Region clip) {
     context->clip.ClipTo(target.Bounds());
     context->window = window;
     context->font = systemFont;
-    const HDC handle = reinterpret_cast<HDC>(context.get());
-    contexts.emplace(handle, std::move(context));
-    return handle;
+    return Keep(std::move(context));
 }
 
 HDC GdiState::MakeMemoryContext() {
@@ -29,9 +40,7 @@ HDC GdiState::MakeMemoryContext() {
     context->target = &emptyBitmap->surface;
     context->clip = Region(emptyBitmap->surface.Bounds());
     context->font = systemFont;
-    const HDC handle = reinterpret_cast<HDC>(context.get());
-    contexts.emplace(handle, std::move(context));
-    return handle;
+    return Keep(std::move(context));
 }
 
 bool GdiState::EndContext(HDC handle, bool* painted) {
@@ -53,16 +62,12 @@ bool GdiState::EndContext(HDC handle, bool* painted) {
 
 HFONT GdiState::AddFont(FontSpec spec, bool stock) {
     auto font = std::make_unique<GdiFont>(std::move(spec), stock);
-    const HFONT handle = reinterpret_cast<HFONT>(static_cast<GdiObject*>(font.get()));
-    objects.emplace(static_cast<HGDIOBJ>(handle), std::move(font));
-    return handle;
+    return static_cast<HFONT>(Keep(std::move(font)));
 }
 
 HBITMAP GdiState::AddBitmap(Surface surface, bool stock) {
     auto bitmap = std::make_unique<GdiBitmap>(std::move(surface), stock);
-    const HBITMAP handle = reinterpret_cast<HBITMAP>(static_cast<GdiObject*>(bitmap.get()));
-    objects.emplace(static_cast<HGDIOBJ>(handle), std::move(bitmap));
-    return handle;
+    return static_cast<HBITMAP>(Keep(std::move(bitmap)));
 }
 
 void GdiState::RemoveStock(HGDIOBJ object) {
@@ -118,12 +123,12 @@ HGDIOBJ GdiState::Select(Context& context, HGDIOBJ object) {
     }
     --previous->selections;
     ++next->selections;
-    return static_cast<HGDIOBJ>(previous);
+    return previous->handle;
 }
 
 std::size_t GdiState::OpenWindowContexts() const {
-    return static_cast<std::size_t>(
-        std::count_if(contexts.begin(), contexts.end(), [](const auto& entry) { return entry.second->window != nullptr; }));
+    return static_cast<std::size_t>(std::count_if(contexts.begin(), contexts.end(),
+                                                  [](const auto& entry) { return entry.second->window != nullptr; }));
 }
 
 std::size_t GdiState::CallerObjects() const {

@@ -19,6 +19,7 @@ struct GdiObject {
     virtual ~GdiObject() = default;
     const Kind kind;
     const bool stock;
+    HGDIOBJ handle = nullptr;
     int selections = 0;
 };
 
@@ -45,7 +46,8 @@ struct Context {
     bool painted = false;  // something was drawn since the context was made
 };
 
-// All objects and contexts of one shell. A handle that is not (or no longer) in here is refused, never followed.
+// All objects and contexts of one shell. Handles are numbers that are never given twice; one that is not (or no longer) in here
+// is refused, never followed.
 class GdiState {
 public:
     GdiState();
@@ -75,6 +77,11 @@ public:
     TextPainter text;
 
 private:
+    HGDIOBJ Keep(std::unique_ptr<GdiObject> object);
+    HDC Keep(std::unique_ptr<Context> context);
+    [[nodiscard]] UINT_PTR NextHandle() { return lastHandle += 4; }
+
+    UINT_PTR lastHandle = 0x1000;
     std::map<HDC, std::unique_ptr<Context>> contexts;
     std::map<HGDIOBJ, std::unique_ptr<GdiObject>> objects;
     GdiFont* systemFont = nullptr;

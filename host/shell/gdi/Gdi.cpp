@@ -31,8 +31,8 @@ BOOL DeleteObject(HGDIOBJ object) {
     return gdi && gdi->Delete(object);
 }
 
-BOOL StretchBlt(HDC destination, int x, int y, int width, int height, HDC source, int sourceX, int sourceY, int sourceWidth,
-                int sourceHeight, DWORD operation) {
+BOOL StretchBlt(HDC destination, int x, int y, int width, int height, HDC source, int sourceX, int sourceY,
+                int sourceWidth, int sourceHeight, DWORD operation) {
     Context* to = Find(destination);
     Context* from = Find(source);
     const RECT part = {sourceX, sourceY, sourceX + sourceWidth, sourceY + sourceHeight};
@@ -117,7 +117,8 @@ int DrawTextW(HDC handle, const WCHAR* text, int length, RECT* rectangle, UINT f
         }
         target.SetColour(context->textColour);
         const bool marked = shown.underlined >= line.start && shown.underlined < line.start + line.length;
-        painter.Draw(target.cairo, font, part, rectangle->left, y, marked ? shown.underlined - line.start : WString::npos);
+        painter.Draw(target.cairo, font, part, rectangle->left, y,
+                     marked ? shown.underlined - line.start : WString::npos);
         y += lineHeight;
     }
     return static_cast<int>(lines.size()) * lineHeight;

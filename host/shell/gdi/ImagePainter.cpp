@@ -13,7 +13,7 @@ struct Box {
     int x, y, width, height;
 };
 
-void DrawPart(cairo_t* cairo, const Surface& picture, const Box& source, const Box& target) {
+void DrawPart(cairo_t* cairo, const Surface& picture, const Box& source, const Box& target, double opacity = 1.0) {
     if (source.width <= 0 || source.height <= 0 || target.width <= 0 || target.height <= 0) {
         return;
     }
@@ -21,12 +21,13 @@ void DrawPart(cairo_t* cairo, const Surface& picture, const Box& source, const B
     cairo_rectangle(cairo, target.x, target.y, target.width, target.height);
     cairo_clip(cairo);
     cairo_translate(cairo, target.x, target.y);
-    cairo_scale(cairo, static_cast<double>(target.width) / source.width, static_cast<double>(target.height) / source.height);
+    cairo_scale(cairo, static_cast<double>(target.width) / source.width,
+                static_cast<double>(target.height) / source.height);
     cairo_set_source_surface(cairo, picture.Cairo(), -source.x, -source.y);
     const bool scaled = target.width != source.width || target.height != source.height;
     cairo_pattern_set_filter(cairo_get_source(cairo), scaled ? CAIRO_FILTER_GOOD : CAIRO_FILTER_NEAREST);
     cairo_pattern_set_extend(cairo_get_source(cairo), CAIRO_EXTEND_PAD);
-    cairo_paint(cairo);
+    cairo_paint_with_alpha(cairo, opacity);
     cairo_restore(cairo);
 }
 
@@ -38,7 +39,8 @@ void DrawPicture(Context& context, const Surface& picture, const RECT& target, i
     const int height = target.bottom - target.top;
     const int b = std::min({border, width / 2, height / 2, picture.Width() / 2, picture.Height() / 2});
     if (b <= 0) {
-        DrawPart(clipped.cairo, picture, {0, 0, picture.Width(), picture.Height()}, {target.left, target.top, width, height});
+        DrawPart(clipped.cairo, picture, {0, 0, picture.Width(), picture.Height()},
+                 {target.left, target.top, width, height});
         return;
     }
     const std::array<int, 4> fromX = {0, b, picture.Width() - b, picture.Width()};
@@ -54,11 +56,12 @@ void DrawPicture(Context& context, const Surface& picture, const RECT& target, i
     }
 }
 
-void DrawCentred(Context& context, const Surface& picture, const RECT& target) {
+void DrawCentred(Context& context, const Surface& picture, const RECT& target, double opacity) {
     const ClippedCairo clipped(context);
     const int x = (target.left + target.right - picture.Width()) / 2;
     const int y = (target.top + target.bottom - picture.Height()) / 2;
-    DrawPart(clipped.cairo, picture, {0, 0, picture.Width(), picture.Height()}, {x, y, picture.Width(), picture.Height()});
+    DrawPart(clipped.cairo, picture, {0, 0, picture.Width(), picture.Height()},
+             {x, y, picture.Width(), picture.Height()}, opacity);
 }
 
 void FillPixels(Context& context, const RECT& target, std::uint32_t pixel) {
@@ -73,6 +76,14 @@ void FillPixels(Context& context, const RECT& target, std::uint32_t pixel) {
         }
     }
     context.painted = true;
+}
+
+void DrawOver(Surface& target, const Surface& picture, int x, int y) {
+    cairo_t* cairo = cairo_create(target.Cairo());
+    cairo_surface_mark_dirty(picture.Cairo());
+    cairo_set_source_surface(cairo, picture.Cairo(), x, y);
+    cairo_paint(cairo);
+    cairo_destroy(cairo);
 }
 
 } // namespace shell

@@ -22,7 +22,8 @@ std::vector<Span> MakeSpans(int sourceStart, int sourceLength, int targetLength)
             return static_cast<int>(static_cast<std::int64_t>(position) * sourceLength / targetLength);
         };
         const auto scaledUp = [&](int position) {
-            return static_cast<int>((static_cast<std::int64_t>(position) * sourceLength + targetLength - 1) / targetLength);
+            return static_cast<int>((static_cast<std::int64_t>(position) * sourceLength + targetLength - 1) /
+                                    targetLength);
         };
         if (targetLength >= sourceLength) {
             spans[i] = {sourceStart + scaled(i), sourceStart + scaled(i)};
@@ -66,7 +67,8 @@ bool IsContiguous(std::uint32_t mask) {
 
 } // namespace
 
-void StretchPixels(const Surface& from, const RECT& source, Surface& to, const RECT& target, std::span<const RECT> clip) {
+void StretchPixels(const Surface& from, const RECT& source, Surface& to, const RECT& target,
+                   std::span<const RECT> clip) {
     if (IsRectEmpty(&source) || IsRectEmpty(&target)) {
         return;
     }
@@ -92,10 +94,11 @@ std::optional<DibHeader> ReadDibHeader(const void* info) {
     BITMAPINFOHEADER raw;
     std::memcpy(&raw, info, sizeof raw);
     const bool plain = raw.biSize == sizeof raw && raw.biPlanes == 1 && raw.biWidth > 0 && raw.biHeight != 0 &&
-                       raw.biWidth <= kMaxSurfaceSide && raw.biHeight <= kMaxSurfaceSide && raw.biHeight >= -kMaxSurfaceSide;
+                       raw.biWidth <= kMaxSurfaceSide && raw.biHeight <= kMaxSurfaceSide &&
+                       raw.biHeight >= -kMaxSurfaceSide;
     const bool masked = raw.biCompression == BI_BITFIELDS && (raw.biBitCount == 16 || raw.biBitCount == 32);
-    const bool unmasked = raw.biCompression == BI_RGB &&
-                          (raw.biBitCount == 16 || raw.biBitCount == 24 || raw.biBitCount == 32);
+    const bool unmasked =
+        raw.biCompression == BI_RGB && (raw.biBitCount == 16 || raw.biBitCount == 24 || raw.biBitCount == 32);
     if (!plain || (!masked && !unmasked)) {
         return std::nullopt;
     }

@@ -10,7 +10,8 @@ namespace shell {
 
 // Stretches `source`, which must lie inside its surface, into `target` of another surface, painting only inside the clip
 // rectangles. Pixels become opaque. Rectangles with no area draw nothing.
-void StretchPixels(const Surface& from, const RECT& source, Surface& to, const RECT& target, std::span<const RECT> clip);
+void StretchPixels(const Surface& from, const RECT& source, Surface& to, const RECT& target,
+                   std::span<const RECT> clip);
 
 // A device-independent bitmap as a surface: 16 bits (555, or with masks), 24 and 32 bits per pixel, either row order. 16-bit
 // colours expand by repeating their upper bits. `info` must be readable up to its masks, `bits` for all rows. Nothing when the

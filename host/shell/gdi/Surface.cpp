@@ -27,7 +27,8 @@ Surface::~Surface() {
 }
 
 Surface::Surface(Surface&& other) noexcept
-    : width(other.width), height(other.height), pixels(std::move(other.pixels)), cairo(std::exchange(other.cairo, nullptr)) {}
+    : width(other.width), height(other.height), pixels(std::move(other.pixels)),
+      cairo(std::exchange(other.cairo, nullptr)) {}
 
 bool Surface::WritePng(const std::filesystem::path& file) const {
     cairo_surface_flush(cairo);

@@ -30,7 +30,8 @@ public:
     [[nodiscard]] int LineHeight(const FontSpec& font);
     // Draws one line with its upper left corner at (x, y) in the context's current source colour. `underlined` is the unit that
     // gets a line under it, npos for none.
-    void Draw(cairo_t* target, const FontSpec& font, WStringView text, int x, int y, std::size_t underlined = WString::npos);
+    void Draw(cairo_t* target, const FontSpec& font, WStringView text, int x, int y,
+              std::size_t underlined = WString::npos);
 
 private:
     struct Impl;

@@ -8,6 +8,11 @@ constexpr bool IsBlank(char c) {
     return c == ' ' || c == '\t' || c == '\r';
 }
 
+// A colour begins with # too, so a comment behind a keyword needs a blank after its #.
+bool StartsComment(std::string_view line, bool firstWord) {
+    return line.front() == '#' && (firstWord || line.size() == 1 || IsBlank(line[1]));
+}
+
 constexpr bool IsContinuation(unsigned char c) {
     return (c & 0xC0) == 0x80;
 }
@@ -93,7 +98,7 @@ std::optional<DescriptionLine> DescriptionReader::Next() {
             while (!line.empty() && IsBlank(line.front())) {
                 line.remove_prefix(1);
             }
-            if (line.empty() || line.front() == '#') {
+            if (line.empty() || StartsComment(line, words.empty())) {
                 break;
             }
             std::string word;

@@ -1,9 +1,9 @@
 #include "host/shell/skin/Element.h"
 
+#include "host/ce/Text.h"
 #include "host/shell/gdi/ClippedCairo.h"
 #include "host/shell/gdi/ImagePainter.h"
 #include "host/shell/gdi/TextLines.h"
-#include "host/ce/Text.h"
 
 namespace {
 
@@ -98,7 +98,8 @@ const POINT* GButton::GetAnchors(int* count) const {
 
 namespace shell {
 
-Element::Element(const ElementDescription& description, const Skin& skin, const GFactory::Impl& owner, Language language) {
+Element::Element(const ElementDescription& description, const Skin& skin, const GFactory::Impl& owner,
+                 Language language) {
     m_pImpl = new Impl;
     m_pImpl->description = &description;
     m_pImpl->skin = &skin;
@@ -143,7 +144,9 @@ void Element::PlaceFor(bool small, int width, int height) {
 }
 
 void Element::SetCaption(Language language) {
-    m_pImpl->text = ce::FromUtf8(m_pImpl->description->text[static_cast<std::size_t>(language)]);
+    const auto index = static_cast<std::size_t>(language);
+    m_pImpl->text = ce::FromUtf8(m_pImpl->description->captions[0][index]);
+    m_pImpl->otherText = ce::FromUtf8(m_pImpl->description->captions[1][index]);
 }
 
 // Which of the three looks the element has now; a state beyond them looks pressed.
@@ -154,14 +157,18 @@ std::size_t Element::Look() const {
     return m_pImpl->state != kButtonNormal || m_pImpl->selected || m_pImpl->held ? kButtonPressed : kButtonNormal;
 }
 
+// A face without pictures of its own borrows those of the normal face.
+bool Element::ShowsOtherFace() const {
+    const FaceDescription& other = m_pImpl->description->faces[1];
+    return m_pImpl->face == 1 && (!other.images[0].empty() || !other.icon.empty());
+}
+
 void Element::Paint(Context& context) const {
     const ElementDescription& description = *m_pImpl->description;
     const SkinLibrary& pictures = CurrentSkinHost()->Skins();
     const std::size_t look = Look();
     const bool textOnly = description.textWhenPressed && look == kButtonPressed;
-    // A face without pictures of its own borrows those of the normal face.
-    const FaceDescription& own = description.faces[static_cast<std::size_t>(m_pImpl->face)];
-    const FaceDescription& face = own.images[0].empty() && own.icon.empty() ? description.faces[0] : own;
+    const FaceDescription& face = description.faces[ShowsOtherFace() ? 1 : 0];
     const std::string& name = !face.images[look].empty() ? face.images[look] : face.images[0];
     const SkinImage* picture = pictures.Picture(name);
     if (m_pImpl->background && look == kButtonNormal) {
@@ -178,10 +185,11 @@ void Element::Paint(Context& context) const {
     }
     if (const SkinImage* icon = pictures.Picture(face.icon)) {
         RECT place = m_pImpl->rect;
-        if (!m_pImpl->text.empty()) {
+        if (!ShownText().empty()) {
             place.bottom -= (place.bottom - place.top) * 3 / 10; // the caption stands below the icon
         }
-        DrawCentred(context, icon->surface, place);
+        constexpr double kDimmed = 0.3;
+        DrawCentred(context, icon->surface, place, look == kButtonDisabled ? kDimmed : 1.0);
     }
     if (!description.textWhenPressed || textOnly) {
         PaintText(context);
@@ -189,7 +197,7 @@ void Element::Paint(Context& context) const {
 }
 
 void Element::PaintText(Context& context) const {
-    if (m_pImpl->text.empty()) {
+    if (ShownText().empty()) {
         return;
     }
     const ElementDescription& description = *m_pImpl->description;
@@ -199,13 +207,12 @@ void Element::PaintText(Context& context) const {
 
     RECT area = m_pImpl->rect;
     area.left += m_pImpl->margin;
-    const FaceDescription& face = description.faces[static_cast<std::size_t>(m_pImpl->face)];
-    if (!face.icon.empty() || !description.faces[0].icon.empty()) {
+    if (!description.faces[ShowsOtherFace() ? 1 : 0].icon.empty()) {
         area.top += (area.bottom - area.top) * 6 / 10;
     }
     const int width = area.right - area.left;
     const auto measure = [&](WStringView part) { return static_cast<int>(gdi.text.Measure(font, part).cx); };
-    WString text = m_pImpl->text;
+    WString text = ShownText();
     if (!description.wrap && text.find(u'\n') == WString::npos && measure(text) > width) {
         while (!text.empty() && measure(text + u"\u2026") > width) {
             text.pop_back();

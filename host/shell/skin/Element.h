@@ -22,6 +22,7 @@ struct GButton::Impl {
     bool held = false; // the finger is on it
     int face = 0;      // 0 normal, 1 alternative
     WString text;
+    WString otherText; // shown with the alternative face
     int margin = 0;
     RECT rect = {};
     const GImage* background = nullptr;
@@ -58,6 +59,9 @@ public:
 
 private:
     [[nodiscard]] std::size_t Look() const;
+    // Does the alternative face show, with pictures of its own?
+    [[nodiscard]] bool ShowsOtherFace() const;
+    [[nodiscard]] const WString& ShownText() const { return ShowsOtherFace() ? m_pImpl->otherText : m_pImpl->text; }
     void PaintText(Context& context) const;
 };
 

@@ -24,14 +24,13 @@ void GFactory::DoPaint(HDC dc) {
         return;
     }
     const RECT clip = context->clip.Extents();
-    if (host->ShowsVideoBehind(m_pFactory->window)) {
-        shell::FillPixels(*context, clip, 0);
-    } else {
-        shell::FillPixels(*context, clip, shell::kOpaque);
-        if (m_pFactory->skin && m_pFactory->skin->background) {
-            const shell::Surface& picture = m_pFactory->skin->background->surface;
-            shell::DrawPicture(*context, picture, picture.Bounds(), 0);
-        }
+    // Under a picture of its own a window is transparent, so that a dialog may have round corners; without one it is black.
+    const bool video = host->ShowsVideoBehind(m_pFactory->window);
+    const GImage* background = GetBackground();
+    shell::FillPixels(*context, clip, video || background ? 0 : shell::kOpaque);
+    if (background && !video) {
+        const shell::Surface& picture = static_cast<const shell::SkinImage*>(background)->surface;
+        shell::DrawPicture(*context, picture, picture.Bounds(), 0);
     }
     for (const auto& element : m_pFactory->elements) {
         RECT common;
@@ -81,7 +80,7 @@ void GFactory::Theme() {
 void GFactory::Locale() {
     shell::SkinHost* host = shell::CurrentSkinHost();
     for (const auto& element : m_pFactory->elements) {
-        if (!element->State().description->text[0].empty()) {
+        if (!element->State().description->captions[0][0].empty()) {
             element->SetCaption(host->CurrentLanguage());
         }
     }

@@ -56,8 +56,8 @@ private:
     Colour ReadColour(std::size_t index) const {
         const std::string& text = line.arguments[index];
         std::uint32_t value = 0;
-        const auto [end, error] = std::from_chars(text.data() + std::min<std::size_t>(1, text.size()),
-                                                  text.data() + text.size(), value, 16);
+        const auto [end, error] =
+            std::from_chars(text.data() + std::min<std::size_t>(1, text.size()), text.data() + text.size(), value, 16);
         const bool whole = error == std::errc() && end == text.data() + text.size();
         if (!whole || text[0] != '#' || (text.size() != 7 && text.size() != 9)) {
             lines.Fail("'" + text + "' is not a colour (#rrggbb or #rrggbbaa)");
@@ -81,7 +81,8 @@ private:
         return name;
     }
 
-    template <typename Value> Value OneOf(std::size_t index, std::initializer_list<std::pair<const char*, Value>> words) const {
+    template <typename Value>
+    Value OneOf(std::size_t index, std::initializer_list<std::pair<const char*, Value>> words) const {
         std::string known;
         for (const auto& [word, value] : words) {
             if (line.arguments[index] == word) {
@@ -172,8 +173,8 @@ private:
             }
             element.anchors.clear();
             for (std::size_t i = 0; i < line.arguments.size(); i += 2) {
-                element.anchors.push_back({Number(i, -kMaxCoordinate, kMaxCoordinate),
-                                           Number(i + 1, -kMaxCoordinate, kMaxCoordinate)});
+                element.anchors.push_back(
+                    {Number(i, -kMaxCoordinate, kMaxCoordinate), Number(i + 1, -kMaxCoordinate, kMaxCoordinate)});
             }
         } else {
             return false;
@@ -209,10 +210,9 @@ private:
 
     bool ReadText(ElementDescription& element) {
         const std::string& key = line.keyword;
-        if (key == "caption") {
-            Expect(2);
-            element.text[0] = line.arguments[0];
-            element.text[1] = line.arguments[1];
+        if (key == "caption" || key == "other-caption") {
+            Expect(kLanguageCount);
+            element.captions[key == "caption" ? 0 : 1] = {line.arguments[0], line.arguments[1]};
         } else if (key == "font") {
             Expect(1);
             element.font = Name(0);
@@ -254,8 +254,8 @@ private:
                 0, {{"full", ControlGroup::Full}, {"small", ControlGroup::Small}, {"both", ControlGroup::Both}});
         } else if (key == "role") {
             Expect(1);
-            element.role = OneOf<Role>(
-                0, {{"title-bar", Role::TitleBar}, {"tool-bar", Role::ToolBar}, {"toggle", Role::Toggle}});
+            element.role =
+                OneOf<Role>(0, {{"title-bar", Role::TitleBar}, {"tool-bar", Role::ToolBar}, {"toggle", Role::Toggle}});
         } else {
             return false;
         }
@@ -278,7 +278,8 @@ private:
                 fail(element.line, "element " + std::to_string(element.id) + " has no 'rect'");
             }
             if (!element.font.empty() && skin.fonts.find(element.font) == skin.fonts.end()) {
-                fail(element.line, "element " + std::to_string(element.id) + " uses the unknown font '" + element.font + "'");
+                fail(element.line,
+                     "element " + std::to_string(element.id) + " uses the unknown font '" + element.font + "'");
             }
         }
     }

@@ -70,12 +70,13 @@ struct ElementDescription {
     Align align = Align::Centre;
     bool wrap = false;
     int margin = 0;
-    bool textWhenPressed = false; // the text takes the place of the picture in the pressed state, and is hidden otherwise
+    bool textWhenPressed =
+        false; // the text takes the place of the picture in the pressed state, and is hidden otherwise
     bool hidden = false;
     int state = 0;
     ControlGroup control = ControlGroup::None;
     Role role = Role::None;
-    LocalText text;
+    std::array<LocalText, kFaceCount> captions; // the alternative face has its own when it has pictures of its own
     std::vector<POINT> anchors;
 };
 

@@ -42,7 +42,8 @@ SkinImageSet::~SkinImageSet() {
     delete m_pImpl;
 }
 
-SkinLibrary::SkinLibrary(const std::filesystem::path& skinFolder, GdiState& gdiState) : folder(skinFolder), gdi(gdiState) {
+SkinLibrary::SkinLibrary(const std::filesystem::path& skinFolder, GdiState& gdiState)
+    : folder(skinFolder), gdi(gdiState) {
     std::error_code error;
     std::vector<std::filesystem::path> files;
     for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {

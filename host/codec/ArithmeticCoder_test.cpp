@@ -1,0 +1,157 @@
+#include "host/codec/ArithmeticDecoder.h"
+#include "host/codec/ArithmeticEncoder.h"
+
+#include <array>
+#include <random>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace codec;
+
+// The start of a 44.1 kHz mono block, the one of BlockHeader_test: its arithmetic part begins at byte 9.
+constexpr std::array<std::uint8_t, 28> kBlock{0x15, 0xA4, 0x80, 0xE0, 0x50, 0x7F, 0x50, 0xB8, 0x00, 0xFC,
+                                              0xC6, 0x11, 0xAD, 0x6E, 0xBC, 0x13, 0x4B, 0x10, 0x1E, 0x36,
+                                              0x24, 0x0E, 0xCF, 0x43, 0xA8, 0x08, 0x22, 0xDA};
+
+TEST(ArithmeticDecoder, DecodesTheStartOfARealBlockWithItsCosts) {
+    ArithmeticDecoder decoder;
+    decoder.Start(kBlock, 72, 224);
+    int budget = 0;
+    EXPECT_EQ(decoder.Symbol(kCbandSiBand0Model, budget), 5U);
+    EXPECT_EQ(budget, -6);
+    constexpr unsigned kSymbols[] = {60, 60, 45, 60, 51, 53, 60, 47};
+    constexpr int kCosts[] = {10, 10, 10, 10, 10, 10, 10, 9};
+    for (std::size_t i = 0; i < std::size(kSymbols); ++i) {
+        budget = 0;
+        EXPECT_EQ(decoder.Symbol(kScalefactorModels[7], budget), kSymbols[i]);
+        EXPECT_EQ(budget, -kCosts[i]);
+    }
+    budget = 0;
+    EXPECT_EQ(decoder.Bit(15616, budget), 0U);
+    EXPECT_EQ(budget, 0);
+    EXPECT_EQ(decoder.Bit(15616, budget), 0U);
+    EXPECT_EQ(budget, -1);
+}
+
+TEST(ArithmeticDecoder, ReadsZerosPastTheEndOfItsSegment) {
+    std::array<std::uint8_t, 8> ones;
+    ones.fill(0xFF);
+    ArithmeticDecoder decoder;
+    decoder.Start(ones, 13, 13); // empty: the value is 0, which is the last symbol of every model
+    int budget = 0;
+    for (int i = 0; i < 100; ++i) {
+        EXPECT_EQ(decoder.Bit(8192, budget), 0U);
+        EXPECT_EQ(decoder.Symbol(kCbandSiBand0Model, budget), 22U);
+    }
+}
+
+TEST(ArithmeticDecoder, AnEvenBitIsABitWithEvenChances) {
+    std::mt19937 random(3);
+    std::vector<std::uint8_t> bytes(200);
+    for (auto& byte : bytes)
+        byte = static_cast<std::uint8_t>(random());
+    ArithmeticDecoder even;
+    ArithmeticDecoder plain;
+    even.Start(bytes, 0, 1600);
+    plain.Start(bytes, 0, 1600);
+    int evenBudget = 0;
+    int plainBudget = 0;
+    for (int i = 0; i < 700; ++i) {
+        const unsigned p0 = 256 + static_cast<unsigned>(random() % 15000);
+        ASSERT_EQ(even.Bit(p0, evenBudget), plain.Bit(p0, plainBudget));
+        ASSERT_EQ(even.EvenBit(evenBudget), plain.Bit(kSignP0, plainBudget));
+        ASSERT_EQ(evenBudget, plainBudget);
+    }
+}
+
+struct Step {
+    unsigned model; // 0: a bit, else a scalefactor model
+    unsigned p0;
+    unsigned wanted;
+    unsigned coded;
+};
+
+std::vector<Step> RandomSteps(std::mt19937& random, int count, bool withSymbols) {
+    std::vector<Step> steps;
+    for (int i = 0; i < count; ++i) {
+        Step step{withSymbols ? static_cast<unsigned>(random() % 8) : 0, 1 + static_cast<unsigned>(random() % 16383), 0,
+                  0};
+        step.wanted = step.model == 0 ? random() % 2 : random() % kScalefactorModels[step.model].size();
+        steps.push_back(step);
+    }
+    return steps;
+}
+
+TEST(ArithmeticEncoder, IsDecodedToWhatWasEncodedAtEveryBitPosition) {
+    std::mt19937 random(11);
+    for (std::size_t start = 0; start < 17; ++start) {
+        std::vector<Step> steps = RandomSteps(random, 500, true);
+        ArithmeticEncoder encoder;
+        constexpr std::size_t kBits = 8000;
+        encoder.Start({}, start, start + kBits);
+        int encoderBudget = 0;
+        for (Step& step : steps)
+            step.coded = step.model == 0 ? encoder.Bit(step.p0, encoderBudget, step.wanted)
+                                         : encoder.Symbol(kScalefactorModels[step.model], encoderBudget, step.wanted);
+        ASSERT_TRUE(encoder.Fits());
+        wire::BitWriter writer;
+        for (std::size_t i = 0; i < start; ++i)
+            writer.WriteFlag(true);
+        encoder.WriteTo(writer);
+        ASSERT_EQ(writer.BitCount(), start + kBits);
+        writer.Write(0xFFFFFFFF, 32); // what follows must not matter
+
+        ArithmeticDecoder decoder;
+        decoder.Start(writer.Bytes(), start, start + kBits);
+        int decoderBudget = 0;
+        for (const Step& step : steps) {
+            ASSERT_EQ(step.coded, step.wanted);
+            ASSERT_EQ(step.coded, step.model == 0 ? decoder.Bit(step.p0, decoderBudget)
+                                                  : decoder.Symbol(kScalefactorModels[step.model], decoderBudget));
+        }
+        EXPECT_EQ(encoderBudget, decoderBudget);
+    }
+}
+
+TEST(ArithmeticEncoder, GivesWayAtTheEndOfASegmentAndSaysSo) {
+    std::mt19937 random(12);
+    int altered = 0;
+    for (std::size_t bits = 0; bits < 200; ++bits) {
+        std::vector<Step> steps = RandomSteps(random, 400, false);
+        ArithmeticEncoder encoder;
+        encoder.Start({}, 3, 3 + bits);
+        int budget = static_cast<int>(bits) + 20; // as the last symbols of a block may cost more than is left
+        std::size_t coded = 0;
+        for (; coded < steps.size() && budget > 0; ++coded) {
+            steps[coded].coded = encoder.Bit(steps[coded].p0, budget, steps[coded].wanted);
+            altered += steps[coded].coded != steps[coded].wanted ? 1 : 0;
+        }
+        if (!encoder.Fits())
+            continue; // the last number lay between the children: possible, but rare
+        wire::BitWriter writer;
+        writer.Write(7, 3);
+        encoder.WriteTo(writer);
+        ASSERT_EQ(writer.BitCount(), 3 + bits);
+        writer.Write(0xFFFFFFFF, 32);
+        ArithmeticDecoder decoder;
+        decoder.Start(writer.Bytes(), 3, 3 + bits);
+        int decoderBudget = 0;
+        for (std::size_t i = 0; i < coded; ++i)
+            ASSERT_EQ(decoder.Bit(steps[i].p0, decoderBudget), steps[i].coded) << bits << ' ' << i;
+    }
+    EXPECT_GT(altered, 100);
+}
+
+TEST(ArithmeticEncoder, TellsWhenSymbolsDoNotFit) {
+    ArithmeticEncoder encoder;
+    encoder.Start({}, 0, 20);
+    int budget = 0;
+    for (int i = 0; i < 20; ++i)
+        static_cast<void>(encoder.Symbol(kScalefactorModels[7], budget, 3));
+    EXPECT_FALSE(encoder.Fits());
+}
+
+} // namespace

@@ -1,0 +1,329 @@
+// The tuner as the module sees it, on files and on programs.
+#include "host/medmb/Tuner.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <future>
+
+#include <gtest/gtest.h>
+
+#include "host/medmb/BlockTable.h"
+#include "host/medmb/Inputs.h"
+#include "host/medmb/TestEnsemble.h"
+#include "host/wire/LabelText.h"
+#include "platform/medmblib.h"
+
+namespace medmb {
+namespace {
+
+using namespace test;
+namespace fs = std::filesystem;
+
+const fs::path kData = fs::path(DMB_SOURCE_DIR) / "tests/data/broadcast";
+
+SourceSpec Folder(const fs::path& path, bool loop = false) {
+    std::string error;
+    SourceSpec spec = ParseSource(path.string(), error).value_or(SourceSpec{});
+    spec.loop = loop;
+    return spec;
+}
+
+// A tuner on a clock that the test moves, installed for the MEDMBLIB classes.
+struct Bench {
+    ce::ManualClock clock;
+    Broadcast broadcast;
+    std::vector<std::string> log;
+    Tuner tuner;
+
+    explicit Bench(SourceSpec spec)
+        : tuner(clock, broadcast, MakeSourceProvider(std::move(spec)),
+                [this](const std::string& line) { log.push_back(line); }) {
+        Tuner::Install(&tuner);
+    }
+};
+
+int Row(const char* block) {
+    return BlockFrequency(*RowFromText(block));
+}
+
+TEST(Tuner, ChannelsOfAFolder) {
+    Bench bench(Folder(kData));
+    CDMBLiveControl control;
+    ASSERT_TRUE(control.Open());
+    _tag_DMB_CHANNEL_INFO info{};
+    ASSERT_TRUE(control.GetChannel(183008000, &info));
+    EXPECT_EQ(info.nFrequency, 183008000u);
+    const char* labels[] = {"SINUS KANAL VOLL", "KURZ", nullptr, "LSF Halfte O\xA9\xAC"};
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(info.service[i].nServiceID, 0xE201u + static_cast<unsigned>(i));
+        EXPECT_EQ(info.service[i].nServiceType, 0);
+        if (labels[i] == nullptr)
+            continue;
+        EXPECT_EQ(std::string(info.service[i].szLabel, strnlen(info.service[i].szLabel, 16)), labels[i]);
+    }
+    EXPECT_EQ(wire::FromCodePage949(std::string(info.service[2].szLabel, 15)), "한국방송 라디오");
+    EXPECT_EQ(info.service[4].szLabel[0], 0);
+    ASSERT_TRUE(control.GetChannel(205280000, &info));
+    EXPECT_EQ(info.service[0].nServiceType, 8);
+    EXPECT_EQ(info.service[0].nServiceID, 0xF1E00401u);
+    EXPECT_EQ(std::string(info.service[1].szLabel, 16), "TV TWO SIXTEEN16");
+    EXPECT_EQ(bench.clock.Now(), 0);
+}
+
+TEST(Tuner, ABlockWithoutASourceFailsAtOnceAndLeavesTheRecord) {
+    Bench bench(Folder(kData));
+    CDMBLiveControl control;
+    ASSERT_TRUE(control.Open());
+    _tag_DMB_CHANNEL_INFO info;
+    std::memset(&info, 0x5A, sizeof info);
+    EXPECT_FALSE(control.GetChannel(175280000, &info));
+    EXPECT_FALSE(control.GetChannel(100, &info));
+    EXPECT_EQ(info.service[3].nServiceID, 0x5A5A5A5Au);
+    const auto reports = bench.tuner.Reports();
+    ASSERT_EQ(reports.size(), 2u);
+    EXPECT_EQ(reports[1].state, BlockState::NoSource);
+    EXPECT_EQ(reports[1].frequency, 175280000);
+}
+
+TEST(Tuner, NothingWorksWithoutATunerOrBeforeOpen) {
+    Tuner::Install(nullptr);
+    CDMBLiveControl control;
+    EXPECT_FALSE(control.Open());
+    _tag_DMB_CHANNEL_INFO info{};
+    EXPECT_FALSE(control.GetChannel(183008000, &info));
+    EXPECT_FALSE(CDMBLiveStream().Close());
+    Bench bench(Folder(kData));
+    EXPECT_FALSE(control.GetChannel(183008000, &info));
+    float snr = -1;
+    EXPECT_FALSE(control.GetSNR(&snr));
+    EXPECT_TRUE(control.Open());
+    EXPECT_TRUE(control.GetSNR(&snr));
+    EXPECT_EQ(snr, 0.0F);
+}
+
+// Plays for so long and collects what arrives.
+std::vector<BroadcastItem> Play(Bench& bench, BroadcastReader& reader, Millis time) {
+    bench.clock.Sleep(time);
+    bench.clock.Settle();
+    std::vector<BroadcastItem> items;
+    BroadcastItem item;
+    while (reader.TryRead(item) == ReadResult::Item)
+        items.push_back(item);
+    return items;
+}
+
+TEST(Tuner, TelevisionArrivesAtThePaceOfItsFrames) {
+    Bench bench(Folder(kData));
+    CDMBLiveControl control;
+    ASSERT_TRUE(control.Open());
+    ASSERT_TRUE(control.SetChannel(Row("12A"), 8, static_cast<int>(0xF1E00401), 0));
+    EXPECT_EQ(bench.broadcast.Service().kind, ServiceKind::Television);
+    BroadcastReader reader = bench.broadcast.Attach();
+    (void)Play(bench, reader, 240);
+    std::size_t bytes = 0;
+    for (const BroadcastItem& item : Play(bench, reader, 240)) {
+        EXPECT_EQ(item.kind, ItemKind::Packets);
+        EXPECT_FALSE(item.discontinuity);
+        EXPECT_EQ(item.bytes.size() % 188, 0u);
+        bytes += item.bytes.size();
+    }
+    // Ten frames of 544 kbit/s.
+    EXPECT_EQ(bytes, 80u * 188u);
+    float snr = 0;
+    EXPECT_TRUE(control.GetSNR(&snr));
+    EXPECT_FLOAT_EQ(snr, 30.0F);
+    EXPECT_EQ(bench.broadcast.Signal(), SignalState::Good);
+    _tag_DMB_RSSI_PARAM rssi{};
+    EXPECT_TRUE(control.GetRSSI(&rssi));
+    EXPECT_LT(rssi.fRSSI, 0.0F);
+    EXPECT_EQ(rssi.nValue, 0);
+    CDMBLiveStream stream;
+    EXPECT_TRUE(stream.Close());
+    BroadcastItem item;
+    EXPECT_EQ(reader.TryRead(item), ReadResult::End);
+    EXPECT_TRUE(control.GetSNR(&snr));
+    EXPECT_EQ(snr, 0.0F);
+}
+
+TEST(Tuner, RadioArrivesWithItsTexts) {
+    Bench bench(Folder(kData));
+    ASSERT_TRUE(bench.tuner.SetChannel(Row("8B"), 0, 0xE202));
+    BroadcastReader reader = bench.broadcast.Attach();
+    int audio = 0;
+    std::vector<std::string> texts;
+    for (const BroadcastItem& item : Play(bench, reader, 2400)) {
+        audio += item.kind == ItemKind::Audio ? 1 : 0;
+        EXPECT_FALSE(item.damaged);
+        if (item.kind == ItemKind::Text) {
+            texts.push_back(item.text->utf8);
+            EXPECT_EQ(item.text->charset, 15);
+            EXPECT_EQ(wire::DecodeText(item.text->ucs2, wire::kCharsetUcs2), item.text->utf8);
+        }
+    }
+    EXPECT_NEAR(audio, 100, 2);
+    EXPECT_EQ(texts, std::vector<std::string>{"UTF-8: Zażółć gęślą jaźń — Ελλάδα — Москва"});
+}
+
+TEST(Tuner, AFileEndsOrStartsOver) {
+    Bench once(Folder(kData));
+    ASSERT_TRUE(once.tuner.SetChannel(Row("12A"), 8, 0xF1E00401));
+    once.clock.Sleep(5000);
+    once.clock.Settle();
+    EXPECT_EQ(once.broadcast.Signal(), SignalState::Ended);
+    EXPECT_EQ(once.tuner.SignalToNoise(), 0.0F);
+
+    Bench looped(Folder(kData, true));
+    ASSERT_TRUE(looped.tuner.SetChannel(Row("12A"), 8, 0xF1E00401));
+    BroadcastReader reader = looped.broadcast.Attach();
+    std::uint64_t last = 0;
+    int discontinuities = 0;
+    for (const BroadcastItem& item : Play(looped, reader, 5000)) {
+        EXPECT_GE(item.time, last);
+        last = item.time;
+        discontinuities += item.discontinuity ? 1 : 0;
+    }
+    EXPECT_GT(last, 4500u);
+    EXPECT_EQ(discontinuities, 5); // 40 frames of 24 ms
+    EXPECT_EQ(looped.broadcast.Signal(), SignalState::Good);
+}
+
+TEST(Tuner, AServiceOfAnotherTypeOrAnotherBlockIsNotTuned) {
+    Bench bench(Folder(kData));
+    EXPECT_FALSE(bench.tuner.SetChannel(Row("12A"), 0, 0xF1E00401));
+    EXPECT_FALSE(bench.tuner.SetChannel(Row("12A"), 8, 0x1234));
+    EXPECT_FALSE(bench.tuner.SetChannel(Row("7A"), 8, 0xF1E00401));
+    EXPECT_EQ(bench.broadcast.Service().kind, ServiceKind::None);
+    EXPECT_EQ(bench.log.size(), 3u);
+}
+
+TEST(Tuner, ClosingEndsScansAndTuningAtOnce) {
+    Bench bench(Folder(kData));
+    bench.tuner.BeginClosing();
+    _tag_DMB_CHANNEL_INFO info{};
+    EXPECT_FALSE(bench.tuner.GetChannel(Row("8B"), info));
+    EXPECT_FALSE(bench.tuner.SetChannel(Row("8B"), 0, 0xE202));
+}
+
+TEST(Tuner, ASecondServiceEndsTheFirst) {
+    Bench bench(Folder(kData));
+    ASSERT_TRUE(bench.tuner.SetChannel(Row("8B"), 0, 0xE201));
+    BroadcastReader first = bench.broadcast.Attach();
+    ASSERT_TRUE(bench.tuner.SetChannel(Row("8B"), 0, 0xE202));
+    BroadcastItem item;
+    EXPECT_EQ(first.TryRead(item), ReadResult::End);
+    bench.clock.Sleep(2000);
+    bench.clock.Settle();
+    EXPECT_EQ(bench.broadcast.Service().label, "KURZ");
+}
+
+// ---- live sources: real descriptors on the real clock ---------------------------------------------------------------
+
+struct LiveBench {
+    ce::RealClock clock;
+    Broadcast broadcast;
+    Tuner tuner;
+    explicit LiveBench(SourceSpec spec) : tuner(clock, broadcast, MakeSourceProvider(std::move(spec))) {}
+};
+
+BroadcastItem ReadOne(BroadcastReader& reader) {
+    BroadcastItem item;
+    EXPECT_EQ(reader.Read(item, std::chrono::seconds(20)), ReadResult::Item);
+    return item;
+}
+
+TEST(Tuner, AProgramIsStartedWithItsBlockAndStoppedOnClose) {
+    const std::string file = (kData / "8B.eti").string();
+    LiveBench bench(
+        CommandSource("sh -c 'test {block} = 8B && test {hz} = 183008000 && cat " + file + "; exec sleep 1000'"));
+    _tag_DMB_CHANNEL_INFO info{};
+    ASSERT_TRUE(bench.tuner.GetChannel(183008000, info));
+    EXPECT_EQ(info.service[0].nServiceID, 0xE201u);
+    ASSERT_TRUE(bench.tuner.SetChannel(183008000, 0, 0xE202));
+    BroadcastReader reader = bench.broadcast.Attach();
+    EXPECT_FALSE(ReadOne(reader).bytes.empty());
+    const Millis before = bench.clock.Now();
+    bench.tuner.StopService();
+    EXPECT_LE(bench.clock.Now() - before, 200);
+}
+
+TEST(Tuner, AProgramThatIgnoresTheRequestIsEndedAllTheSame) {
+    const std::string file = (kData / "8B.eti").string();
+    LiveBench bench(CommandSource("sh -c 'trap \"\" TERM; cat " + file + "; while :; do sleep 1; done'"));
+    ASSERT_TRUE(bench.tuner.SetChannel(183008000, 0, 0xE202));
+    const Millis before = bench.clock.Now();
+    bench.tuner.StopService();
+    EXPECT_LE(bench.clock.Now() - before, 200);
+}
+
+TEST(Tuner, AProgramThatCannotStartIsNoSourceAtOnce) {
+    LiveBench bench(CommandSource("/no/such/program {hz}"));
+    _tag_DMB_CHANNEL_INFO info{};
+    const Millis before = bench.clock.Now();
+    EXPECT_FALSE(bench.tuner.GetChannel(183008000, info));
+    LiveBench failing(CommandSource("sh -c 'echo no device found >&2; exit 3'"));
+    EXPECT_FALSE(failing.tuner.GetChannel(183008000, info));
+    EXPECT_LE(bench.clock.Now() - before, 1000);
+    EXPECT_EQ(bench.tuner.Reports()[0].state, BlockState::NoSource);
+    EXPECT_NE(failing.tuner.Reports()[0].reason.find("no device found"), std::string::npos);
+}
+
+TEST(Tuner, AProgramThatEndsIsBegunAgain) {
+    const fs::path marks = fs::temp_directory_path() / ("dmb-tuner-test-" + std::to_string(getpid()));
+    const std::string file = (kData / "8B.eti").string();
+    LiveBench bench(CommandSource("sh -c 'echo x >> " + marks.string() + "; head -c 60000 " + file + "'"));
+    ASSERT_TRUE(bench.tuner.SetChannel(183008000, 0, 0xE202));
+    BroadcastReader reader = bench.broadcast.Attach();
+    // One run holds 38 frames; more can only come from another.
+    int frames = 0;
+    bool gap = false;
+    while (frames < 50) {
+        const BroadcastItem item = ReadOne(reader);
+        frames += item.kind == ItemKind::Audio ? 1 : 0;
+        gap = gap || item.discontinuity;
+        if (HasFailure())
+            break;
+    }
+    EXPECT_TRUE(gap);
+    bench.tuner.StopService();
+    EXPECT_GE(fs::file_size(marks), 4u);
+    fs::remove(marks);
+}
+
+TEST(Tuner, ANamedPipeStandsOnRowZeroAndOutlivesTheScan) {
+    const fs::path pipe = fs::temp_directory_path() / ("dmb-tuner-pipe-" + std::to_string(getpid()));
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    signal(SIGPIPE, SIG_IGN);
+    LiveBench bench(Folder(pipe));
+    _tag_DMB_CHANNEL_INFO info{};
+    EXPECT_FALSE(bench.tuner.GetChannel(BlockFrequency(4), info));
+    auto writer = std::async(std::launch::async, [&] {
+        std::ifstream in(kData / "8B.eti", std::ios::binary);
+        std::ofstream out(pipe, std::ios::binary);
+        out << in.rdbuf();
+    });
+    EXPECT_TRUE(bench.tuner.GetChannel(BlockFrequency(0), info));
+    EXPECT_TRUE(bench.tuner.SetChannel(BlockFrequency(0), 0, 0xE201));
+    BroadcastReader reader = bench.broadcast.Attach();
+    EXPECT_FALSE(ReadOne(reader).bytes.empty());
+    bench.tuner.StopService();
+    EXPECT_FALSE(bench.tuner.GetChannel(BlockFrequency(1), info));
+    bench.tuner.BeginClosing();
+    // Let the writer finish, whatever of the file is left.
+    const int drain = open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
+    char bytes[4096];
+    while (writer.wait_for(std::chrono::milliseconds(1)) != std::future_status::ready)
+        while (read(drain, bytes, sizeof bytes) > 0) {
+        }
+    close(drain);
+    fs::remove(pipe);
+}
+
+} // namespace
+} // namespace medmb

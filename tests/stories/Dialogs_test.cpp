@@ -1,0 +1,250 @@
+// The channel list, the settings and the debug dialog.
+#include <functional>
+
+#include "tests/stories/Story.h"
+
+using namespace stories;
+
+namespace {
+class DialogStory : public Story {
+protected:
+    void SetUp() override { Open(); }
+    // Does something while the dialog is open.
+    void Then(std::function<void()> action) { device.shell.DuringModal(std::move(action)); }
+    [[nodiscard]] WString Text(UINT id) const { return device.shell.Element(id)->GetText(); }
+    bool Press(UINT id) {
+        const bool pressed = device.shell.Press(id);
+        return pressed;
+    }
+};
+} // namespace
+
+// ---- Channel list ------------------------------------------------------------------------------------------------------
+
+// Edge case: a radio picked on its tab posts its position in the list, not its line.
+TEST_F(DialogStory, PickedRadioPostsItsPositionInTheList) {
+    Then([this] { EXPECT_TRUE(Press(61)); });
+    Then([this] {
+        EXPECT_EQ(Text(40), WTEXT("[CH12] MUSIC"));
+        EXPECT_EQ(Text(41), WTEXT("[CH8] JAZZ"));
+        EXPECT_TRUE(Press(41));
+    });
+    Then([this] { Press(3); });
+    Forget();
+    Command(kCmdList);
+    EXPECT_TRUE(Saw("post view 1124 3 0"));
+    EXPECT_EQ(peer->CurChannel(), kJazz);
+}
+
+TEST_F(DialogStory, ListOpensOnTheTabOfTheSession) {
+    Tune(kMusic);
+    Then([this] {
+        EXPECT_EQ(device.shell.Element(61)->GetState(), kButtonPressed);
+        EXPECT_EQ(device.shell.Element(60)->GetState(), kButtonNormal);
+        device.shell.Key(27);
+    });
+    Command(kCmdList);
+}
+
+// Edge case: while a recording plays, the list opens on the files.
+TEST_F(DialogStory, ListOpensOnTheFilesWhileOnePlays) {
+    Tune(kNews);
+    peer->PlayDMBFile(WTEXT("\\SDMMC Card\\DMB\\a.dmb"));
+    Then([this] {
+        EXPECT_EQ(device.shell.Element(62)->GetState(), kButtonPressed);
+        EXPECT_FALSE(device.shell.Element(45)->IsVisible());
+        device.shell.Key(27);
+    });
+    Command(kCmdList);
+}
+
+// Edge case: cancelled with an empty list, the text is that of no channels; without a list file it is the other one.
+TEST_F(DialogStory, CancelledEmptyListShowsThatThereAreNoChannels) {
+    peer->List().RemoveAllRecords();
+    peer->ChannelCount() = 0;
+    Then([this] { device.shell.Key(27); });
+    Command(kCmdList);
+    EXPECT_EQ(Info(), TextOf(kTextNoChannel));
+    peer->ChannelCount() = -1;
+    Then([this] { device.shell.Key(27); });
+    Command(kCmdList);
+    EXPECT_EQ(Info(), TextOf(kTextPickChannel));
+}
+
+TEST_F(DialogStory, CancelledListGuardsTheToggleForAMoment) {
+    Tune(kNews);
+    Then([this] { device.shell.Key(27); });
+    Command(kCmdList);
+    EXPECT_EQ(peer->ToggleGuard(), 1);
+    Wait(200);
+    EXPECT_EQ(peer->ToggleGuard(), 0);
+}
+
+// Edge case: the tab that is current already does not refresh the list.
+TEST_F(DialogStory, CurrentTabDoesNotRefresh) {
+    Then([this] {
+        Forget();
+        EXPECT_TRUE(Press(60));
+    });
+    Then([this] {
+        EXPECT_FALSE(Saw("1025"));
+        EXPECT_TRUE(Press(62));
+    });
+    Then([this] {
+        EXPECT_TRUE(Saw("1025"));
+        device.shell.Key(27);
+    });
+    Command(kCmdList);
+}
+
+TEST_F(DialogStory, OtherKindsAreNotListed) {
+    peer->List().AppendRecord(harness::Channel(211280000, "DATA", 9, 3));
+    Then([this] {
+        EXPECT_EQ(Text(42), WTEXT("[CH8] MOVIE"));
+        EXPECT_EQ(Text(43), WString());
+        device.shell.Key(27);
+    });
+    Command(kCmdList);
+}
+
+TEST_F(DialogStory, PickedFilePlays) {
+    std::filesystem::create_directory(device.Card() / "DMB");
+    harness::WriteFile(device.Card() / "DMB/NEWS_070307210509.dmb", "x");
+    harness::WriteFile(device.Card() / "DMB/notes.txt", "x");
+    Then([this] { Press(62); });
+    Then([this] {
+        EXPECT_EQ(Text(40), WTEXT("NEWS_070307210509.dmb"));
+        EXPECT_EQ(Text(41), WString());
+        Press(40);
+    });
+    Then([this] { Press(3); });
+    Command(kCmdList);
+    EXPECT_TRUE(Saw("parser.Load"));
+    EXPECT_EQ(peer->FileName(), WTEXT("\\SDMMC Card\\DMB\\NEWS_070307210509.dmb"));
+}
+
+// ---- Settings ----------------------------------------------------------------------------------------------------------
+
+// Edge case: previous at the first length shows the last, next at the last shows the first.
+TEST_F(DialogStory, LengthsWrap) {
+    Then([this] { Press(12); });
+    Then([this] {
+        EXPECT_EQ(Text(11), WTEXT("60분"));
+        Press(13);
+    });
+    Then([this] {
+        EXPECT_EQ(Text(11), WTEXT("5분"));
+        device.shell.Key(27);
+    });
+    Command(kCmdSetting);
+}
+
+TEST_F(DialogStory, OkStoresBothValuesAndSavesTheProfile) {
+    Then([this] { Press(13); });
+    Then([this] { Press(14); });
+    Then([this] { Press(3); });
+    Command(kCmdSetting);
+    EXPECT_EQ(view->GetRecordTime(), 1u);
+    EXPECT_EQ(view->GetRatioOnOff(), 1u);
+    const std::string bytes = device.ReadProfile();
+    ASSERT_EQ(bytes.size(), 16u);
+    EXPECT_EQ(bytes[4], 1);
+    EXPECT_EQ(bytes[14], 1);
+}
+
+// Edge case: cancel after changing both leaves the view and the profile alone.
+TEST_F(DialogStory, CancelStoresNothing) {
+    Then([this] { Press(13); });
+    Then([this] { Press(14); });
+    Then([this] { Press(4); });
+    Command(kCmdSetting);
+    EXPECT_EQ(view->GetRecordTime(), 0u);
+    EXPECT_EQ(view->GetRatioOnOff(), 0u);
+    EXPECT_FALSE(std::filesystem::exists(device.Profile() / "DMB.dat"));
+}
+
+// Edge case: ratio-on when it is on moves nothing.
+TEST_F(DialogStory, RatioSelectorMovesOnlyOnAChange) {
+    RECT off{};
+    Then([&] {
+        off = device.shell.Element(16)->GetRect();
+        Press(14);
+    });
+    Then([&] {
+        const RECT on = device.shell.Element(16)->GetRect();
+        EXPECT_TRUE(on.left != off.left || on.top != off.top);
+        EXPECT_EQ(on.right - on.left, off.right - off.left);
+        Press(14);
+    });
+    Then([this] { device.shell.Key(27); });
+    Command(kCmdSetting);
+}
+
+// Edge case: without debug mode the debug button stays hidden.
+TEST_F(DialogStory, DebugButtonNeedsDebugMode) {
+    Then([this] {
+        EXPECT_FALSE(device.shell.Element(7)->IsVisible());
+        device.shell.Key(27);
+    });
+    Command(kCmdSetting);
+    device.shell.SetDebugMode(true);
+    Then([this] {
+        EXPECT_TRUE(device.shell.Element(7)->IsVisible());
+        device.shell.Key(27);
+    });
+    Command(kCmdSetting);
+}
+
+// ---- Debug dialog ------------------------------------------------------------------------------------------------------
+
+TEST_F(DialogStory, DebugDialogSelectsRowsAndTheSignalDisplay) {
+    device.shell.SetDebugMode(true);
+    Then([this] { Press(13); }); // a settings value that is lost
+    Then([this] { Press(7); });
+    Then([this] { Press(10); });
+    Then([this] { Press(31); });
+    Then([this] { Press(3); });
+    Command(kCmdSetting);
+    EXPECT_EQ(view->GetScanFrequency()[0], 0);
+    EXPECT_EQ(view->GetScanFrequency()[1], 1);
+    EXPECT_EQ(view->GetSNRDebug(), 1u);
+    EXPECT_EQ(view->GetRecordTime(), 0u);
+    EXPECT_FALSE(std::filesystem::exists(device.Profile() / "DMB.dat"));
+    view->SetSNRDebug(0);
+}
+
+// Edge case: a row toggled twice is as it was, and its button too.
+TEST_F(DialogStory, RowToggledTwiceIsAsItWas) {
+    device.shell.SetDebugMode(true);
+    BYTE mask[kChannelTableRows] = {};
+    mask[5] = 2; // Edge case: any other value shows as the state and becomes 0 at the first touch.
+    view->SetScanFrequency(mask);
+    Then([this] { Press(7); });
+    Then([this] {
+        EXPECT_EQ(device.shell.Element(15)->GetState(), 2);
+        Press(14);
+    });
+    Then([this] {
+        EXPECT_EQ(device.shell.Element(14)->GetState(), 1);
+        Press(14);
+    });
+    Then([this] {
+        EXPECT_EQ(device.shell.Element(14)->GetState(), 0);
+        Press(3);
+    });
+    Command(kCmdSetting);
+    EXPECT_EQ(view->GetScanFrequency()[4], 0);
+    EXPECT_EQ(view->GetScanFrequency()[5], 2);
+}
+
+// Edge case: cancel leaves rows and switch alone.
+TEST_F(DialogStory, CancelledDebugDialogStoresNothing) {
+    device.shell.SetDebugMode(true);
+    Then([this] { Press(7); });
+    Then([this] { Press(10); });
+    Then([this] { Press(31); });
+    Then([this] { Press(4); });
+    Command(kCmdSetting);
+    EXPECT_EQ(view->GetScanFrequency()[0], 1);
+    EXPECT_EQ(view->GetSNRDebug(), 0u);
+}
