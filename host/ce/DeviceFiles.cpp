@@ -161,6 +161,30 @@ bool DeviceFiles::Close(HANDLE handle) {
     return file->pending->Commit(file->file) || Fail(ErrorOfErrno(errno));
 }
 
+bool DeviceFiles::Replace(const WCHAR* path, std::span<const BYTE> content) {
+    const std::lock_guard lock(mutex_);
+    const auto location = Resolve(path);
+    if (!location)
+        return false;
+    if (location->names.empty() || (Concerns(path) && faults_.refuseCreate))
+        return Fail(ERROR_ACCESS_DENIED);
+    Descriptor folder = OpenFolder(*location, location->names.size() - 1);
+    if (!folder)
+        return Fail(ErrorOfFolder(errno));
+    PendingFile pending(std::move(folder), location->names.back());
+    Descriptor file = pending.Create();
+    if (!file)
+        return Fail(ErrorOfErrno(errno));
+    const bool isFull = Concerns(path) && faults_.diskFullAfter && *faults_.diskFullAfter < content.size();
+    if (isFull || WriteAll(file, content.data(), content.size()) != content.size()) {
+        const DWORD error = isFull ? ERROR_DISK_FULL : ErrorOfErrno(errno);
+        file.Close();
+        pending.Discard();
+        return Fail(error);
+    }
+    return pending.Commit(file) || Fail(ErrorOfErrno(errno));
+}
+
 std::shared_ptr<DeviceFiles::OpenFile> DeviceFiles::Find(HANDLE handle) const {
     const std::lock_guard lock(mutex_);
     const auto found = open_.find(handle);

@@ -19,6 +19,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace ce {
@@ -69,6 +70,9 @@ public:
     [[nodiscard]] std::optional<ULONGLONG> Seek(HANDLE handle, LONGLONG distance, DWORD method);
     [[nodiscard]] std::optional<ULONGLONG> Size(HANDLE handle);
     bool Close(HANDLE handle);
+
+    // Gives a file this content in one step, wherever it lies: a reader finds all of the old content or all of the new.
+    bool Replace(const WCHAR* path, std::span<const BYTE> content);
 
     bool MakeFolder(const WCHAR* path);
     [[nodiscard]] bool FolderExists(const WCHAR* path);

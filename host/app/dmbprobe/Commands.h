@@ -19,6 +19,7 @@ void AddBsac(CLI::App& app, int& status);
 void AddFic(CLI::App& app, int& status);
 void AddInfo(CLI::App& app, int& status);
 void AddPad(CLI::App& app, int& status);
+void AddPlay(CLI::App& app, int& status);
 void AddTs(CLI::App& app, int& status);
 
 } // namespace dmbprobe

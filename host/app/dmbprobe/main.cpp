@@ -14,6 +14,7 @@ int main(int argc, char** argv) {
     dmbprobe::AddPad(app, status);
     dmbprobe::AddAudio(app, status);
     dmbprobe::AddBsac(app, status);
+    dmbprobe::AddPlay(app, status);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -1,0 +1,120 @@
+#include "host/app/dmbtv/ScriptRunner.h"
+
+#include <functional>
+
+#include "host/app/dmbtv/ViewLook.h"
+#include "host/ce/Text.h"
+
+namespace dmbtv {
+
+namespace {
+
+constexpr UINT kFirstTab = 60;
+constexpr UINT kFirstRow = 40;
+constexpr UINT kPageDown = 72;
+constexpr UINT kOk = 3, kCancel = 4, kLoneOk = 12;
+constexpr int kRowsOfATab = 10;
+constexpr int kRowsOfFiles = 5;
+constexpr int kFileTab = 2;
+
+std::string Got(const std::string& wanted, const std::string& got) {
+    return "wanted " + wanted + ", got " + got;
+}
+
+class Runner {
+public:
+    explicit Runner(shell::Shell& shellToDrive) : shell(shellToDrive) {}
+
+    // Empty, or what was wanted and what was got.
+    std::string Carry(const ScriptLine& line) {
+        switch (line.verb) {
+        case Verb::Wait: shell.Wait(line.first); return {};
+        case Verb::Press: return Press(static_cast<UINT>(line.first));
+        case Verb::Key: shell.Key(static_cast<UINT>(line.first)); return {};
+        case Verb::Click: shell.Click(line.first, line.second); return {};
+        case Verb::Answer: shell.Answer(static_cast<WORD>(line.first), line.second != 0); return {};
+        case Verb::Pick: return Pick(line.first, line.second);
+        case Verb::Shot: return shell.Screenshot(line.text) ? std::string() : "cannot write " + line.text;
+        case Verb::ExpectMode: return Expect(line.first, shell.View() ? shell.View()->GetPlayMode() : -1);
+        case Verb::ExpectType: return Expect(line.first, Type());
+        case Verb::ExpectText: return ExpectText(line);
+        case Verb::ExpectTitle: return ExpectEqual(line.text, ce::ToUtf8(shell.Title()));
+        case Verb::ExpectBox: return ExpectBox(line.first);
+        case Verb::Quit: return {};
+        }
+        return {};
+    }
+
+private:
+    static std::string Expect(int wanted, int got) {
+        return wanted == got ? std::string() : Got(std::to_string(wanted), std::to_string(got));
+    }
+    static std::string ExpectEqual(const std::string& wanted, const std::string& got) {
+        return wanted == got ? std::string() : Got("\"" + wanted + "\"", "\"" + got + "\"");
+    }
+
+    std::string Press(UINT element) {
+        if (!shell.Press(element))
+            return Got("element " + std::to_string(element), "none that can be pressed");
+        shell.RunUntilIdle();
+        return {};
+    }
+
+    [[nodiscard]] int Type() const {
+        const CVelPlayerView* view = shell.View();
+        return view ? DMBViewPeer::CurrentType(static_cast<const CVelDMBView&>(*view)) : kSessionNone;
+    }
+
+    std::string ExpectText(const ScriptLine& line) {
+        const GButton* element = shell.Element(static_cast<UINT>(line.first));
+        if (element == nullptr)
+            return Got("element " + std::to_string(line.first), "none");
+        return ExpectEqual(line.text, element->IsVisible() ? ce::ToUtf8(element->GetText()) : std::string());
+    }
+
+    std::string ExpectBox(int textId) const {
+        const auto& boxes = shell.BoxRecords();
+        const int got = boxes.empty() ? -1 : int{boxes.back().textId};
+        return Expect(textId, got);
+    }
+
+    // Opens the list and takes a line of a tab. The list is modal, so what happens in it is arranged before.
+    std::string Pick(int tab, int line) {
+        std::string failure;
+        const int rows = tab == kFileTab ? kRowsOfFiles : kRowsOfATab;
+        shell.DuringModal([this, tab] { shell.Press(kFirstTab + static_cast<UINT>(tab)); });
+        for (int page = 0; page < line / rows; ++page)
+            shell.DuringModal([this] { shell.Press(kPageDown); });
+        shell.DuringModal([this, row = kFirstRow + static_cast<UINT>(line % rows), &failure] {
+            const GButton* element = shell.Element(row);
+            if (element == nullptr || *element->GetText() == 0)
+                failure = "the list has no such line";
+            else
+                shell.Press(row);
+        });
+        shell.DuringModal([this] { shell.Press(kOk); });
+        shell.Press(21);
+        shell.RunUntilIdle();
+        return failure;
+    }
+
+    shell::Shell& shell;
+};
+
+} // namespace
+
+std::string RunScript(shell::Shell& shell, const Script& script) {
+    Runner runner(shell);
+    // A dialog or box that no line of the script answers is cancelled; nobody else could.
+    shell.SetIdleInput([&shell] { return shell.Press(kCancel) || shell.Press(kLoneOk) || shell.Press(kOk); });
+    for (const ScriptLine& line : script.lines) {
+        if (line.verb == Verb::Quit)
+            break;
+        const std::string failure = runner.Carry(line);
+        if (!failure.empty())
+            return "line " + std::to_string(line.line) + " (" + line.source + "): " + failure;
+    }
+    return {};
+}
+
+} // namespace dmbtv

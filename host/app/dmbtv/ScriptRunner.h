@@ -1,0 +1,14 @@
+// Carries a script out on the shell.
+#pragma once
+
+#include <string>
+
+#include "host/app/dmbtv/Script.h"
+#include "host/shell/Shell.h"
+
+namespace dmbtv {
+
+// Empty when every expectation held; otherwise line, wanted and got.
+[[nodiscard]] std::string RunScript(shell::Shell& shell, const Script& script);
+
+} // namespace dmbtv

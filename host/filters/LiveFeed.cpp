@@ -1,0 +1,78 @@
+#include "host/filters/LiveFeed.h"
+
+namespace filters {
+
+void LiveFeed::Position(std::uint64_t& now, std::int64_t& whole) {
+    now = IsStarted() ? static_cast<std::uint64_t>(host_.clock.Now() - started_) : 0;
+    whole = 0;
+}
+
+// What has queued up further down is old by now.
+void LiveFeed::OnResume() {
+    BeginFlush();
+    EndFlush();
+}
+
+void LiveFeed::Work() {
+    started_ = host_.clock.Now();
+    deadline_ = host_.clock.Now() + kNoSignalMs;
+    noSignal_ = false;
+    host_.stream.BeginRun(true);
+    host_.stream.MarkGap();
+    medmb::BroadcastReader reader = broadcast_.Attach();
+    broadcast_.SetNotify([this] { wake_.Raise(); });
+    while (!quit_) {
+        Drain(reader);
+        if (quit_)
+            break;
+        if (host_.clock.Now() >= deadline_) {
+            noSignal_ = true;
+            deadline_ += kNoSignalMs;
+            Report(ReceptionState::kNoSignal);
+            host_.notify(IDMB_EVENT_NO_SIGNAL);
+        }
+        (void)wake_.Wait(deadline_);
+    }
+    broadcast_.SetNotify(nullptr);
+    Report(ReceptionState::kIdle);
+}
+
+void LiveFeed::Drain(medmb::BroadcastReader& reader) {
+    medmb::BroadcastItem item;
+    while (!quit_ && reader.Attached() && reader.TryRead(item) == medmb::ReadResult::Item) {
+        if (item.kind == medmb::ItemKind::Packets)
+            Take(item);
+    }
+}
+
+void LiveFeed::Take(const medmb::BroadcastItem& item) {
+    ParserStream& stream = host_.stream;
+    stream.SetDropping(paused_);
+    if (item.discontinuity)
+        stream.MarkGap();
+    bool sound = false; // a packet that the outer code could not mend is no signal
+    const ByteSpan bytes(item.bytes);
+    for (std::size_t at = 0; at + wire::kTsPacketSize <= bytes.size() && !quit_; at += wire::kTsPacketSize) {
+        const ByteSpan packet = bytes.subspan(at, wire::kTsPacketSize);
+        sound |= packet[0] == wire::kTsSyncByte && (packet[1] & 0x80) == 0;
+        stream.Push(packet);
+        tee_.Offer(packet, stream.Demux().Tables());
+    }
+    if (stream.TakeAudioChange())
+        host_.notify(IDMB_EVENT_AUDIO_CHANGE);
+    if (stream.TakeClockLost())
+        host_.notify(IDMB_EVENT_TIME_RESET);
+    if (!sound)
+        return;
+    deadline_ = host_.clock.Now() + kNoSignalMs;
+    Report(stream.Demux().IsScrambled() ? ReceptionState::kScrambled : ReceptionState::kPlaying);
+    if (std::exchange(noSignal_, false))
+        host_.notify(IDMB_EVENT_SIGNAL);
+}
+
+void LiveFeed::Report(ReceptionState state) {
+    if (std::exchange(state_, state) != state && host_.status != nullptr)
+        host_.status->OnReception(state);
+}
+
+} // namespace filters

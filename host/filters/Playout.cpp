@@ -1,0 +1,225 @@
+#include "host/filters/Playout.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace filters {
+
+namespace {
+
+constexpr Ticks kTarget = 300 * kTicksPerMs;
+constexpr Ticks kLargestLead = 2 * kTicksPerSecond;
+constexpr Ticks kFileStart = 200 * kTicksPerMs;
+constexpr Ticks kFileRoom = 2 * kTicksPerSecond;
+constexpr Ticks kLiveRoom = 6 * kTicksPerSecond;
+// Sound that is off its place by less is played as it comes.
+constexpr Ticks kTolerance = 20 * kTicksPerMs;
+constexpr Ticks kLargestGap = 3 * kTicksPerSecond;
+// Waiting for a schedule that does not move ends at last.
+constexpr ce::Millis kLongestHold = 3000;
+constexpr double kRampStep = 1.0 / 240; // 5 ms from silence to full
+constexpr double kMarginSmoothing = 1.0 / 256;
+constexpr unsigned kMarginSettled = 128; // blocks
+constexpr double kDeadZone = 5.0 * kTicksPerMs;
+constexpr double kMillionthsPerTick = 10.0 / kTicksPerMs; // 10 for each millisecond off
+constexpr int kLargestSpeed = 1000;
+
+std::int16_t Scaled(double value) {
+    return static_cast<std::int16_t>(std::lrint(std::clamp(value, -32768.0, 32767.0)));
+}
+
+} // namespace
+
+Playout::Playout(ce::Clock& clock) : clock_(clock) {}
+
+Ticks Playout::BufferedTicks() const {
+    return static_cast<Ticks>(queuedSamples_ / kDeviceChannels) * kFinePerFrame / kFinePerTick;
+}
+
+bool Playout::Push(const SoundBlock& block) {
+    const std::scoped_lock lock(guard_);
+    if (BufferedTicks() > (block.live ? kLiveRoom : kFileRoom))
+        return false;
+    if (block.sampleRate <= 0 || block.channels <= 0 || block.samples.empty())
+        return true;
+    const auto frames = static_cast<std::int64_t>(block.samples.size()) / block.channels;
+    if (segment_ && block.time + frames * kTicksPerSecond / block.sampleRate <= *segment_)
+        return true;
+    if (queue_.empty() && !playing_)
+        waitingSince_ = clock_.Now();
+    live_ = block.live;
+    ended_ = false;
+    newestSchedule_ = block.time - std::clamp<Ticks>(block.lead, 0, kLargestLead);
+    Steer(block);
+    Piece piece;
+    piece.time = block.time * kFinePerTick;
+    resampler_.Push(block.samples, block.sampleRate, block.channels, piece.frames);
+    queuedSamples_ += piece.frames.size();
+    if (!piece.frames.empty())
+        queue_.push_back(std::move(piece));
+    return true;
+}
+
+// Keeps the distance to the schedule.
+void Playout::Steer(const SoundBlock& block) {
+    if (!block.live || !playing_)
+        return;
+    const double margin = static_cast<double>(newestSchedule_ - PositionAt(clock_.Now()) / kFinePerTick);
+    margin_ = marginBlocks_ == 0 ? margin : margin_ + (margin - margin_) * kMarginSmoothing;
+    if (++marginBlocks_ < kMarginSettled)
+        return;
+    const double off = margin_ - static_cast<double>(kTarget);
+    if (std::abs(off) > kDeadZone || speed_ != 0)
+        speed_ = std::clamp(static_cast<int>(off * kMillionthsPerTick), -kLargestSpeed, kLargestSpeed);
+    resampler_.SetSpeed(speed_);
+}
+
+void Playout::End() {
+    const std::scoped_lock lock(guard_);
+    ended_ = true;
+}
+
+void Playout::Flush() {
+    const std::scoped_lock lock(guard_);
+    queue_.clear();
+    queuedSamples_ = 0;
+    resampler_.Reset();
+    anchored_ = playing_ = ended_ = false;
+    segment_.reset();
+    marginBlocks_ = 0;
+}
+
+void Playout::SetSegment(Ticks start) {
+    const std::scoped_lock lock(guard_);
+    segment_ = start;
+}
+
+void Playout::SetVolume(int hundredths) {
+    const std::scoped_lock lock(guard_);
+    gain_ = hundredths <= -10000 ? 0 : std::pow(10.0, std::min(hundredths, 0) / 2000.0);
+}
+
+void Playout::SetLatency(int milliseconds) {
+    const std::scoped_lock lock(guard_);
+    latencyMs_ = milliseconds;
+}
+
+bool Playout::IsReady() const {
+    if (queue_.empty())
+        return false;
+    if (ended_)
+        return true;
+    if (!live_)
+        return BufferedTicks() >= kFileStart;
+    const Ticks first = queue_.front().time / kFinePerTick;
+    return newestSchedule_ - first >= kTarget || clock_.Now() - waitingSince_ >= kLongestHold;
+}
+
+void Playout::Pull(std::span<std::int16_t> frames) {
+    const std::scoped_lock lock(guard_);
+    if (!playing_ && IsReady()) {
+        playing_ = anchored_ = true;
+        position_ = queue_.front().time;
+        marginBlocks_ = 0;
+    }
+    pullStart_ = position_;
+    pullTime_ = clock_.Now();
+    pullFrames_ = playing_ ? frames.size() / kDeviceChannels : 0;
+    Fill(frames);
+    pulled_ += frames.size() / kDeviceChannels;
+}
+
+void Playout::Fill(std::span<std::int16_t> out) {
+    while (!out.empty()) {
+        if (!playing_ || queue_.empty()) {
+            out = out.subspan(Silence(out, playing_));
+            continue;
+        }
+        Piece& piece = queue_.front();
+        const Fine place = piece.time + static_cast<Fine>(piece.done / kDeviceChannels) * kFinePerFrame;
+        const Fine gap = place - position_;
+        const bool isNear = std::abs(gap) <= kTolerance * kFinePerTick;
+        if (isNear || gap > kLargestGap * kFinePerTick) {
+            position_ = place;
+            out = out.subspan(Play(piece, out));
+        } else if (gap > 0) {
+            const auto missing = static_cast<std::size_t>(gap / kFinePerFrame) * kDeviceChannels;
+            out = out.subspan(Silence(out.first(std::min(out.size(), std::max<std::size_t>(missing, 2))), true));
+            continue;
+        } else if (live_) {
+            playing_ = false; // late: hold back anew
+            waitingSince_ = clock_.Now();
+            continue;
+        } else {
+            position_ = place; // a file waits for nobody; the clock goes back to its sound
+            continue;
+        }
+        if (piece.done >= piece.frames.size())
+            queue_.pop_front();
+    }
+}
+
+// Falls from the last sample to silence, then stays there.
+std::size_t Playout::Silence(std::span<std::int16_t> out, bool timePasses) {
+    for (std::size_t i = 0; i < out.size(); ++i) {
+        out[i] = Scaled(last_[i % kDeviceChannels] * ramp_);
+        if (i % kDeviceChannels == kDeviceChannels - 1)
+            ramp_ = std::max(0.0, ramp_ - kRampStep);
+    }
+    if (timePasses)
+        position_ += static_cast<Fine>(out.size() / kDeviceChannels) * kFinePerFrame;
+    return out.size();
+}
+
+std::size_t Playout::Play(Piece& piece, std::span<std::int16_t> out) {
+    const std::size_t count = std::min(out.size(), piece.frames.size() - piece.done);
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::int16_t sample = piece.frames[piece.done + i];
+        last_[i % kDeviceChannels] = gain_ == 1 ? sample : Scaled(sample * gain_);
+        out[i] = ramp_ >= 1 ? last_[i % kDeviceChannels] : Scaled(last_[i % kDeviceChannels] * ramp_);
+        if (i % kDeviceChannels == kDeviceChannels - 1)
+            ramp_ = std::min(1.0, ramp_ + kRampStep);
+    }
+    piece.done += count;
+    queuedSamples_ -= count;
+    position_ += static_cast<Fine>(count / kDeviceChannels) * kFinePerFrame;
+    return count;
+}
+
+// --- the clock
+
+Playout::Fine Playout::PositionAt(ce::Millis now) const {
+    const Fine sinceThen = (now - pullTime_) * kTicksPerMs * kFinePerTick;
+    const Fine pulled = static_cast<Fine>(pullFrames_) * kFinePerFrame;
+    return pullStart_ + std::min(sinceThen, pulled) - static_cast<Fine>(latencyMs_) * kTicksPerMs * kFinePerTick;
+}
+
+ClockState Playout::StreamTime(Ticks& now) const {
+    const std::scoped_lock lock(guard_);
+    if (!playing_)
+        return ended_ && queue_.empty() && !anchored_ ? ClockState::kNone : ClockState::kPending;
+    now = PositionAt(clock_.Now()) / kFinePerTick;
+    return ClockState::kRunning;
+}
+
+std::int64_t Playout::DeviceTime() const {
+    const std::scoped_lock lock(guard_);
+    return static_cast<std::int64_t>(pulled_) * 10'000'000 / kDeviceRate;
+}
+
+bool Playout::IsOver() const {
+    const std::scoped_lock lock(guard_);
+    return ended_ && queue_.empty();
+}
+
+std::uint64_t Playout::PulledFrames() const {
+    const std::scoped_lock lock(guard_);
+    return pulled_;
+}
+
+int Playout::Speed() const {
+    const std::scoped_lock lock(guard_);
+    return speed_;
+}
+
+} // namespace filters
