@@ -477,7 +477,7 @@ Description ParseDescription(std::string_view text, const std::string& name, con
     }
     Node root(document, "", name);
     Description description;
-    description.seconds = root.Number("seconds", 0.5, 3600, 10);
+    description.seconds = root.Number("seconds", 0.5, 1200, 10);
     description.clock = ReadClock(root);
     description.loop = root.Flag("loop", true);
     root.Each("ensembles", [&](Node& node) { description.ensembles.push_back(ReadEnsemble(node, base)); });
