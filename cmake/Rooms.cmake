@@ -79,8 +79,8 @@ function(dmb_bench)
 endfunction()
 
 if(DMB_TESTS)
-    if(WIN32)
-        # The distribution has no GoogleTest for Windows, but it has the sources.
+    if(CMAKE_CROSSCOMPILING)
+        # The distribution has GoogleTest for this machine only, but it has the sources.
         set(gtest_home /usr/src/googletest/googletest)
         add_library(gtest STATIC ${gtest_home}/src/gtest-all.cc)
         target_include_directories(gtest SYSTEM PUBLIC ${gtest_home}/include PRIVATE ${gtest_home})

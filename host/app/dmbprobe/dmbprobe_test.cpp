@@ -21,7 +21,7 @@ struct Result {
     std::string output;
 };
 
-Result Run(const std::string& arguments) {
+Result Probe(const std::string& arguments) {
     const std::string command = std::string(DMB_BINARY_DIR) + "/bin/dmbprobe " + arguments + " 2>&1";
     FILE* pipe = popen(command.c_str(), "r");
     Result result;
@@ -48,7 +48,7 @@ protected:
 
 TEST_F(DmbProbe, TsFindsTheServiceInAFolder) {
     const fs::path out = folder / "one.ts";
-    EXPECT_EQ(Run("ts " + kData.string() + " --service 'TV ONE' " + out.string()).status, 0);
+    EXPECT_EQ(Probe("ts " + kData.string() + " --service 'TV ONE' " + out.string()).status, 0);
     const std::string packets = Read(out);
     ASSERT_EQ(packets.size(), 309u * 188u);
     for (std::size_t at = 0; at < packets.size(); at += 188) {
@@ -59,7 +59,7 @@ TEST_F(DmbProbe, TsFindsTheServiceInAFolder) {
 
 TEST_F(DmbProbe, TsReadsStandardInput) {
     const fs::path out = folder / "one.ts";
-    EXPECT_EQ(Run("ts - --service 0xF1E00401 " + out.string() + " < " + (kData / "12A.eti").string()).status, 0);
+    EXPECT_EQ(Probe("ts - --service 0xF1E00401 " + out.string() + " < " + (kData / "12A.eti").string()).status, 0);
     EXPECT_EQ(fs::file_size(out), 309u * 188u);
     const fs::path piped = folder / "piped.ts";
     const std::string file = (kData / "12A.eti").string();
@@ -71,25 +71,25 @@ TEST_F(DmbProbe, TsReadsStandardInput) {
 }
 
 TEST_F(DmbProbe, PadWritesTheTexts) {
-    EXPECT_EQ(Run("pad " + (kData / "8B.eti").string() + " --service KURZ " + (folder / "pad").string()).status, 0);
+    EXPECT_EQ(Probe("pad " + (kData / "8B.eti").string() + " --service KURZ " + (folder / "pad").string()).status, 0);
     EXPECT_EQ(Read(folder / "pad/labels.txt"), "UTF-8: Zażółć gęślą jaźń — Ελλάδα — Москва\n");
 }
 
 TEST_F(DmbProbe, AudioWritesEveryFrame) {
     const fs::path out = folder / "a.wav";
-    EXPECT_EQ(Run("audio " + (kData / "8B.eti").string() + " --service '한국방송 라디오' " + out.string()).status, 0);
+    EXPECT_EQ(Probe("audio " + (kData / "8B.eti").string() + " --service '한국방송 라디오' " + out.string()).status, 0);
     EXPECT_EQ(fs::file_size(out), 44u + 120u * 1152u * 2u);
     // A label as a channel list shows it, where code page 949 lacks its letters.
-    EXPECT_EQ(Run("audio " + (kData / "8B.eti").string() + " --service 0xE204 " + out.string()).status, 0);
+    EXPECT_EQ(Probe("audio " + (kData / "8B.eti").string() + " --service 0xE204 " + out.string()).status, 0);
     EXPECT_EQ(fs::file_size(out), 44u + 60u * 1152u * 2u);
 }
 
 TEST_F(DmbProbe, FicAndInfoNameWhatIsThere) {
-    const Result fic = Run("fic " + kData.string());
+    const Result fic = Probe("fic " + kData.string());
     EXPECT_EQ(fic.status, 0);
     EXPECT_NE(fic.output.find("0xE203 \"한국방송 라디오\" radio"), std::string::npos);
     EXPECT_NE(fic.output.find("0xF1E00402 \"TV TWO SIXTEEN16\" television"), std::string::npos);
-    const Result info = Run("info " + kData.string());
+    const Result info = Probe("info " + kData.string());
     EXPECT_EQ(info.status, 0);
     EXPECT_NE(info.output.find("packets 309, corrected 0"), std::string::npos);
     EXPECT_NE(info.output.find("all is well"), std::string::npos);
@@ -97,13 +97,13 @@ TEST_F(DmbProbe, FicAndInfoNameWhatIsThere) {
 
 TEST_F(DmbProbe, ExitStatusesTellWhatWasWrong) {
     const std::string out = (folder / "x").string();
-    EXPECT_EQ(Run("ts /no/such/file --service A " + out).status, 3);
-    EXPECT_EQ(Run("ts " + kData.string() + " --service NOBODY " + out).status, 5);
-    EXPECT_EQ(Run("ts " + kData.string() + " --service KURZ " + out).status, 5);
-    EXPECT_EQ(Run("ts " + kData.string()).status, 2);
-    EXPECT_EQ(Run("info " + (kData / "README.md").string()).status, 4);
-    EXPECT_NE(Run("info " + (kData / "README.md").string()).output.find("no ETI frame found"), std::string::npos);
-    EXPECT_EQ(Run("--help").status, 0);
+    EXPECT_EQ(Probe("ts /no/such/file --service A " + out).status, 3);
+    EXPECT_EQ(Probe("ts " + kData.string() + " --service NOBODY " + out).status, 5);
+    EXPECT_EQ(Probe("ts " + kData.string() + " --service KURZ " + out).status, 5);
+    EXPECT_EQ(Probe("ts " + kData.string()).status, 2);
+    EXPECT_EQ(Probe("info " + (kData / "README.md").string()).status, 4);
+    EXPECT_NE(Probe("info " + (kData / "README.md").string()).output.find("no ETI frame found"), std::string::npos);
+    EXPECT_EQ(Probe("--help").status, 0);
 }
 
 } // namespace

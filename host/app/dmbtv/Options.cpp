@@ -68,6 +68,7 @@ std::optional<Options> ReadOptions(int argc, char** argv, int& exitStatus) {
     app.add_option("--profile", options.profile, "folder of the settings and the channel list");
     app.add_option("--lang", options.language, "language of texts")->check(CLI::IsMember({"ko", "en"}));
     app.add_flag("--debug-mode", options.debugMode, "offer the debug dialog");
+    app.add_option("--audio-out", options.audioOut, "WAV file of what is heard");
     app.add_option("--screenshot", options.screenshot, "PNG of the screen, written when the program leaves");
     try {
         app.parse(argc, argv);

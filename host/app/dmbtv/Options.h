@@ -22,6 +22,7 @@ struct Options {
     std::filesystem::path deviceRoot; // host folder of the device's "\"
     std::filesystem::path card;       // host folder of the memory card
     std::filesystem::path profile;    // settings and channel list
+    std::filesystem::path audioOut;   // WAV file of what is heard
     std::filesystem::path screenshot; // written at the end
     std::string language;             // "ko", "en", or empty: by the locale
     bool headless = false;

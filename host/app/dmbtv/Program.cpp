@@ -7,10 +7,13 @@
 #include <memory>
 #include <string>
 
+#include "host/app/dmbtv/ScreenPort.h"
 #include "host/app/dmbtv/Script.h"
 #include "host/app/dmbtv/ScriptRunner.h"
 #include "host/ce/Ce.h"
 #include "host/dshow/ClassTable.h"
+#include "host/filters/Register.h"
+#include "host/filters/WavTap.h"
 #include "host/headend/Demo.h"
 #include "host/medmb/Tuner.h"
 #include "host/shell/Shell.h"
@@ -118,7 +121,15 @@ int Run(const Options& options) {
     ce::RealClock clock;
     ce::Ce ce(clock);
     Mount(ce, options);
-    const dshow::ClassTable classes(clock);
+    dshow::ClassTable classes(clock);
+    ScreenPort screen;
+    std::unique_ptr<filters::WavTap> wav;
+    if (!options.audioOut.empty()) {
+        wav = std::make_unique<filters::WavTap>(options.audioOut);
+        if (!wav->Ok())
+            return Fail(kExitFailed, "cannot write " + options.audioOut.string());
+    }
+    filters::Register(classes, clock, {nullptr, wav.get(), &screen, nullptr});
     medmb::Tuner tuner(clock, medmb::Broadcast::Instance(), std::move(source),
                        [](const std::string& line) { std::fprintf(stderr, "tuner: %s\n", line.c_str()); });
     medmb::Tuner::Install(&tuner);
@@ -128,7 +139,9 @@ int Run(const Options& options) {
     setup.debugMode = options.debugMode;
     try {
         shell::Shell shell(ce, setup);
+        screen.Join(&shell);
         status = Play(shell, options, *script);
+        screen.Join(nullptr);
     } catch (const shell::SkinError& error) {
         status = Fail(kExitUsage, error.what());
     }
