@@ -57,8 +57,9 @@ std::optional<Options> ReadOptions(int argc, char** argv, int& exitStatus) {
     Options options;
     CLI::App app{"DMB television and DAB radio viewer", "dmbtv"};
     app.set_version_flag("--version", std::string("dmbtv ") + app::kVersion);
-    app.add_option("SOURCE", options.source,
-                   "directory of <Hz>.eti or <block>.eti files, one ETI file, or - for standard input; none: the built-in demo");
+    app.add_option(
+        "SOURCE", options.source,
+        "directory of <Hz>.eti or <block>.eti files, one ETI file, or - for standard input; none: the built-in demo");
     app.add_option("--command", options.command,
                    "command line of a demodulator that writes ETI, with {hz} {khz} {mhz} {block} {row} {gain}");
     app.add_flag("--headless", options.headless, "no window");

@@ -1,6 +1,9 @@
 #include "host/app/dmbtv/ScreenPort.h"
 
 #include <algorithm>
+#include <cstdio>
+
+#include "view/DMBViewIds.h"
 
 namespace dmbtv {
 
@@ -55,5 +58,16 @@ void ScreenPort::Clear() {
 }
 
 void ScreenPort::Place(const RECT& /*rectangle*/, bool /*visible*/) {}
+
+void OnAirNotice::OnReception(filters::ReceptionState state) {
+    const HWND view = window.load();
+    if (view != nullptr && state == filters::ReceptionState::kPlaying)
+        PostMessageW(view, WM_DMB_ONAIR, 0, 0); // a television view ignores it
+}
+
+void OnAirNotice::OnCaptureFailed(HRESULT reason) {
+    std::fprintf(stderr, "dmbtv: the recording ended by itself (%08X); what was written stays playable\n",
+                 static_cast<unsigned>(reason));
+}
 
 } // namespace dmbtv

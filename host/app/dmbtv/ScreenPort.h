@@ -1,6 +1,7 @@
-// Joins the filters' picture port to the shell's video plane.
+// Joins the filters' picture and status ports to the shell.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <mutex>
 #include <vector>
@@ -24,6 +25,19 @@ private:
     std::mutex mutex; // guards what follows
     shell::Shell* joined = nullptr;
     std::vector<std::uint32_t> pixels;
+};
+
+// Tells the view when a service's first packets play: texts and slides are taken from then on, also from a radio that starts with
+// a good signal.
+class OnAirNotice final : public filters::StatusPort {
+public:
+    void Join(HWND view) { window.store(view); }
+
+    void OnReception(filters::ReceptionState state) override;
+    void OnCaptureFailed(HRESULT reason) override;
+
+private:
+    std::atomic<HWND> window = nullptr;
 };
 
 // The picture as 0x00RRGGBB, by ITU-R BT.601 with studio range.
