@@ -152,6 +152,7 @@ void AudioRenderer::OnEndOfStream() {
 
 void AudioRenderer::OnBeginFlush() {
     flushing_ = true;
+    playout_.Flush();
     room_.Raise();
 }
 

@@ -99,11 +99,14 @@ AvcUnitInfo InspectAvcUnit(ByteSpan bytes) {
 }
 
 std::optional<Bytes> ToByteStream(ByteSpan unit, const AvcConfiguration* configuration) {
+    // A length of 256 to 511 looks like a start code, so where lengths are expected they are tried first.
     std::optional<Bytes> stream;
-    if (BeginsWithStartCode(unit))
+    if (configuration != nullptr)
+        stream = FromLengths(unit, configuration->lengthBytes);
+    if (!stream && BeginsWithStartCode(unit))
         stream.emplace(unit.begin(), unit.end());
-    else
-        stream = FromLengths(unit, configuration != nullptr ? configuration->lengthBytes : 4);
+    if (!stream && configuration == nullptr)
+        stream = FromLengths(unit, 4);
     if (!stream || configuration == nullptr || configuration->parameterSets.empty())
         return stream;
     const AvcUnitInfo info = InspectAvcUnit(*stream);

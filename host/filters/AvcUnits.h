@@ -25,9 +25,8 @@ struct AvcUnitInfo {
 // Looks through an access unit in the byte stream format.
 [[nodiscard]] AvcUnitInfo InspectAvcUnit(ByteSpan byteStream);
 
-// The unit as a byte stream. It is one already when it begins with a start code; otherwise the lengths in it must add up,
-// or there is nothing to return. `configuration` may be null. A random access point without parameter sets of its own
-// gets those of the configuration.
+// The unit as a byte stream, whichever framing it has; nothing when it has neither. `configuration` may be null. A random
+// access point without parameter sets of its own gets those of the configuration.
 [[nodiscard]] std::optional<Bytes> ToByteStream(ByteSpan unit, const AvcConfiguration* configuration);
 
 // Where access units begin in a byte stream that may hold several: at each access unit delimiter. Always begins with 0.

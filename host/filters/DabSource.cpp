@@ -38,14 +38,16 @@ void* DabSource::FindInterface(REFIID iid) {
 }
 
 HRESULT DabSource::OnPause() {
-    paused_ = worker_.joinable();
+    if (worker_.joinable()) {
+        // What is queued further down is old when the graph runs again.
+        paused_ = true;
+        out_->DeliverBeginFlush();
+    }
     return S_OK;
 }
 
 HRESULT DabSource::OnRun(REFERENCE_TIME) {
     if (worker_.joinable()) {
-        // What has queued up further down is old by now.
-        out_->DeliverBeginFlush();
         out_->DeliverEndFlush();
         paused_ = false;
         return S_OK;

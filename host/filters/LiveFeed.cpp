@@ -7,9 +7,12 @@ void LiveFeed::Position(std::uint64_t& now, std::int64_t& whole) {
     whole = 0;
 }
 
-// What has queued up further down is old by now.
-void LiveFeed::OnResume() {
+// What is queued further down is old when the graph runs again, so it goes now, and nothing more is taken until then.
+void LiveFeed::OnPause() {
     BeginFlush();
+}
+
+void LiveFeed::OnResume() {
     EndFlush();
 }
 

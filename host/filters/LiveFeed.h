@@ -20,6 +20,7 @@ public:
 
 private:
     void Work() override;
+    void OnPause() override;
     void OnResume() override;
     void Drain(medmb::BroadcastReader& reader);
     void Take(const medmb::BroadcastItem& item);

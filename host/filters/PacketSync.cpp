@@ -7,7 +7,8 @@ namespace filters {
 namespace {
 
 constexpr std::size_t kStrides[] = {wire::kTsPacketSize, 204};
-// So many sync bytes in a row are no accident: one in 2^32 offsets.
+// Four sync bytes out of five in their places, the first two among them, are no accident: one in 2^31 offsets.
+constexpr std::size_t kPlaces = 5;
 constexpr std::size_t kProof = 4;
 
 } // namespace
@@ -58,7 +59,7 @@ bool PacketSync::Lock(bool final) {
         if (buffer_[at_] != wire::kTsSyncByte)
             continue;
         const std::size_t longest = kStrides[std::size(kStrides) - 1];
-        if (!final && buffer_.size() - at_ <= longest * (kProof - 1))
+        if (!final && buffer_.size() - at_ <= longest * (kPlaces - 1))
             return false; // not enough to tell
         for (const std::size_t stride : kStrides) {
             if (IsPacketRow(at_, stride, final)) {
@@ -72,13 +73,15 @@ bool PacketSync::Lock(bool final) {
 }
 
 bool PacketSync::IsPacketRow(std::size_t at, std::size_t stride, bool final) const {
-    for (std::size_t i = 0; i < kProof; ++i, at += stride) {
+    std::size_t hits = 0;
+    for (std::size_t i = 0; i < kPlaces; ++i, at += stride) {
         if (at >= buffer_.size())
-            return final && i > 0 && at - stride + wire::kTsPacketSize <= buffer_.size();
-        if (buffer_[at] != wire::kTsSyncByte)
+            return final && hits == i && at - stride + wire::kTsPacketSize <= buffer_.size();
+        hits += buffer_[at] == wire::kTsSyncByte ? 1 : 0;
+        if (i < 2 && hits <= i)
             return false;
     }
-    return true;
+    return hits >= kProof;
 }
 
 } // namespace filters

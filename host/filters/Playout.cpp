@@ -84,7 +84,7 @@ void Playout::Flush() {
     queue_.clear();
     queuedSamples_ = 0;
     resampler_.Reset();
-    anchored_ = playing_ = ended_ = false;
+    anchored_ = playing_ = ended_ = filling_ = false;
     segment_.reset();
     marginBlocks_ = 0;
 }
@@ -138,13 +138,16 @@ void Playout::Fill(std::span<std::int16_t> out) {
         Piece& piece = queue_.front();
         const Fine place = piece.time + static_cast<Fine>(piece.done / kDeviceChannels) * kFinePerFrame;
         const Fine gap = place - position_;
-        const bool isNear = std::abs(gap) <= kTolerance * kFinePerTick;
+        // A gap that is filled is filled to its end.
+        const bool isNear = filling_ ? gap < kFinePerFrame : std::abs(gap) <= kTolerance * kFinePerTick;
+        filling_ = false;
         if (isNear || gap > kLargestGap * kFinePerTick) {
             position_ = place;
             out = out.subspan(Play(piece, out));
         } else if (gap > 0) {
+            filling_ = true;
             const auto missing = static_cast<std::size_t>(gap / kFinePerFrame) * kDeviceChannels;
-            out = out.subspan(Silence(out.first(std::min(out.size(), std::max<std::size_t>(missing, 2))), true));
+            out = out.subspan(Silence(out.first(std::min(out.size(), missing)), true));
             continue;
         } else if (live_) {
             playing_ = false; // late: hold back anew

@@ -75,6 +75,7 @@ private:
     std::size_t queuedSamples_ = 0;
     bool anchored_ = false; // position_ means something
     bool playing_ = false;  // not holding back
+    bool filling_ = false;  // silence is played up to the next piece's place
     bool ended_ = false;
     bool live_ = false;
     Fine position_ = 0; // of the next frame to be pulled

@@ -95,6 +95,8 @@ void SoundDecoder::Decode(ByteSpan bytes, SoundBlock block, const Sink& sink) {
         take(samples);
     } else if (layerTwo_ && !bytes.empty()) {
         codec::LayerTwoSamples samples;
+        if (rampUp_)
+            layerTwo_->Flush(); // what its filter remembers does not belong in front of this frame
         decoded = layerTwo_->Decode(bytes, samples) && !samples.interleaved.empty();
         take(samples);
     }

@@ -128,6 +128,10 @@ void VideoRenderer::OnEndOfStream() {
 
 void VideoRenderer::OnBeginFlush() {
     flushing_ = true;
+    {
+        const std::scoped_lock lock(guard_);
+        ForgetQueue();
+    }
     room_.Raise();
 }
 
