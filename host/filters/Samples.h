@@ -94,7 +94,7 @@ public:
         return S_OK;
     }
     STDMETHODIMP NewSegment(REFERENCE_TIME start, REFERENCE_TIME, double) override {
-        receiver_.OnNewSegment(start * 9 / 1000);
+        receiver_.OnNewSegment((start * 9 + 500) / 1000);
         return S_OK;
     }
 

@@ -8,8 +8,8 @@ namespace {
 
 // Longer holes are left to the renderer.
 constexpr Ticks kLongestConcealment = 2 * kTicksPerSecond;
-// 5 ms at 48 kHz: a step of full height becomes one of a 240th.
-constexpr std::size_t kRampFrames = 240;
+// 10 ms at 48 kHz: as long as the layer II filter needs to forget that it began in the middle.
+constexpr std::size_t kRampFrames = 480;
 
 } // namespace
 

@@ -82,13 +82,13 @@ protected:
             world.clock.Sleep(std::min(kTick, milliseconds));
     }
     // Every picture against what was heard when it was shown; the first of a run comes early on purpose.
-    void ExpectLipSync(std::size_t atLeast) {
+    void ExpectLipSync(std::size_t atLeast, bool fromStart = true) {
         std::size_t compared = 0;
         Ticks last = -1;
         for (const ShownPicture& shown : world.screen.Shown()) {
             const bool again = shown.picture->time == last;
             last = shown.picture->time;
-            if (!shown.heard || (compared == 0 && !again))
+            if (!shown.heard || (fromStart && compared == 0 && !again))
                 continue;
             ++compared;
             ASSERT_LE(std::abs(*shown.heard - shown.picture->time), 40 * kTicksPerMs) << compared;
@@ -311,6 +311,25 @@ TEST_F(Television, LipSyncHoldsAfterALoss) {
     EXPECT_FALSE(session->TakeEvents().contains(IDMB_EVENT_TIME_RESET));
 }
 
+// A looping programme of twenty seconds, whose clock starts over each time, as the demo's does.
+TEST_F(Television, LipSyncHoldsForTenMinutes) {
+    const Service service = MakeService({.seconds = 20, .width = 64, .height = 48});
+    OpenLive();
+    Publish();
+    (void)session->control->Run();
+    std::size_t compared = 0;
+    for (int round = 0; round < 30; ++round) {
+        Send(service.packets, service.packetsPerSecond, 0, 20.5);
+        ExpectLipSync(200, round == 0);
+        compared += world.screen.Shown().size();
+        world.screen.Forget();
+    }
+    EXPECT_GT(compared, 8000u);
+    const auto events = session->TakeEvents();
+    EXPECT_FALSE(events.contains(IDMB_EVENT_TIME_RESET));
+    EXPECT_FALSE(events.contains(IDMB_EVENT_NO_SIGNAL));
+}
+
 TEST_F(Television, ScrambledShowsAState) {
     ServiceWish wish;
     wish.mux.scrambledFrom = 0;
@@ -457,6 +476,31 @@ TEST_F(Television, AnotherSoundIsReportedAndAdopted) {
     // There is sound again in the last second that was played.
     EXPECT_TRUE(
         std::any_of(samples.end() - 96000 * 5, samples.end(), [](std::int16_t s) { return std::abs(s) > 1000; }));
+}
+
+// The transmitter's clock jumps again and again: nothing to follow.
+TEST_F(Television, AClockThatNeverRestsAsksForANewGraph) {
+    OpenLive();
+    Publish();
+    (void)session->control->Run();
+    for (int i = 0; i < 8; ++i)
+        Send(TestTv().packets, TestTv().packetsPerSecond, 0, 0.5);
+    EXPECT_GE(session->TakeEvents()[IDMB_EVENT_TIME_RESET], 1);
+}
+
+// Another service of another generation: the old one's packets never come.
+TEST_F(Television, AReaderNeverSeesAnotherService) {
+    OpenLive();
+    Publish();
+    (void)session->control->Run();
+    Send(TestTv().packets, TestTv().packetsPerSecond, 0, 2);
+    Publish();
+    world.clock.Settle();
+    const std::size_t shown = world.screen.Shown().size();
+    Send(TestTv().packets, TestTv().packetsPerSecond, 0, 3);
+    // What was queued plays out, and then nothing.
+    EXPECT_LE(world.screen.Shown().size(), shown + 20);
+    EXPECT_GE(session->TakeEvents()[IDMB_EVENT_NO_SIGNAL], 4);
 }
 
 TEST_F(Television, VolumeAndMute) {
