@@ -109,7 +109,7 @@ template <auto Handler> constexpr GMessageEntry OnCommandRange(UINT firstId, UIN
 // WM_CREATE: a handler (CREATESTRUCTW*) -> int; -1 refuses the window.
 template <auto Handler> constexpr GMessageEntry OnCreate() {
     return {WM_CREATE, 0, 0, [](GView* self, WPARAM, LPARAM lParam) -> LRESULT {
-                auto* parameters = reinterpret_cast<CREATESTRUCTW*>(lParam); // NOLINT(performance-no-int-to-ptr)
+                auto* parameters = reinterpret_cast<CREATESTRUCTW*>(lParam);
                 return (static_cast<ClassOf<Handler>*>(self)->*Handler)(parameters);
             }};
 }
