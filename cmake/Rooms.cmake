@@ -30,6 +30,7 @@ if(DMB_SANITIZE)
     target_link_options(dmb_flags INTERFACE -fsanitize=${DMB_SANITIZE})
 endif()
 if(DMB_FUZZ)
+    add_custom_target(fuzzers) # all of them
     target_compile_options(dmb_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
@@ -71,6 +72,7 @@ function(dmb_fuzz)
     add_executable(fuzz_${R_NAME} ${R_SOURCE})
     target_link_libraries(fuzz_${R_NAME} PRIVATE dmb_flags ${R_LINKS})
     target_link_options(fuzz_${R_NAME} PRIVATE -fsanitize=fuzzer)
+    add_dependencies(fuzzers fuzz_${R_NAME})
 endfunction()
 
 # dmb_bench(NAME name SOURCES files LINKS targets)
