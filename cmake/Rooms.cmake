@@ -58,6 +58,9 @@ function(dmb_tests)
     target_link_libraries(${R_NAME}_tests PRIVATE dmb_flags ${R_LINKS} dmb_test_support)
     target_compile_definitions(${R_NAME}_tests PRIVATE
         DMB_SOURCE_DIR="${PROJECT_SOURCE_DIR}" DMB_BINARY_DIR="${PROJECT_BINARY_DIR}")
+    if(DMB_SANITIZE)
+        target_compile_options(${R_NAME}_tests PRIVATE -O0) # what is tested is optimised, the tests need not be
+    endif()
     add_test(NAME ${R_NAME} COMMAND ${R_NAME}_tests --gtest_brief=1)
     set_tests_properties(${R_NAME} PROPERTIES TIMEOUT ${R_TIMEOUT})
 endfunction()
@@ -79,8 +82,8 @@ function(dmb_bench)
 endfunction()
 
 if(DMB_TESTS)
-    if(WIN32)
-        # The distribution has no GoogleTest for Windows, but it has the sources.
+    if(CMAKE_CROSSCOMPILING)
+        # The distribution has GoogleTest for this machine only, but it has the sources.
         set(gtest_home /usr/src/googletest/googletest)
         add_library(gtest STATIC ${gtest_home}/src/gtest-all.cc)
         target_include_directories(gtest SYSTEM PUBLIC ${gtest_home}/include PRIVATE ${gtest_home})

@@ -53,8 +53,7 @@ void CVelDMBView::DrawLabels(HDC dc, const RECT& clip) {
         GetTextExtentExPointW(dc, shown.c_str(), static_cast<int>(shown.size()), 0, nullptr, nullptr, &extent);
         extents.push_back(extent);
     }
-    const std::size_t first =
-        FirstLabelToDraw(extents, m_rcDLS.right - m_rcDLS.left, m_rcDLS.bottom - m_rcDLS.top);
+    const std::size_t first = FirstLabelToDraw(extents, m_rcDLS.right - m_rcDLS.left, m_rcDLS.bottom - m_rcDLS.top);
     const WString text = JoinLabels(m_arrDLS, first);
     RECT rect = m_rcDLS;
     DrawTextW(dc, text.c_str(), static_cast<int>(text.size()), &rect, DT_WORDBREAK);

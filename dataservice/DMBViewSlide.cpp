@@ -38,7 +38,8 @@ void CVelDMBView::OnSlideEvent() {
 
 void CVelDMBView::DecodeMotBody() {
     const SectionLock lock(m_csSLS);
-    const HANDLE file = CreateFileW(kSlideFile, GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE file =
+        CreateFileW(kSlideFile, GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
         TraceSlide(WTEXT("[DMB|APP] Can't open file - %s\n"), kSlideFile);
         return;

@@ -28,6 +28,6 @@ private:
     GButton* m_pRecordTimeText = nullptr; // shows the chosen length
     UINT m_uRecordTime = 0;               // working copies of the view's settings
     UINT m_uRatioOnOff = 0;
-    CVelDMBView* m_pView; // opened the dialog; not owned
+    CVelDMBView* m_pView;   // opened the dialog; not owned
     bool m_bLoaded = false; // the working copies were read from the view; without them OK stores nothing
 };

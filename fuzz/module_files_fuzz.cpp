@@ -16,7 +16,9 @@ namespace {
 
 // One list file on a device path, written anew for every input.
 struct Device {
-    Device() : folder(std::filesystem::temp_directory_path() / ("module_files_fuzz." + std::to_string(::getpid()))), ce(clock) {
+    Device()
+        : folder(std::filesystem::temp_directory_path() / ("module_files_fuzz." + std::to_string(::getpid()))),
+          ce(clock) {
         std::filesystem::create_directories(folder);
         ce.files().AddMount({WTEXT("\\Profile"), folder, ce::Mount::Writing::OnClose});
     }

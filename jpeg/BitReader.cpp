@@ -47,7 +47,10 @@ void BitReader::Drain() {
 // Copies at most `room` data bytes: FF 00 becomes FF, fill bytes go, a marker or the end of the data stops for good.
 std::size_t BitReader::CopyClean(std::uint8_t* to, std::size_t room) {
     std::size_t copied = 0;
-    while (copied < room) {
+    if (data.empty()) {
+        sourceEnded = true;
+    }
+    while (copied < room && !sourceEnded) {
         const std::uint8_t* from = data.data() + source;
         const std::size_t most = std::min(room - copied, data.size() - source);
         const auto* prefix = most == 0 ? nullptr : static_cast<const std::uint8_t*>(std::memchr(from, kPrefix, most));
@@ -56,10 +59,7 @@ std::size_t BitReader::CopyClean(std::uint8_t* to, std::size_t room) {
         copied += plain;
         source += plain;
         if (prefix == nullptr) {
-            if (source == data.size()) {
-                sourceEnded = true;
-                break;
-            }
+            sourceEnded = source == data.size();
             continue;
         }
         std::size_t code = source + 1;
@@ -69,7 +69,7 @@ std::size_t BitReader::CopyClean(std::uint8_t* to, std::size_t room) {
         if (code == data.size() || data[code] != 0) {
             source = code - 1;
             sourceEnded = true;
-            break;
+            continue;
         }
         to[copied++] = kPrefix;
         source = code + 1;

@@ -22,6 +22,7 @@ ExifThumbnail Scan(const Bytes& body, std::size_t total = kTotal) {
 
 const std::vector<ExifEntry> kJpegEntries = {{256, 3, 160}, {257, 3, 120}, {513, 4, 500}, {514, 4, 2000}};
 
+// Edge case: "II" is read as well as "MM".
 TEST(ExifScan, BothByteOrdersAreRead) {
     for (const char* order : {"II", "MM"}) {
         const ExifThumbnail thumbnail = Scan(ExifBody(order, kJpegEntries));

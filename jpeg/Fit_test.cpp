@@ -19,27 +19,32 @@ void Check(const Case& c, int targetWidth = 320, int targetHeight = 240) {
     EXPECT_EQ(got, c.wanted) << c.width << "x" << c.height;
 }
 
+// Edge case: 160x120 is placed unscaled at (80, 60).
 TEST(Fit, ASmallPictureIsPlacedUnscaledInTheMiddle) {
     Check({160, 120, {160, 120, 80, 60, 0, 1}});
     Check({320, 240, {320, 240, 0, 0, 0, 1}});
     Check({1, 1, {1, 1, 159, 119, 0, 1}});
 }
 
+// Edge case: 300x400 gives 180x240 at a horizontal offset of 70.
 TEST(Fit, ThreeHundredByFourHundredKeepsItsShape) {
     Check({300, 400, {180, 240, 70, 0, 0, 0}});
 }
 
+// Edge case: 640x480 is exact at s = 1.
 TEST(Fit, SixHundredFortyByFourHundredEightyIsHalvedExactly) {
     Check({640, 480, {320, 240, 0, 0, 1, 1}});
     Check({641, 481, {320, 240, 0, 0, 1, 1}});
 }
 
+// Edge case: 2560x1920 is exact at s = 3.
 TEST(Fit, TwentyFiveSixtyByNineteenTwentyIsAnEighthExactly) {
     Check({2560, 1920, {320, 240, 0, 0, 3, 1}});
     Check({2567, 1927, {320, 240, 0, 0, 3, 1}});
     Check({2568, 1928, {320, 240, 0, 0, 3, 0}});
 }
 
+// Edge case: 1000x240 is squeezed to 320x240.
 TEST(Fit, AThousandByTwoHundredFortyIsSqueezed) {
     Check({1000, 240, {320, 240, 0, 0, 0, 0}});
 }

@@ -36,6 +36,7 @@ TEST(HeaderScan, EmptyInputFails) {
     EXPECT_STREQ(GetLastJpegError(), "__ImgDecodeJPEG: Header Parsing Error !\n");
 }
 
+// Edge case: junk before FF D8 passes the probe at any offset.
 TEST(HeaderScan, JunkBeforeStartOfImagePassesAtAnyOffset) {
     for (const std::size_t junk : {1u, 7u, 2047u, 2048u, 5000u}) {
         Bytes file(junk, 0x11);
@@ -52,6 +53,7 @@ TEST(HeaderScan, WithoutStartOfImageFails) {
     EXPECT_EQ(ScanHeaders(Bytes(5000, 0x11), kExifScan).status, Status::kNoStartOfImage);
 }
 
+// Edge case: 20001 pixels fail the probe, 20000 pass.
 TEST(HeaderScan, TwentyThousandAndOnePixelsFailTwentyThousandPass) {
     EXPECT_EQ(ScanHeaders(Headers(20000, 20000), kExifScan).status, Status::kOk);
     EXPECT_EQ(ScanHeaders(Headers(20001, 1), kExifScan).status, Status::kSizeOutOfRange);
@@ -60,6 +62,7 @@ TEST(HeaderScan, TwentyThousandAndOnePixelsFailTwentyThousandPass) {
     EXPECT_EQ(ScanHeaders(Headers(1, 0), kExifScan).status, Status::kSizeOutOfRange);
 }
 
+// Edge case: a frame header of 12-bit precision fails the probe.
 TEST(HeaderScan, TwelveBitPrecisionFails) {
     EXPECT_EQ(ScanHeaders(Headers(8, 8, 0xC0, 12), kExifScan).status, Status::kPrecisionNotEight);
     EXPECT_EQ(ScanHeaders(Headers(8, 8, 0xC2, 12), kExifScan).status, Status::kPrecisionNotEight);

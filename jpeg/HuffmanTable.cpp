@@ -62,7 +62,7 @@ HuffmanCode HuffmanTable::FindLong(std::uint64_t word) const {
         return Pack(0, length);
     }
     const auto code = static_cast<std::int32_t>(word >> (64 - length));
-    return Pack(symbols[static_cast<std::size_t>(code + offset[length])], length);
+    return Pack(symbols[code + offset[length]], length);
 }
 
 void SkipTable::Build(const HuffmanTable& table) {

@@ -19,6 +19,7 @@ const std::string kHeaderText = "__ImgDecodeJPEG: Header Parsing Error !\n";
 const std::string kThumbnailText = "__ImgDecodeJPEG: Decoding Header Parsing Error !\n";
 const std::string kDecodingText = "__ImgDecodeJPEG: Decoding Error !\n";
 
+// Edge case: the border around a small picture keeps what it held.
 TEST(JpegDecoder, ASmallPictureIsCentredAndTheBorderKept) {
     const Decoded decoded(FlatGrey(160, 120, 200));
     ASSERT_EQ(decoded.result, 1);

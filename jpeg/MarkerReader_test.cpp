@@ -57,6 +57,7 @@ TEST(MarkerReader, LiteralFrameHeader) {
     EXPECT_EQ(reader.Position(), file.size() - kCodedData.size());
 }
 
+// Edge case: the full decoder stops looking for FF D8 after 2048 bytes.
 TEST(MarkerReader, StartOfImageIsLookedForIn2048Bytes) {
     const Bytes picture = Start().Frame(0xC0, 16, 16, Grey()).Scan({1}).Raw(kCodedData).Done();
     // Stray bytes that hold a frame header of another size, in front of the picture.
@@ -72,6 +73,7 @@ TEST(MarkerReader, StartOfImageIsLookedForIn2048Bytes) {
     }
 }
 
+// Edge case: markers are read from byte 2048 on when no FF D8 lies before.
 TEST(MarkerReader, WithoutStartOfImageReadingBeginsAt2048) {
     Bytes file(2040, 0);
     const Bytes picture = Start().Frame(0xC0, 16, 16, Grey()).Scan({1}).Raw(kCodedData).Done();
@@ -84,6 +86,7 @@ TEST(MarkerReader, WithoutStartOfImageReadingBeginsAt2048) {
     EXPECT_EQ(shorter.ReadToFirstScan(), Status::kStartOfImageTooLate);
 }
 
+// Edge case: an SOF1 picture is not decoded.
 TEST(MarkerReader, OnlyBaselineAndProgressiveFramesAreAccepted) {
     EXPECT_EQ(ReadFrame(Grey(), 0xC0), Status::kOk);
     EXPECT_EQ(ReadFrame(Grey(), 0xC2), Status::kOk);
@@ -92,6 +95,7 @@ TEST(MarkerReader, OnlyBaselineAndProgressiveFramesAreAccepted) {
     }
 }
 
+// Edge case: a sampling factor of 0 or 5 fails.
 TEST(MarkerReader, SamplingFactorZeroOrFiveFails) {
     EXPECT_EQ(ReadFrame(Ycc(4, 4)), Status::kOk);
     EXPECT_EQ(ReadFrame(Ycc(0, 1)), Status::kSamplingFactor);
@@ -100,11 +104,13 @@ TEST(MarkerReader, SamplingFactorZeroOrFiveFails) {
     EXPECT_EQ(ReadFrame(Ycc(1, 5)), Status::kSamplingFactor);
 }
 
+// Edge case: four components fail.
 TEST(MarkerReader, FourComponentsFail) {
     EXPECT_EQ(Read(Start().Frame(0xC0, 16, 16, {{1}, {2}, {3}, {4}}).Scan({1, 2, 3}).Raw(kCodedData)),
               Status::kComponentCount);
 }
 
+// Edge case: 12-bit precision fails.
 TEST(MarkerReader, TwelveBitPrecisionFails) {
     EXPECT_EQ(Read(Start().Frame(0xC0, 16, 16, Grey(), 12).Scan({1}).Raw(kCodedData)), Status::kPrecisionNotEight);
 }
@@ -162,6 +168,7 @@ TEST(MarkerReader, HuffmanTables) {
     EXPECT_EQ(withTable(tooMany), Status::kHuffmanTableTooLong);
 }
 
+// Edge case: a restart segment of length 5 fails.
 TEST(MarkerReader, RestartSegmentOfLengthFiveFails) {
     EXPECT_EQ(Read(Start().Segment(0xDD, {0, 4, 0}).Frame(0xC0, 16, 16, Grey()).Scan({1}).Raw(kCodedData)),
               Status::kRestartLength);

@@ -4,6 +4,7 @@
 #include "jpeg/Buffer.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -141,6 +142,24 @@ private:
     Buffer<std::uint32_t> fours; // a word of four contributions for each output column
 };
 
+// Division of many sums by the same count.
+class Divider {
+public:
+    explicit Divider(std::uint32_t theCount)
+        : count(theCount), factor(theCount < kMaxExact ? 0xFFFFFFFFu / theCount + 1 : 0) {}
+
+    // For up to 252 * count.
+    [[nodiscard]] std::uint8_t operator()(std::uint32_t sum) const {
+        return static_cast<std::uint8_t>(factor != 0 ? static_cast<std::uint64_t>(sum) * factor >> 32 : sum / count);
+    }
+
+private:
+    // The product is exact while 252 * count * count stays below 2^32. A count of 1 has no factor of 32 bits.
+    static constexpr std::uint32_t kMaxExact = 4000;
+    std::uint32_t count;
+    std::uint32_t factor;
+};
+
 // Any number of contributions. Rows are added up first, channel by channel, then columns; sums are divided by the number of
 // contributions. `Sum` holds 63 times the rows of an output row.
 template <typename Sum> class AveragedRgb : public ResampledRgb {
@@ -180,6 +199,10 @@ private:
     static constexpr int kBlue = kLittle ? 0 : 3;
 
     void Emit(int y) const {
+        // Column counts differ by one at most.
+        const std::uint32_t rows = lines[y].count;
+        const auto most = static_cast<std::uint32_t>(columns.MaxCount());
+        const std::array<Divider, 2> dividers{Divider(most * rows), Divider(std::max(most - 1, 1u) * rows)};
         std::uint8_t* row = pixels.Row(y);
         for (int x = 0; x < columns.Size(); ++x) {
             const Sum* from = sums.Data() + kChannels * columns[x].first;
@@ -191,9 +214,8 @@ private:
                 green += from[kGreen];
                 blue += from[kBlue];
             }
-            const std::uint32_t count = static_cast<std::uint32_t>(columns[x].count) * lines[y].count;
-            const Rgb pixel{static_cast<std::uint8_t>(red * 4 / count), static_cast<std::uint8_t>(green * 4 / count),
-                            static_cast<std::uint8_t>(blue * 4 / count)};
+            const Divider& divide = dividers[static_cast<std::size_t>(columns.MaxCount() - columns[x].count)];
+            const Rgb pixel{divide(red * 4), divide(green * 4), divide(blue * 4)};
             if (pixels.IsRgb24()) {
                 row[3 * x] = pixel.r;
                 row[3 * x + 1] = pixel.g;

@@ -29,12 +29,14 @@ TEST(RgbToYuv, TablesByTheirFormula) {
     EXPECT_EQ(kRgbToYuvTables[7][255], static_cast<std::uint8_t>(-21));
 }
 
+// Edge case: 0xFFFF gives Y 249, U 126, V 125.
 TEST(RgbToYuv, PureWhite) {
     Bytes out(3);
     ASSERT_TRUE(ConvertRgbToYuv(Words({0xFFFF}).data(), RgbLayout::k565, 1, 1, out.data()));
     EXPECT_EQ(out, (Bytes{249, 126, 125}));
 }
 
+// Edge case: 3x3 gives 9 Y bytes and 4 of U and of V.
 TEST(RgbToYuv, ThreeByThreeGivesNineAndFourAndFour) {
     Bytes out(9 + 4 + 4 + 1, 77);
     ASSERT_TRUE(ConvertRgbToYuv(Words(std::vector<std::uint16_t>(9, 0)).data(), RgbLayout::k565, 3, 3, out.data()));

@@ -23,11 +23,13 @@ Bytes Thumbnail(int width, int height) {
     return FlatJpeg(width, height, Ycc(1, 1), {200, 128, 128});
 }
 
+// Edge case: a thumbnail of 400x300 is decoded in place of the picture.
 TEST(ThumbnailChoice, FourHundredByThreeHundredIsTaken) {
     EXPECT_EQ(ChoiceFor(JpegWithThumbnail("II", Thumbnail(400, 300))), ImageChoice::kJpegThumbnail);
     EXPECT_EQ(ChoiceFor(JpegWithThumbnail("MM", Thumbnail(400, 300))), ImageChoice::kJpegThumbnail);
 }
 
+// Edge case: a thumbnail of 320x240 is not: it must be larger in both directions.
 TEST(ThumbnailChoice, TheTargetsOwnSizeIsNotLarger) {
     EXPECT_EQ(ChoiceFor(JpegWithThumbnail("II", Thumbnail(320, 240))), ImageChoice::kMainImage);
     EXPECT_EQ(ChoiceFor(JpegWithThumbnail("II", Thumbnail(321, 240))), ImageChoice::kMainImage);

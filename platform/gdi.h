@@ -85,16 +85,16 @@ DMB_HOST_API BOOL DeleteObject(HGDIOBJ object);
 
 // Copies a rectangle of one context into a rectangle of another, repeating pixels to enlarge. Width or height
 // 0 draws nothing and succeeds. `operation` is SRCCOPY. Non-zero on success.
-DMB_HOST_API BOOL StretchBlt(HDC destination, int x, int y, int width, int height, HDC source, int sourceX,
-                             int sourceY, int sourceWidth, int sourceHeight, DWORD operation);
+DMB_HOST_API BOOL StretchBlt(HDC destination, int x, int y, int width, int height, HDC source, int sourceX, int sourceY,
+                             int sourceWidth, int sourceHeight, DWORD operation);
 
 // Stretches pixels in memory, described by a header, into a rectangle of the context. 16-bit pixels expand by
 // repeating their upper bits. Enlarging repeats pixels; shrinking combines the dropped ones with AND, the
 // default mode. Returns 0 when nothing could be drawn; do not build on the other values, which differ between
 // systems.
 DMB_HOST_API int StretchDIBits(HDC context, int x, int y, int width, int height, int sourceX, int sourceY,
-                               int sourceWidth, int sourceHeight, const void* bits, const BITMAPINFO* info,
-                               UINT usage, DWORD operation);
+                               int sourceWidth, int sourceHeight, const void* bits, const BITMAPINFO* info, UINT usage,
+                               DWORD operation);
 
 // ---- Text ----
 
@@ -104,8 +104,8 @@ DMB_HOST_API COLORREF SetTextColor(HDC context, COLORREF colour);
 
 // The width and height of one line of text in the context's font. `maximum`, `fit` and `extents` are 0 and
 // null here; the size is always that of the whole text, in which "\n" counts as a glyph. Non-zero on success.
-DMB_HOST_API BOOL GetTextExtentExPointW(HDC context, const WCHAR* text, int length, int maximum, int* fit,
-                                        int* extents, SIZE* size);
+DMB_HOST_API BOOL GetTextExtentExPointW(HDC context, const WCHAR* text, int length, int maximum, int* fit, int* extents,
+                                        SIZE* size);
 
 // Draws text into a rectangle, clipped to it; "\n" ends a line and a trailing one adds no height. A word that
 // is wider than the rectangle is cut, not split. `length` -1: up to the terminating NUL. Returns the height
@@ -126,8 +126,7 @@ inline BOOL IsRectEmpty(const RECT* rectangle) {
 // The part that two rectangles share. Zero, and an all-zero result, when they share none.
 inline BOOL IntersectRect(RECT* result, const RECT* a, const RECT* b) {
     const RECT common{a->left > b->left ? a->left : b->left, a->top > b->top ? a->top : b->top,
-                      a->right < b->right ? a->right : b->right,
-                      a->bottom < b->bottom ? a->bottom : b->bottom};
+                      a->right < b->right ? a->right : b->right, a->bottom < b->bottom ? a->bottom : b->bottom};
     const bool none = IsRectEmpty(a) || IsRectEmpty(b) || IsRectEmpty(&common);
     *result = none ? RECT{0, 0, 0, 0} : common;
     return !none;

@@ -170,8 +170,7 @@ using TimeSeconds = LONGLONG;
 static_assert(sizeof(BYTE) == 1 && sizeof(WORD) == 2 && sizeof(DWORD) == 4 && sizeof(ULONG) == 4);
 static_assert(sizeof(LONG) == 4 && sizeof(INT) == 4 && sizeof(UINT) == 4 && sizeof(BOOL) == 4);
 static_assert(sizeof(HRESULT) == 4 && sizeof(LONGLONG) == 8 && sizeof(ULONGLONG) == 8 && sizeof(WCHAR) == 2);
-static_assert(sizeof(WPARAM) == sizeof(void*) && sizeof(LPARAM) == sizeof(void*) &&
-              sizeof(LRESULT) == sizeof(void*));
+static_assert(sizeof(WPARAM) == sizeof(void*) && sizeof(LPARAM) == sizeof(void*) && sizeof(LRESULT) == sizeof(void*));
 static_assert(sizeof(RECT) == 16 && sizeof(POINT) == 8 && sizeof(SIZE) == 8 && sizeof(COLORREF) == 4);
 static_assert(sizeof(GUID) == 16 && offsetof(GUID, Data4) == 8);
 static_assert(sizeof(TimeSeconds) == 8);

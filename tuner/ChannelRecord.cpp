@@ -71,7 +71,8 @@ std::vector<ChannelRecord> RecordsOfScan(std::span<const _tag_DMB_CHANNEL_INFO, 
         for (const _tag_DMB_SERVICE_INFO& service : block.service) {
             if (service.szLabel[0] == '\0')
                 break;
-            if (service.nServiceType != DMB_SERVICE_TYPE_DMB_VIDEO && service.nServiceType != DMB_SERVICE_TYPE_DAB_AUDIO)
+            if (service.nServiceType != DMB_SERVICE_TYPE_DMB_VIDEO &&
+                service.nServiceType != DMB_SERVICE_TYPE_DAB_AUDIO)
                 continue;
             ChannelRecord record{};
             record.frequency = block.nFrequency;

@@ -30,9 +30,9 @@ TEST(ChannelRecord, BytesAreLittleEndianAtTheirOffsets) {
     ChannelRecord record{205280000, {}, 0xF1E00401, kKindDAB};
     std::memcpy(record.label, "NEWS", 5);
     const ChannelRecordImage image = EncodeChannelRecord(record);
-    const BYTE expected[kChannelRecordBytes] = {0x00, 0x53, 0x3C, 0x0C, 'N', 'E', 'W', 'S', 0, 0, 0, 0, 0, 0, 0, 0,
-                                                0,    0,    0,    0,    0,   0,   0,   0,   0x01, 0x04, 0xE0, 0xF1,
-                                                1,    0,    0,    0};
+    const BYTE expected[kChannelRecordBytes] = {0x00, 0x53, 0x3C, 0x0C, 'N',  'E',  'W', 'S', 0, 0, 0,
+                                                0,    0,    0,    0,    0,    0,    0,   0,   0, 0, 0,
+                                                0,    0,    0x01, 0x04, 0xE0, 0xF1, 1,   0,   0, 0};
     EXPECT_EQ(std::memcmp(image.data(), expected, sizeof expected), 0);
     const ChannelRecord back = DecodeChannelRecord(image);
     EXPECT_EQ(back.frequency, 205280000u);

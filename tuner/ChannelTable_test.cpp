@@ -4,7 +4,8 @@
 
 TEST(ChannelTable, RowsFollowTheBandThreeRule) {
     for (int row = 0; row < kChannelTableRows; ++row) {
-        const DWORD expected = 175280000u + 6000000u * static_cast<DWORD>(row / 3) + 1728000u * static_cast<DWORD>(row % 3);
+        const DWORD expected =
+            175280000u + 6000000u * static_cast<DWORD>(row / 3) + 1728000u * static_cast<DWORD>(row % 3);
         EXPECT_EQ(ChannelTable[row].frequency, expected) << "row " << row;
     }
     EXPECT_EQ(ChannelTable[0].frequency, 175280000u);

@@ -7,8 +7,8 @@
 
 namespace {
 
-constexpr DWORD kScanPause = 20;         // ms after each visited row
-constexpr int kSlotsClearedByScan = 10;  // the other slots keep what the scan before left in them, on purpose
+constexpr DWORD kScanPause = 20;        // ms after each visited row
+constexpr int kSlotsClearedByScan = 10; // the other slots keep what the scan before left in them, on purpose
 
 // Adds a block's television and radio services to the running counts.
 void CountServices(const _tag_DMB_CHANNEL_INFO& block, int& tvCount, int& radioCount) {

@@ -43,7 +43,7 @@ int CVelDMBView::FindChannelByLabel(const WCHAR* label) const {
 
 LRESULT CVelDMBView::OnChangeChannel(WPARAM wParam, LPARAM lParam) {
     auto index = static_cast<LONG>(wParam);
-    const auto* wanted = reinterpret_cast<const WCHAR*>(lParam); // NOLINT(performance-no-int-to-ptr)
+    const auto* wanted = reinterpret_cast<const WCHAR*>(lParam);
     // 1
     if (index == -1 && wanted == nullptr)
         return E_FAIL;

@@ -60,8 +60,7 @@ void CVelDMBView::ShowSignalFigures(int snr) {
         antenna->SetText(FormatW(WTEXT("%d"), snr).c_str(), IsToolVisibled());
     }
     if (GButton* text = Find(kElementDebugText)) {
-        const WString figures =
-            FormatW(WTEXT("RSSI: %2.2f, %d"), static_cast<double>(m_nRSSI.fRSSI), m_nRSSI.nValue);
+        const WString figures = FormatW(WTEXT("RSSI: %2.2f, %d"), static_cast<double>(m_nRSSI.fRSSI), m_nRSSI.nValue);
         if (!text->IsVisible())
             text->Show(1, IsToolVisibled());
         text->SetText(figures.c_str(), IsToolVisibled());

@@ -8,8 +8,8 @@ namespace {
 // thresholds is 6 as well.
 constexpr int kLevelThresholds[kAntennaLevels] = {11, 13, 15, 17, 19, 21, 24};
 
-constexpr int kSignalGood = 8;    // above: a usable radio signal
-constexpr int kSignalAbsent = 6;  // at or below: the no-signal timer starts
+constexpr int kSignalGood = 8;   // above: a usable radio signal
+constexpr int kSignalAbsent = 6; // at or below: the no-signal timer starts
 
 int LevelOf(int average) {
     for (int level = 0; level < kAntennaLevels; ++level) {

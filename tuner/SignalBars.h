@@ -23,18 +23,18 @@ private:
 
 // What a radio session does about a reading. Pure: the view carries it out.
 struct RadioSignalState {
-    bool noSignalShown;  // m_bNoSignal
-    bool signalWait;     // m_bSignalWait
-    bool noSignalArmed;  // timer 202 runs
-    bool onAir;          // m_bOnAir
+    bool noSignalShown; // m_bNoSignal
+    bool signalWait;    // m_bSignalWait
+    bool noSignalArmed; // timer 202 runs
+    bool onAir;         // m_bOnAir
 };
 struct RadioSignalAction {
-    bool disarm = false;     // kill the no-signal timer (after restart, when both)
-    bool postOnAir = false;  // announce that the service is back
-    bool setOnAir = false;   // mark it on air without announcing
-    bool restart = false;    // run the radio again
-    bool stop = false;       // note the weak signal and stop the radio
-    bool arm = false;        // start the no-signal timer
+    bool disarm = false;    // kill the no-signal timer (after restart, when both)
+    bool postOnAir = false; // announce that the service is back
+    bool setOnAir = false;  // mark it on air without announcing
+    bool restart = false;   // run the radio again
+    bool stop = false;      // note the weak signal and stop the radio
+    bool arm = false;       // start the no-signal timer
     friend bool operator==(const RadioSignalAction&, const RadioSignalAction&) = default;
 };
 [[nodiscard]] RadioSignalAction DecideRadioSignal(int snr, const RadioSignalState& state);

@@ -35,21 +35,21 @@ public:
     const GRuntimeClass* GetRuntimeClass() const override;
     ~CVelDMBView() override;
     const GMessageMap* GetMessageMap() const override;
-    void OnDraw(HDC dc) override;                                                     // DMBViewDraw.cpp
+    void OnDraw(HDC dc) override; // DMBViewDraw.cpp
     const WCHAR* GetAlias() const override;
-    void Destroy() override;                                                          // DMBViewSession.cpp
-    void HoldForBackView(int hold) override;                                          // DMBViewSession.cpp
-    int CanMinimize(const RECT* rect) override;                                       // DMBViewPip.cpp
-    void TransferToPIP() override;                                                    // DMBViewPip.cpp
-    void MoveToPIPWindow(const RECT* oldRect, const RECT* newRect) override;          // DMBViewPip.cpp
-    void RestoreFromPIP(const RECT* rect) override;                                   // DMBViewPip.cpp
-    void ShowControls(int show, int redraw) override;                                 // DMBViewDraw.cpp
-    int AllowFileList(const WCHAR* path) override;                                    // DMBViewRecord.cpp
-    void ReleaseInterface(int argument) override;                                     // DMBViewSession.cpp
-    void Pause() override;                                                            // DMBViewSession.cpp
-    int Stop() override;                                                              // DMBViewSession.cpp
-    void LoadProfile() override;                                                      // DMBViewProfile.cpp
-    void SaveProfile() override;                                                      // DMBViewProfile.cpp
+    void Destroy() override;                                                 // DMBViewSession.cpp
+    void HoldForBackView(int hold) override;                                 // DMBViewSession.cpp
+    int CanMinimize(const RECT* rect) override;                              // DMBViewPip.cpp
+    void TransferToPIP() override;                                           // DMBViewPip.cpp
+    void MoveToPIPWindow(const RECT* oldRect, const RECT* newRect) override; // DMBViewPip.cpp
+    void RestoreFromPIP(const RECT* rect) override;                          // DMBViewPip.cpp
+    void ShowControls(int show, int redraw) override;                        // DMBViewDraw.cpp
+    int AllowFileList(const WCHAR* path) override;                           // DMBViewRecord.cpp
+    void ReleaseInterface(int argument) override;                            // DMBViewSession.cpp
+    void Pause() override;                                                   // DMBViewSession.cpp
+    int Stop() override;                                                     // DMBViewSession.cpp
+    void LoadProfile() override;                                             // DMBViewProfile.cpp
+    void SaveProfile() override;                                             // DMBViewProfile.cpp
 
     // Widget facet.
     void Paint(HDC dc) override;
@@ -97,7 +97,7 @@ protected:
     void ResetProfile(); // DMBViewProfile.cpp
 
 private:
-    friend class DMBViewPeer; // tests and the script runner; declared only
+    friend class DMBViewPeer;  // tests and the script runner; declared only
     friend struct DMBViewRows; // the rows of the message map
 
     // ---- Settings helpers ------------------------------------------------------------------------------------------------
@@ -184,17 +184,17 @@ private:
     void PaintImage(unsigned char* dib);
 
     // ---- Graph and tuner -------------------------------------------------------------------------------------------------
-    CDMBLiveStream* m_pLiveStream = nullptr;      // owned; made at preload, deleted by Destroy
-    CDMBLiveControl* m_pLiveControl = nullptr;    // owned; null when the tuner did not open
+    CDMBLiveStream* m_pLiveStream = nullptr;       // owned; made at preload, deleted by Destroy
+    CDMBLiveControl* m_pLiveControl = nullptr;     // owned; null when the tuner did not open
     CDMBFilterControl* m_pFilterControl = nullptr; // owned; bound to m_pGraph
 
     // ---- Channels --------------------------------------------------------------------------------------------------------
     ChannelList m_ChannelList;
-    LONG m_nChannelCount = 0;        // entries of the list; -1 when its file could not be opened
-    LONG m_nCurChannel = -1;         // selected, or last selected; persisted; the profile sets it
-    LONG m_nLastChannel = -1;        // of the session that runs; -1 without one
-    LONG m_nPendingChannel = -1;     // target of a stepped change
-    LONG m_nLastDMBChannel = -1;     // targets of the television/radio toggle
+    LONG m_nChannelCount = 0;    // entries of the list; -1 when its file could not be opened
+    LONG m_nCurChannel = -1;     // selected, or last selected; persisted; the profile sets it
+    LONG m_nLastChannel = -1;    // of the session that runs; -1 without one
+    LONG m_nPendingChannel = -1; // target of a stepped change
+    LONG m_nLastDMBChannel = -1; // targets of the television/radio toggle
     LONG m_nLastDABChannel = -1;
     LONG m_nStartRetries = 0;        // retunes since the last good change
     WCHAR m_szChannelLabel[64] = {}; // posted by pointer, so it never moves
@@ -218,13 +218,13 @@ private:
     LONG m_uSNRDebug = 0;   // window thread
 
     // ---- State flags -----------------------------------------------------------------------------------------------------
-    LONG m_bOnAir = 0;       // a radio service is on air; texts and slides are accepted
-    LONG m_bNoSignal = 0;    // the no-signal text is showing
-    LONG m_bSignalWait = 0;  // a radio session stopped for a weak signal and waits for it
-    LONG m_bChangeBusy = 0;  // a stepped change runs or succeeded less than 3 s ago; interlocked
-    LONG m_bMsgBoxUp = 0;    // a message box is up
-    LONG m_bScanning = 0;    // a scan runs; all keys are ignored
-    LONG m_bToggleGuard = 0; // a toggle or the list happened moments ago
+    LONG m_bOnAir = 0;                // a radio service is on air; texts and slides are accepted
+    LONG m_bNoSignal = 0;             // the no-signal text is showing
+    LONG m_bSignalWait = 0;           // a radio session stopped for a weak signal and waits for it
+    LONG m_bChangeBusy = 0;           // a stepped change runs or succeeded less than 3 s ago; interlocked
+    LONG m_bMsgBoxUp = 0;             // a message box is up
+    LONG m_bScanning = 0;             // a scan runs; all keys are ignored
+    LONG m_bToggleGuard = 0;          // a toggle or the list happened moments ago
     _tag_DMB_RSSI_PARAM m_nRSSI = {}; // last reading, while m_uSNRDebug is on
 
     // ---- Skin elements, found at every Theme; null when the skin lacks them ----------------------------------------------
@@ -237,8 +237,8 @@ private:
     RECT m_rcSlide = {}; // area of the slide
 
     // ---- Radio text and slides -------------------------------------------------------------------------------------------
-    CriticalSection m_csDLS; // guards m_arrDLS and m_rcDLS
-    CriticalSection m_csSLS; // guards the slide members
+    CriticalSection m_csDLS;       // guards m_arrDLS and m_rcDLS
+    CriticalSection m_csSLS;       // guards the slide members
     std::vector<WString> m_arrDLS; // history, oldest first, at most 4
     BYTE* m_pMotBody = nullptr;    // last slide file as read
     DWORD m_nMotBodySize = 0;      // its capacity

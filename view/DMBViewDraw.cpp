@@ -83,7 +83,8 @@ LRESULT CVelDMBView::OnShowChLabel(WPARAM index, LPARAM useIndex) {
         ChannelRecord record;
         const int position = useIndex != 0 ? static_cast<int>(index) : static_cast<int>(m_nCurChannel);
         if (m_ChannelList.GetRecordAt(position, record)) {
-            title = FormatW(WTEXT("%s %s"), GetChannelName(static_cast<int>(record.frequency)), WidenChannelLabel(record));
+            title =
+                FormatW(WTEXT("%s %s"), GetChannelName(static_cast<int>(record.frequency)), WidenChannelLabel(record));
         }
     }
     if (!GetDocument()->IsMinimized())

@@ -92,7 +92,7 @@ void CVelDMBView::OnSignalEvent() {
 
 LRESULT CVelDMBView::OnUpdateInfo(WPARAM id, LPARAM text) {
     if (id == 0)
-        ShowInfo(reinterpret_cast<const WCHAR*>(text), 1); // NOLINT(performance-no-int-to-ptr)
+        ShowInfo(reinterpret_cast<const WCHAR*>(text), 1);
     else
         ShowInfo(GetMessageW(static_cast<WORD>(id & 0xFFFF)), 1);
     return 0;

@@ -64,10 +64,10 @@ inline constexpr UINT kKeyRecord = 193;
 inline constexpr UINT kKeyOk = 195;
 
 // ---- Texts of the view's table -----------------------------------------------------------------------------------------
-inline constexpr WORD kTextNoChannels = 1001;    // box: the scan found nothing
-inline constexpr WORD kTextNoChannel = 1002;     // no such channel, or no list
-inline constexpr WORD kTextStepWaits = 1004;     // after the label while a step waits
-inline constexpr WORD kTextPickChannel = 1005;   // a list, but no valid saved channel
+inline constexpr WORD kTextNoChannels = 1001;  // box: the scan found nothing
+inline constexpr WORD kTextNoChannel = 1002;   // no such channel, or no list
+inline constexpr WORD kTextStepWaits = 1004;   // after the label while a step waits
+inline constexpr WORD kTextPickChannel = 1005; // a list, but no valid saved channel
 inline constexpr WORD kTextNoSignal = 1008;
 inline constexpr WORD kTextRecordStopped = 1009; // box
 inline constexpr WORD kTextNoSpace = 1010;       // box: not enough space, or no folder

@@ -64,7 +64,8 @@ void CVelDMBView::MoveToPIPWindow(const RECT* oldRect, const RECT* newRect) {
 
 void CVelDMBView::FitToPIP(SIZE size) {
     if (GButton* info = Find(kElementInfo)) {
-        const RECT rect = {info->GetRect().left, size.cy - kInfoTopFromBottom, size.cx, size.cy - kInfoBottomFromBottom};
+        const RECT rect = {info->GetRect().left, size.cy - kInfoTopFromBottom, size.cx,
+                           size.cy - kInfoBottomFromBottom};
         const bool refresh = m_bNoSignal != 0 && info->IsVisible() && m_nCurChannel >= 0;
         if (refresh)
             info->SetText(GetMessageW(size.cx < kShortTextBelow ? kTextNoSignalShort : kTextNoSignal), 0);

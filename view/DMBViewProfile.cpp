@@ -14,7 +14,8 @@ WString ProfilePath(const CVelDocument& document) {
 
 // The record in the file, or nothing when the file is missing, empty, unreadable or inconsistent.
 std::optional<ProfileRecord> ReadProfile(const WString& path) {
-    const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE file =
+        CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         return std::nullopt;
     std::optional<ProfileRecord> record;

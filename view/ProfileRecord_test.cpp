@@ -6,7 +6,8 @@
 
 TEST(ProfileRecord, WordsStandInTheirOrder) {
     const ProfileRecord record{7, 3, {480, 250, 790, 440}, 1};
-    const std::array<BYTE, kProfileBytes> expected = {16, 0, 7, 0, 3, 0, 0xE0, 0x01, 250, 0, 0x16, 0x03, 0xB8, 0x01, 1, 0};
+    const std::array<BYTE, kProfileBytes> expected = {16,  0, 7,    0,    3,    0,    0xE0, 0x01,
+                                                      250, 0, 0x16, 0x03, 0xB8, 0x01, 1,    0};
     EXPECT_EQ(EncodeProfile(record, 16), expected);
     const auto back = DecodeProfile(expected);
     ASSERT_TRUE(back);

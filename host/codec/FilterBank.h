@@ -30,8 +30,8 @@ public:
     // As before the first block: nothing to overlap with, sine windows.
     void Reset();
 
-    // The 1024 samples that this block completes. The spectrum is aligned as Spectra is.
-    // The left slope has the shape of the block before.
+    // The 1024 samples that this block completes. The left slope has the shape of the block before. The spectrum is
+    // aligned as Spectra is.
     void Run(const Spectrum& spectrum, WindowSequence sequence, WindowShape shape,
              std::span<float, kBlockSamples> samples);
 

@@ -37,6 +37,20 @@ std::string ReadStamp(const std::filesystem::path& directory) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+// The files that a stamp lists, of those that can have been written by us.
+std::set<std::string> NamesIn(const std::string& stamp) {
+    std::set<std::string> names;
+    std::istringstream lines(stamp);
+    std::string line;
+    std::getline(lines, line); // the recipe
+    while (std::getline(lines, line)) {
+        const std::string name = line.substr(0, line.find(' '));
+        if (name.ends_with(".eti") && name.find('/') == std::string::npos)
+            names.insert(name);
+    }
+    return names;
+}
+
 } // namespace
 
 std::string_view DemoDescription() {
@@ -62,15 +76,16 @@ void EnsureBroadcast(std::string_view json, const std::string& recipe, const std
     if (ReadStamp(directory) == MakeStamp(recipe, directory, names))
         return;
 
+    const std::set<std::string> before = NamesIn(ReadStamp(directory));
     const Broadcast broadcast = MakeBroadcast(description, progress);
     std::error_code error;
     // The stamp goes first and comes last: whatever happens between, the files do not count as whole.
     std::filesystem::remove(directory / kStampName, error);
     WriteBroadcast(broadcast, directory);
     // A block that the recipe no longer has would still be found by whoever looks into the directory.
-    for (const auto& entry : std::filesystem::directory_iterator(directory)) {
-        if (entry.path().extension() == ".eti" && names.count(entry.path().filename().string()) == 0)
-            std::filesystem::remove(entry.path(), error);
+    for (const std::string& name : before) {
+        if (names.count(name) == 0)
+            std::filesystem::remove(directory / name, error);
     }
     std::ofstream file(directory / kStampName, std::ios::binary | std::ios::trunc);
     file << MakeStamp(recipe, directory, names);

@@ -474,10 +474,15 @@ Description ParseDescription(std::string_view text, const std::string& name, con
         const std::size_t colon = what.rfind(": ");
         throw DescriptionError(name + ": line " + std::to_string(LineOf(text, error.byte > 0 ? error.byte - 1 : 0)) +
                                ": " + (colon == std::string::npos ? what : what.substr(colon + 2)));
+    } catch (const json::exception& error) { // a number beyond all bounds
+        const std::string what = error.what();
+        const std::size_t bracket = what.find("] ");
+        throw DescriptionError(name +
+                               ": the document: " + (bracket == std::string::npos ? what : what.substr(bracket + 2)));
     }
     Node root(document, "", name);
     Description description;
-    description.seconds = root.Number("seconds", 0.5, 3600, 10);
+    description.seconds = root.Number("seconds", 0.5, 1200, 10);
     description.clock = ReadClock(root);
     description.loop = root.Flag("loop", true);
     root.Each("ensembles", [&](Node& node) { description.ensembles.push_back(ReadEnsemble(node, base)); });

@@ -51,8 +51,9 @@ TEST_P(BadDescription, IsRefusedWithFilePlaceAndReason) {
 INSTANTIATE_TEST_SUITE_P(
     Description, BadDescription,
     ::testing::Values(
-        BadCase{"syntax", "{\n\"seconds\": 5,\n\"ensembles\": [}\n", "line 3: "}, BadCase{"empty", "", "line 1: "},
-        BadCase{"noObject", "[]", "the document: must be an object"},
+        BadCase{"syntax", "{\n\"seconds\": 5,\n\"ensembles\": [}\n", "line 3: "},
+        BadCase{"numberOverflow", R"({"seconds": 1e3005})", "the document: number overflow"},
+        BadCase{"empty", "", "line 1: "}, BadCase{"noObject", "[]", "the document: must be an object"},
         BadCase{"noEnsemble", "{}", "ensembles: there is none"},
         BadCase{"noLabel", WithService(kRadio), "ensembles[0].services[0].label: is missing"},
         BadCase{"misspelt", WithService(kRadio + kLabel + R"(, "padbytes": 4)"),

@@ -5,6 +5,7 @@
 #include <exception>
 #include <fstream>
 #include <mutex>
+#include <random>
 #include <stdexcept>
 #include <thread>
 
@@ -153,7 +154,9 @@ void WriteBroadcast(const Broadcast& broadcast, const std::filesystem::path& dir
     std::filesystem::create_directories(directory);
     for (const BuiltEnsemble& ensemble : broadcast.ensembles) {
         const std::filesystem::path target = directory / (ensemble.block + ".eti");
-        const std::filesystem::path part = directory / (ensemble.block + ".eti.part");
+        // A name of our own: another process may be making the same files.
+        const std::filesystem::path part =
+            directory / (ensemble.block + "." + std::to_string(std::random_device{}()) + ".part");
         std::ofstream file(part, std::ios::binary | std::ios::trunc);
         file.write(reinterpret_cast<const char*>(ensemble.eti.data()),
                    static_cast<std::streamsize>(ensemble.eti.size()));

@@ -152,6 +152,13 @@ TEST(Headend, ReconfigurationMovesTheStream) {
     EXPECT_EQ(wire::ParseLayerTwoHeader(frames[20].SubChannel(9))->bitRate, 160);
 }
 
+TEST(Headend, ATelevisionServiceShorterThanAPicture) {
+    EXPECT_EQ(Eti(Document("", kTelevision, 0.5)).size(), 21u * 6144);
+    const auto blink =
+        Document("", kTelevision.substr(0, kTelevision.rfind('}')) + R"(, "present": {"to": 0.1}})", 0.5);
+    EXPECT_EQ(Frames(Eti(blink)).at(10).StreamCount(), 0u);
+}
+
 TEST(Headend, DataAndDabPlusServicesAreThereToo) {
     const auto eti = Eti(Document("", R"(
         {"kind": "dab+", "id": 1, "label": {"text": "A"}, "subChannel": 1, "bitRate": 64},
@@ -181,9 +188,13 @@ TEST(Demo, IsKeptUntilSomethingChanges) {
     headend::EnsureBroadcast(json, "recipe two", directory, count);
     EXPECT_EQ(made, 3) << "a file cut short";
     EXPECT_GT(std::filesystem::file_size(directory / "8A.eti"), 6144u);
-    std::ofstream(directory / "9C.eti") << "left over";
-    headend::EnsureBroadcast(json, "recipe three", directory, count);
-    EXPECT_FALSE(std::filesystem::exists(directory / "9C.eti"));
+    std::ofstream(directory / "9C.eti") << "somebody else's";
+    std::string moved = json;
+    moved.replace(moved.find("8A"), 2, "8C");
+    headend::EnsureBroadcast(moved, "recipe three", directory, count);
+    EXPECT_TRUE(std::filesystem::exists(directory / "8C.eti"));
+    EXPECT_FALSE(std::filesystem::exists(directory / "8A.eti")) << "the recipe has no such block any more";
+    EXPECT_TRUE(std::filesystem::exists(directory / "9C.eti"));
     std::filesystem::remove_all(directory);
 }
 

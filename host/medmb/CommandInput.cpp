@@ -21,7 +21,7 @@ namespace medmb {
 namespace {
 
 constexpr int kAskAgainMicroseconds = 5000;
-constexpr int kAskTimes = 20; // a tenth of a second between asking and insisting
+constexpr int kAskTimes = 12;
 
 bool MakePipe(Descriptor& readEnd, Descriptor& writeEnd) {
     int ends[2];

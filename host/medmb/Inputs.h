@@ -109,7 +109,7 @@ public:
     ~ChildProcess() { Stop(); }
 
     [[nodiscard]] bool Start(const std::vector<std::string>& arguments, std::string& reason);
-    // Asks the whole group to end, insists after a tenth of a second, and collects the child.
+    // Asks the whole group to end, insists after some 60 ms, and collects the child.
     void Stop();
     [[nodiscard]] bool Running() const { return pid > 0; }
     [[nodiscard]] int Output() const { return output.Get(); }

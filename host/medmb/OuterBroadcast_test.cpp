@@ -111,12 +111,12 @@ TEST(OuterBroadcast, SoundTextsAndSlidesOfFourStations) {
                   {"s2-01_exif.jpg", "s2-02_odd317x233.jpg", "s2-03_odd161x121.jpg", "s2-04_dri.jpg", "s2-01_exif.jpg",
                    "s2-02_odd317x233.jpg", "s2-03_odd161x121.jpg"}});
     const std::string korean = "한국어 동적 라벨 시험 1";
-    CompareRadio(frames, slides,
-                 {0xE203,
-                  2001,
-                  {korean, "지금 나오는 곡: 아리랑", "ABC 가나다 123 마바사 아자차카타파하 끝", korean},
-                  {"s3-01_big640x480.jpg", "s3-02_ko.jpg", "s3-01_big640x480.jpg", "s3-02_ko.jpg",
-                   "s3-01_big640x480.jpg"}});
+    CompareRadio(
+        frames, slides,
+        {0xE203,
+         2001,
+         {korean, "지금 나오는 곡: 아리랑", "ABC 가나다 123 마바사 아자차카타파하 끝", korean},
+         {"s3-01_big640x480.jpg", "s3-02_ko.jpg", "s3-01_big640x480.jpg", "s3-02_ko.jpg", "s3-01_big640x480.jpg"}});
     const std::string ebu = "EBU raw: grün öl ä KŞlner";
     CompareRadio(frames, slides,
                  {0xE204,

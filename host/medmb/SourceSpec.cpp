@@ -172,6 +172,11 @@ std::optional<SourceSpec> ParseSource(const std::string& text, std::string& erro
     }
     struct stat info {};
     if (stat(text.c_str(), &info) != 0) {
+        // HOST:PORT without the scheme, when it can be nothing else.
+        const std::size_t colon = text.rfind(':');
+        if (colon != std::string::npos && colon > 0 && colon + 1 < text.size() && text.find('/') == std::string::npos &&
+            text.find_first_not_of("0123456789", colon + 1) == std::string::npos)
+            return ParseSource("tcp://" + text, error);
         error = text + ": " + std::strerror(errno);
         return std::nullopt;
     }

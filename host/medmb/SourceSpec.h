@@ -24,7 +24,7 @@ struct SourceSpec {
     bool loop = false; // files start over at their end
 };
 
-// `-`, a directory, a file, a named pipe, or tcp://HOST:PORT. Nothing and a sentence in `error` when it is none of these.
+// `-`, a directory, a file, a named pipe, tcp://HOST:PORT or HOST:PORT. Nothing and a sentence in `error` when it is none of these.
 [[nodiscard]] std::optional<SourceSpec> ParseSource(const std::string& text, std::string& error);
 [[nodiscard]] SourceSpec CommandSource(const std::string& command, const std::string& gain = {});
 

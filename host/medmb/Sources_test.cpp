@@ -42,6 +42,9 @@ TEST(SourceSpec, KindsOfSources) {
     ASSERT_TRUE(tcp);
     EXPECT_EQ(tcp->host, "::1");
     EXPECT_EQ(tcp->port, "9000");
+    EXPECT_EQ(ParseSource("localhost:9000", error)->kind, SourceKind::Tcp);
+    EXPECT_FALSE(ParseSource("localhost:", error));
+    EXPECT_FALSE(ParseSource("no/such:9000", error));
     EXPECT_FALSE(ParseSource("tcp://host", error));
     EXPECT_FALSE(ParseSource("/no/such/file.eti", error));
     EXPECT_NE(error.find("/no/such/file.eti"), std::string::npos);

@@ -55,8 +55,7 @@ TEST(BitWriter, IsTheInverseOfTheReader) {
     std::vector<std::pair<std::uint32_t, unsigned>> fields;
     for (int i = 0; i < 2000; ++i) {
         const auto width = static_cast<unsigned>(random() % 33);
-        const auto value =
-            static_cast<std::uint32_t>(width == 32 ? random() : random() & ((1U << width) - 1));
+        const auto value = static_cast<std::uint32_t>(width == 32 ? random() : random() & ((1U << width) - 1));
         fields.emplace_back(value, width);
         writer.Write(value, width);
     }

@@ -42,8 +42,7 @@ inline constexpr auto kCrc32Table = MakeCrc32Table();
 // EN 300 401 annex E: x^16 + x^12 + x^5 + 1, register preset to ones, result complemented. FIBs, ETI header
 // and main stream (ETS 300 799), MSC data groups, packets, DLS segments and data group length indicators send
 // it high byte first.
-[[nodiscard]] constexpr std::uint16_t Crc16(std::span<const std::uint8_t> bytes,
-                                            std::uint16_t state = 0xFFFF) {
+[[nodiscard]] constexpr std::uint16_t Crc16(std::span<const std::uint8_t> bytes, std::uint16_t state = 0xFFFF) {
     unsigned crc = state;
     for (const std::uint8_t byte : bytes)
         crc = ((crc << 8) & 0xFFFF) ^ detail::kCrc16Table[((crc >> 8) ^ byte) & 0xFF];

@@ -243,8 +243,7 @@ struct EsDescriptor {
     std::uint8_t priority = 0; // 5 bits
     std::optional<std::uint16_t> dependsOn{};
     std::string url{};
-    std::optional<std::uint16_t>
-        clockEsId{}; // OCR_ES_Id: the stream whose clock references count for this one
+    std::optional<std::uint16_t> clockEsId{}; // OCR_ES_Id: the stream whose clock references count for this one
     DecoderConfig decoder{};
     SlConfig sl{};
 
@@ -308,8 +307,7 @@ struct EsDescriptor {
     }
 
 private:
-    [[nodiscard]] static bool Take16(std::span<const std::uint8_t>& rest,
-                                     std::optional<std::uint16_t>& value) {
+    [[nodiscard]] static bool Take16(std::span<const std::uint8_t>& rest, std::optional<std::uint16_t>& value) {
         if (rest.size() < 2)
             return false;
         value = static_cast<std::uint16_t>(detail::Get16(rest));
@@ -321,8 +319,7 @@ private:
 namespace detail {
 
 // The ES descriptors among `rest`; other descriptors are passed over. Nothing when any of them is damaged.
-[[nodiscard]] inline std::optional<std::vector<EsDescriptor>>
-ParseEsList(std::span<const std::uint8_t> rest) {
+[[nodiscard]] inline std::optional<std::vector<EsDescriptor>> ParseEsList(std::span<const std::uint8_t> rest) {
     std::vector<EsDescriptor> streams{};
     while (!rest.empty()) {
         const auto inner = Mp4Descriptor::Take(rest);
@@ -476,8 +473,7 @@ struct IodDescriptor {
         std::vector<std::uint8_t> inner;
         inner.reserve(64);
         detail::Put16(inner, static_cast<unsigned>(id) << 6 | (inlineProfiles ? 0x10 : 0) | 0x0F);
-        inner.insert(inner.end(),
-                     {objectProfile, sceneProfile, audioProfile, visualProfile, graphicsProfile});
+        inner.insert(inner.end(), {objectProfile, sceneProfile, audioProfile, visualProfile, graphicsProfile});
         detail::PutEsList(inner, streams);
         std::vector<std::uint8_t> out = {scope, label};
         Mp4Descriptor::Put(out, kTagInitialObjectDescriptor, inner);

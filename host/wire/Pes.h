@@ -65,8 +65,7 @@ struct PesHeader {
 private:
     [[nodiscard]] static std::uint64_t GetStamp(std::span<const std::uint8_t> at) {
         return static_cast<std::uint64_t>(at[0] >> 1 & 7) << 30 | static_cast<std::uint64_t>(at[1]) << 22 |
-               static_cast<std::uint64_t>(at[2] >> 1) << 15 | static_cast<std::uint64_t>(at[3]) << 7 |
-               at[4] >> 1;
+               static_cast<std::uint64_t>(at[2] >> 1) << 15 | static_cast<std::uint64_t>(at[3]) << 7 | at[4] >> 1;
     }
 
     static void PutStamp(std::vector<std::uint8_t>& out, unsigned prefix, std::uint64_t stamp) {

@@ -21,11 +21,10 @@ TEST(Pes, HeaderOfAForeignMuxersFirstSoundPacket) {
 }
 
 TEST(Pes, BothStampsWithAllTheirBits) {
-    const wire::PesHeader header{
-        .streamId = wire::kStreamIdVideo, .pts = 0x1'FFFF'FFFFull, .dts = 0x1'2345'6789ull};
+    const wire::PesHeader header{.streamId = wire::kStreamIdVideo, .pts = 0x1'FFFF'FFFFull, .dts = 0x1'2345'6789ull};
     const Bytes bytes = header.Write(70000);
-    EXPECT_EQ(bytes, (Bytes{0, 0, 1, 0xE0, 0, 0, 0x80, 0xC0, 10, 0x3F, 0xFF, 0xFF, 0xFF, 0xFF, 0x19, 0x8D,
-                            0x15, 0xCF, 0x13}));
+    EXPECT_EQ(bytes,
+              (Bytes{0, 0, 1, 0xE0, 0, 0, 0x80, 0xC0, 10, 0x3F, 0xFF, 0xFF, 0xFF, 0xFF, 0x19, 0x8D, 0x15, 0xCF, 0x13}));
     const auto again = wire::PesHeader::Parse(bytes);
     ASSERT_TRUE(again);
     EXPECT_EQ(again->packetLength, 0) << "too long for its field";
@@ -34,8 +33,7 @@ TEST(Pes, BothStampsWithAllTheirBits) {
 }
 
 TEST(Pes, StuffingAfterTheStampsBelongsToTheHeader) {
-    const auto header =
-        wire::PesHeader::Parse(Bytes{0, 0, 1, 0xFA, 0, 9, 0x80, 0x00, 3, 0xFF, 0xFF, 0xFF, 1, 2, 3});
+    const auto header = wire::PesHeader::Parse(Bytes{0, 0, 1, 0xFA, 0, 9, 0x80, 0x00, 3, 0xFF, 0xFF, 0xFF, 1, 2, 3});
     ASSERT_TRUE(header);
     EXPECT_EQ(header->size, 12u);
 }
@@ -44,10 +42,8 @@ TEST(Pes, RefusesDamage) {
     EXPECT_FALSE(wire::PesHeader::Parse(Bytes{0, 0, 1, 0xFA, 0, 3, 0x80, 0}));
     EXPECT_FALSE(wire::PesHeader::Parse(Bytes{0, 0, 2, 0xFA, 0, 3, 0x80, 0, 0}));
     EXPECT_FALSE(wire::PesHeader::Parse(Bytes{0, 0, 1, 0xFA, 0, 3, 0x40, 0, 0})) << "no optional header";
-    EXPECT_FALSE(wire::PesHeader::Parse(Bytes{0, 0, 1, 0xFA, 0, 3, 0x80, 0x80, 4, 1, 1, 1, 1}))
-        << "stamp too short";
-    EXPECT_FALSE(wire::PesHeader::Parse(Bytes{0, 0, 1, 0xFA, 0, 3, 0x80, 0x40, 5, 1, 1, 1, 1, 1}))
-        << "DTS alone";
+    EXPECT_FALSE(wire::PesHeader::Parse(Bytes{0, 0, 1, 0xFA, 0, 3, 0x80, 0x80, 4, 1, 1, 1, 1})) << "stamp too short";
+    EXPECT_FALSE(wire::PesHeader::Parse(Bytes{0, 0, 1, 0xFA, 0, 3, 0x80, 0x40, 5, 1, 1, 1, 1, 1})) << "DTS alone";
     EXPECT_FALSE(wire::PesHeader::Parse(Bytes{0, 0, 1, 0xFA, 0, 3, 0x80, 0x80, 5, 1, 1, 1, 1})) << "cut off";
 }
 

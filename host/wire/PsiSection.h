@@ -199,8 +199,8 @@ struct Pmt {
 
 private:
     // Reads the 12-bit length at `at` and the descriptors after it, and moves `rest` behind them.
-    [[nodiscard]] static std::optional<std::vector<PsiDescriptor>>
-    TakeLoop(std::span<const std::uint8_t>& rest, std::size_t at) {
+    [[nodiscard]] static std::optional<std::vector<PsiDescriptor>> TakeLoop(std::span<const std::uint8_t>& rest,
+                                                                            std::size_t at) {
         const std::size_t length = static_cast<std::size_t>(rest[at] & 0x0F) << 8 | rest[at + 1];
         if (rest.size() - at - 2 < length)
             return std::nullopt;

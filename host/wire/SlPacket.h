@@ -33,8 +33,7 @@ struct SlHeader {
 
     // Nothing when the header is longer than the bytes. A predefined configuration other than 0 has no header
     // at all.
-    [[nodiscard]] static std::optional<SlHeader> Parse(std::span<const std::uint8_t> bytes,
-                                                       const SlConfig& config) {
+    [[nodiscard]] static std::optional<SlHeader> Parse(std::span<const std::uint8_t> bytes, const SlConfig& config) {
         SlHeader header;
         if (config.predefined != 0)
             return header;

@@ -75,10 +75,9 @@ private:
         if ((field[0] & 0x10) != 0) {
             if (field.size() < 7)
                 return false;
-            const std::uint64_t base = static_cast<std::uint64_t>(field[1]) << 25 |
-                                       static_cast<std::uint64_t>(field[2]) << 17 |
-                                       static_cast<std::uint64_t>(field[3]) << 9 |
-                                       static_cast<std::uint64_t>(field[4]) << 1 | field[5] >> 7;
+            const std::uint64_t base =
+                static_cast<std::uint64_t>(field[1]) << 25 | static_cast<std::uint64_t>(field[2]) << 17 |
+                static_cast<std::uint64_t>(field[3]) << 9 | static_cast<std::uint64_t>(field[4]) << 1 | field[5] >> 7;
             const unsigned extension = (field[5] & 1u) << 8 | field[6];
             header.pcr = base * 300 + extension;
         }
@@ -97,18 +96,17 @@ inline std::size_t WriteTsPacket(std::span<std::uint8_t, kTsPacketSize> out, con
     const std::size_t adaptation = kTsPacketSize - 4 - taken;
 
     out[0] = kTsSyncByte;
-    out[1] = static_cast<std::uint8_t>((header.transportError ? 0x80 : 0) |
-                                       (header.payloadUnitStart ? 0x40 : 0) | (header.pid >> 8 & 0x1F));
+    out[1] = static_cast<std::uint8_t>((header.transportError ? 0x80 : 0) | (header.payloadUnitStart ? 0x40 : 0) |
+                                       (header.pid >> 8 & 0x1F));
     out[2] = static_cast<std::uint8_t>(header.pid & 0xFF);
     out[3] = static_cast<std::uint8_t>((header.scrambling & 3) << 6 | (adaptation > 0 ? 0x20 : 0) |
                                        (taken > 0 ? 0x10 : 0) | (header.continuity & 0x0F));
     if (adaptation > 0)
         out[4] = static_cast<std::uint8_t>(adaptation - 1);
     if (adaptation > 1) {
-        out[5] = static_cast<std::uint8_t>((header.discontinuity ? 0x80 : 0) |
-                                           (header.randomAccess ? 0x40 : 0) | (header.pcr ? 0x10 : 0));
-        std::fill(out.begin() + 6, out.begin() + 4 + static_cast<std::ptrdiff_t>(adaptation),
-                  std::uint8_t{0xFF});
+        out[5] = static_cast<std::uint8_t>((header.discontinuity ? 0x80 : 0) | (header.randomAccess ? 0x40 : 0) |
+                                           (header.pcr ? 0x10 : 0));
+        std::fill(out.begin() + 6, out.begin() + 4 + static_cast<std::ptrdiff_t>(adaptation), std::uint8_t{0xFF});
     }
     if (header.pcr) {
         const std::uint64_t base = (clock / 300) & 0x1'FFFF'FFFF;

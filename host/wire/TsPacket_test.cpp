@@ -18,8 +18,7 @@ Bytes WithHead(std::initializer_list<std::uint8_t> head, std::uint8_t fill) {
 
 TEST(TsPacket, ClockReferenceAloneFillsAPacket) {
     // A foreign muxer's first packet: PID 0x114, adaptation field only, discontinuity and PCR of 0.
-    const Bytes bytes =
-        WithHead({0x47, 0x01, 0x14, 0x2F, 0xB7, 0x10, 0x00, 0x00, 0x00, 0x00, 0x7E, 0x00}, 0xFF);
+    const Bytes bytes = WithHead({0x47, 0x01, 0x14, 0x2F, 0xB7, 0x10, 0x00, 0x00, 0x00, 0x00, 0x7E, 0x00}, 0xFF);
     const auto packet = wire::TsPacket::Parse(bytes);
     ASSERT_TRUE(packet);
     EXPECT_EQ(packet->header.pid, 0x114);
@@ -42,8 +41,7 @@ TEST(TsPacket, StuffingLeadsAShortPayload) {
     ASSERT_TRUE(packet);
     EXPECT_TRUE(packet->header.payloadUnitStart);
     EXPECT_EQ(packet->header.pid, 0);
-    EXPECT_EQ(std::vector(packet->payload.begin(), packet->payload.end()),
-              std::vector(payload.begin(), payload.end()));
+    EXPECT_EQ(std::vector(packet->payload.begin(), packet->payload.end()), std::vector(payload.begin(), payload.end()));
 
     Bytes written;
     EXPECT_EQ(wire::WriteTsPacket(written, packet->header, payload), payload.size());
@@ -67,16 +65,14 @@ TEST(TsPacket, PcrUsesAll33BitsAndTheExtension) {
     const wire::TsHeader header{.pid = 0x101, .randomAccess = true, .pcr = 0x1'FFFF'FFFFull * 300 + 299};
     Bytes written;
     EXPECT_EQ(wire::WriteTsPacket(written, header, std::vector<std::uint8_t>(200, 1)), 176u);
-    const Bytes expected =
-        WithHead({0x47, 0x01, 0x01, 0x30, 0x07, 0x50, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x2B}, 0x01);
+    const Bytes expected = WithHead({0x47, 0x01, 0x01, 0x30, 0x07, 0x50, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x2B}, 0x01);
     EXPECT_EQ(written, expected);
     EXPECT_EQ(wire::TsPacket::Parse(written)->header, header);
 }
 
 TEST(TsPacket, RefusesWhatIsNoPacket) {
     EXPECT_FALSE(wire::TsPacket::Parse(WithHead({0x46, 0, 0, 0x10}, 0)));
-    EXPECT_FALSE(wire::TsPacket::Parse(WithHead({0x47, 0, 0, 0x00}, 0)))
-        << "reserved adaptation_field_control";
+    EXPECT_FALSE(wire::TsPacket::Parse(WithHead({0x47, 0, 0, 0x00}, 0))) << "reserved adaptation_field_control";
     EXPECT_FALSE(wire::TsPacket::Parse(WithHead({0x47, 0, 0, 0x20, 184}, 0)));
     EXPECT_FALSE(wire::TsPacket::Parse(WithHead({0x47, 0, 0, 0x30, 183}, 0)));
     EXPECT_FALSE(wire::TsPacket::Parse(WithHead({0x47, 0, 0, 0x30, 6, 0x10}, 0))) << "PCR that does not fit";

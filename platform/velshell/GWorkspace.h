@@ -21,8 +21,8 @@ struct CREATESTRUCTW {
 
 // Names a class so that the shell can create it without knowing it. One constant object per class, alive while its library is.
 struct GRuntimeClass {
-    const char* className;         // "CVelDMBView"
-    GObject* (*createObject)();    // null when the class cannot be created by name
+    const char* className;          // "CVelDMBView"
+    GObject* (*createObject)();     // null when the class cannot be created by name
     const GRuntimeClass* baseClass; // null for GObject
 };
 
@@ -109,7 +109,7 @@ template <auto Handler> constexpr GMessageEntry OnCommandRange(UINT firstId, UIN
 // WM_CREATE: a handler (CREATESTRUCTW*) -> int; -1 refuses the window.
 template <auto Handler> constexpr GMessageEntry OnCreate() {
     return {WM_CREATE, 0, 0, [](GView* self, WPARAM, LPARAM lParam) -> LRESULT {
-                auto* parameters = reinterpret_cast<CREATESTRUCTW*>(lParam); // NOLINT(performance-no-int-to-ptr)
+                auto* parameters = reinterpret_cast<CREATESTRUCTW*>(lParam);
                 return (static_cast<ClassOf<Handler>*>(self)->*Handler)(parameters);
             }};
 }
@@ -135,8 +135,7 @@ template <auto Handler> constexpr GMessageEntry OnKeyUp() {
 // WM_LBUTTONDOWN: a handler (UINT flags, POINT point), point in client coordinates.
 template <auto Handler> constexpr GMessageEntry OnLButtonDown() {
     return {WM_LBUTTONDOWN, 0, 0, [](GView* self, WPARAM wParam, LPARAM lParam) -> LRESULT {
-                const POINT point = {static_cast<SHORT>(lParam & 0xFFFF),
-                                     static_cast<SHORT>((lParam >> 16) & 0xFFFF)};
+                const POINT point = {static_cast<SHORT>(lParam & 0xFFFF), static_cast<SHORT>((lParam >> 16) & 0xFFFF)};
                 (static_cast<ClassOf<Handler>*>(self)->*Handler)(static_cast<UINT>(wParam), point);
                 return 0;
             }};

@@ -94,8 +94,8 @@ protected:
     int OnCreate(CREATESTRUCTW* parameters);
     void OnKeyUp(UINT key, UINT repeatCount, UINT flags);
 
-    RECT m_rcPIP = {};         // stored small rectangle: left, top, right, bottom
-    LONG m_bProfileDirty = 0;  // settings differ from the stored profile
+    RECT m_rcPIP = {};        // stored small rectangle: left, top, right, bottom
+    LONG m_bProfileDirty = 0; // settings differ from the stored profile
     BaseImpl* m_pBase = nullptr;
     friend class VelShellAccess;
 };

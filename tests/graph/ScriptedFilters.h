@@ -48,7 +48,7 @@ public:
     [[nodiscard]] int Count(const std::string& part) const { return static_cast<int>(Matching(part).size()); }
     void Clear();
 
-    std::function<long()> now; // stamps the lines; may be empty
+    std::function<long()> now;                        // stamps the lines; may be empty
     std::function<void(const std::string&)> listener; // is told every line; may be empty
 
 private:

@@ -182,8 +182,12 @@ TEST_F(ViewObject, ProfileOfEighteenBytesWithWordSixteenGivesTheDefaults) {
 }
 
 TEST_F(ViewObject, BrokenProfilesGiveTheDefaultsSilently) {
-    const std::string broken[] = {"", "\x01", ProfileBytes(0, 5, 2, 1), ProfileBytes(16, 5, 2, 1).substr(0, 15),
-                                  std::string("\x02\0", 2), std::string(70000, '\xFF')};
+    const std::string broken[] = {"",
+                                  "\x01",
+                                  ProfileBytes(0, 5, 2, 1),
+                                  ProfileBytes(16, 5, 2, 1).substr(0, 15),
+                                  std::string("\x02\0", 2),
+                                  std::string(70000, '\xFF')};
     for (const std::string& bytes : broken) {
         device.WriteProfile(bytes);
         DMBViewPeer peer(Open());

@@ -336,13 +336,16 @@ TEST_F(EventStory, UpdateInfoShowsATextOrANumberedOne) {
 
 TEST_F(EventStory, EveryRowOfTheMessageMapIsInOrder) {
     const GMessageMap& map = CVelDMBView::messageMap;
-    const UINT rows[][3] = {{WM_CREATE, 0, 0},          {WM_COMMAND, 18, 18},         {WM_COMMAND, 20, 20},
-                            {WM_COMMAND, 21, 21},       {WM_COMMAND, 22, 22},         {WM_COMMAND, 23, 23},
-                            {WM_COMMAND, 96, 96},       {WM_TIMER, 0, 0},             {WM_LBUTTONDOWN, 0, 0},
-                            {WM_COMMAND, 64954, 64954}, {WM_KEYUP, 0, 0},             {WM_COMMAND, 97, 97},
-                            {0x467, 0, 0},              {0x401, 0, 0},                {0x464, 0, 0},
-                            {0x465, 0, 0},              {0x402, 0, 0},                {0x466, 0, 0},
-                            {WM_COMMAND, 24, 25},       {WM_COMMAND, 26, 27}};
+    const UINT rows[][3] = {{WM_CREATE, 0, 0},      {WM_COMMAND, 18, 18},
+                            {WM_COMMAND, 20, 20},   {WM_COMMAND, 21, 21},
+                            {WM_COMMAND, 22, 22},   {WM_COMMAND, 23, 23},
+                            {WM_COMMAND, 96, 96},   {WM_TIMER, 0, 0},
+                            {WM_LBUTTONDOWN, 0, 0}, {WM_COMMAND, 64954, 64954},
+                            {WM_KEYUP, 0, 0},       {WM_COMMAND, 97, 97},
+                            {0x467, 0, 0},          {0x401, 0, 0},
+                            {0x464, 0, 0},          {0x465, 0, 0},
+                            {0x402, 0, 0},          {0x466, 0, 0},
+                            {WM_COMMAND, 24, 25},   {WM_COMMAND, 26, 27}};
     ASSERT_EQ(map.count, std::size(rows));
     for (UINT i = 0; i < map.count; ++i) {
         EXPECT_EQ(map.entries[i].message, rows[i][0]) << i;

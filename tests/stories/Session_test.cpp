@@ -14,7 +14,8 @@ TEST_F(SessionStory, SavedChannelStartsAtPreload) {
     EXPECT_EQ(peer->CurChannel(), kSport);
     EXPECT_EQ(peer->LastChannel(), kSport);
     EXPECT_EQ(peer->LastDMBChannel(), kSport);
-    EXPECT_TRUE(InOrder({"tuner.Open", "post view 1124 2 0", "preloaded", "tuner.SetChannel 207008000 8 12 0", "mode 4"}));
+    EXPECT_TRUE(
+        InOrder({"tuner.Open", "post view 1124 2 0", "preloaded", "tuner.SetChannel 207008000 8 12 0", "mode 4"}));
     EXPECT_TRUE(HasTimer(eSIGNAL_TIMER));
 }
 

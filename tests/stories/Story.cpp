@@ -110,8 +110,8 @@ void Story::OnAir() {
 
 int Story::Count(const std::string& part) const {
     const std::vector<std::string> log = device.shell.Log();
-    return static_cast<int>(
-        std::count_if(log.begin(), log.end(), [&](const std::string& line) { return line.find(part) != std::string::npos; }));
+    return static_cast<int>(std::count_if(
+        log.begin(), log.end(), [&](const std::string& line) { return line.find(part) != std::string::npos; }));
 }
 
 ::testing::AssertionResult Story::InOrder(std::initializer_list<std::string> parts) const {

@@ -18,10 +18,10 @@ void ReportNotRun(const std::string& what);
 } // namespace testing_support
 
 // Declares `name` as the path of outer data, or reports NOT RUN and leaves the test.
-#define DMB_OUTER_DATA(name, relativePath)                                                                   \
-    const auto name##Found = testing_support::FindOuterData(relativePath);                                   \
-    if (!name##Found) {                                                                                      \
-        testing_support::ReportNotRun(relativePath);                                                         \
-        return;                                                                                              \
-    }                                                                                                        \
+#define DMB_OUTER_DATA(name, relativePath)                                                                             \
+    const auto name##Found = testing_support::FindOuterData(relativePath);                                             \
+    if (!name##Found) {                                                                                                \
+        testing_support::ReportNotRun(relativePath);                                                                   \
+        return;                                                                                                        \
+    }                                                                                                                  \
     const std::filesystem::path name = *name##Found

@@ -64,10 +64,11 @@ int Demo(const Options& options) {
     if (options.out.empty())
         return Usage("demo needs --out DIR or --print");
     if (options.again)
-        std::filesystem::remove(options.out / "demo" / "recipe.txt");
-    const auto directory = headend::EnsureDemo(options.out, MakeProgress(options.quiet));
+        std::filesystem::remove(options.out / "recipe.txt");
+    headend::EnsureBroadcast(headend::DemoDescription(), headend::DemoRecipe(), options.out,
+                             MakeProgress(options.quiet));
     if (!options.quiet)
-        std::cout << directory.string() << "\n";
+        std::cout << options.out.string() << "\n";
     return 0;
 }
 
@@ -123,7 +124,7 @@ int Run(const std::vector<std::string>& arguments) {
         } else if (word == "--quiet") {
             options.quiet = true;
         } else if (!word.empty() && word[0] == '-') {
-            return Usage(word + " is no option");
+            return Usage(word + ": no such option");
         } else {
             options.words.push_back(word);
         }
@@ -136,7 +137,7 @@ int Run(const std::vector<std::string>& arguments) {
         return Make(options);
     if (options.words[0] == "parts")
         return Parts(options);
-    return Usage("\"" + options.words.back() + "\" is not understood");
+    return Usage(options.words.back() + ": not understood");
 }
 
 } // namespace

@@ -57,8 +57,9 @@ std::optional<Options> ReadOptions(int argc, char** argv, int& exitStatus) {
     Options options;
     CLI::App app{"DMB television and DAB radio viewer", "dmbtv"};
     app.set_version_flag("--version", std::string("dmbtv ") + app::kVersion);
-    app.add_option("SOURCE", options.source,
-                   "directory of <Hz>.eti or <block>.eti files, one ETI file, or - for standard input; none: the built-in demo");
+    app.add_option(
+        "SOURCE", options.source,
+        "directory of <Hz>.eti or <block>.eti files, one ETI file, or - for standard input; none: the built-in demo");
     app.add_option("--command", options.command,
                    "command line of a demodulator that writes ETI, with {hz} {khz} {mhz} {block} {row} {gain}");
     app.add_flag("--headless", options.headless, "no window");
@@ -68,6 +69,7 @@ std::optional<Options> ReadOptions(int argc, char** argv, int& exitStatus) {
     app.add_option("--profile", options.profile, "folder of the settings and the channel list");
     app.add_option("--lang", options.language, "language of texts")->check(CLI::IsMember({"ko", "en"}));
     app.add_flag("--debug-mode", options.debugMode, "offer the debug dialog");
+    app.add_option("--audio-out", options.audioOut, "WAV file of what is heard");
     app.add_option("--screenshot", options.screenshot, "PNG of the screen, written when the program leaves");
     try {
         app.parse(argc, argv);

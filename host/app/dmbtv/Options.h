@@ -10,18 +10,19 @@ namespace dmbtv {
 // Exit statuses of all programs that play.
 enum ExitStatus : int {
     kExitDone = 0,
-    kExitFailed = 1,     // something went wrong while running, or a script expectation did not hold
-    kExitUsage = 2,      // the command line, a script or the skin is not understood
-    kExitNoInput = 3,    // the source or the script cannot be opened
+    kExitFailed = 1,  // something went wrong while running, or a script expectation did not hold
+    kExitUsage = 2,   // the command line, a script or the skin is not understood
+    kExitNoInput = 3, // the source or the script cannot be opened
 };
 
 struct Options {
-    std::string source;    // empty: the built-in demo
-    std::string command;   // template of a demodulator's command line
+    std::string source;  // empty: the built-in demo
+    std::string command; // template of a demodulator's command line
     std::filesystem::path script;
     std::filesystem::path deviceRoot; // host folder of the device's "\"
     std::filesystem::path card;       // host folder of the memory card
     std::filesystem::path profile;    // settings and channel list
+    std::filesystem::path audioOut;   // WAV file of what is heard
     std::filesystem::path screenshot; // written at the end
     std::string language;             // "ko", "en", or empty: by the locale
     bool headless = false;

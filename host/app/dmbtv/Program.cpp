@@ -7,10 +7,13 @@
 #include <memory>
 #include <string>
 
+#include "host/app/dmbtv/ScreenPort.h"
 #include "host/app/dmbtv/Script.h"
 #include "host/app/dmbtv/ScriptRunner.h"
 #include "host/ce/Ce.h"
 #include "host/dshow/ClassTable.h"
+#include "host/filters/Register.h"
+#include "host/filters/WavTap.h"
 #include "host/headend/Demo.h"
 #include "host/medmb/Tuner.h"
 #include "host/shell/Shell.h"
@@ -86,11 +89,13 @@ std::optional<Script> LoadScript(const std::filesystem::path& file, int& status)
     return script;
 }
 
-int Play(shell::Shell& shell, const Options& options, const Script& script) {
+int Play(shell::Shell& shell, const Options& options, const Script& script, OnAirNotice& onAir) {
     if (const std::string reason = shell.LoadModule(InstalledBase() / "lib/libveldmb.so"); !reason.empty())
         return Fail(kExitFailed, reason);
-    if (shell.OpenView("CVelDMBView") == nullptr)
+    const CVelPlayerView* view = shell.OpenView("CVelDMBView");
+    if (view == nullptr)
         return Fail(kExitFailed, "the module's view cannot be opened");
+    onAir.Join(view->GetSafeHwnd());
     shell.RunUntilIdle();
     int status = kExitDone;
     if (const std::string failure = RunScript(shell, script); !failure.empty())
@@ -98,6 +103,7 @@ int Play(shell::Shell& shell, const Options& options, const Script& script) {
     shell.RunUntilIdle();
     if (!options.screenshot.empty() && !shell.Screenshot(options.screenshot))
         status = Fail(kExitFailed, "cannot write " + options.screenshot.string());
+    onAir.Join(nullptr);
     shell.CloseView();
     shell.RunUntilIdle();
     return status;
@@ -118,7 +124,16 @@ int Run(const Options& options) {
     ce::RealClock clock;
     ce::Ce ce(clock);
     Mount(ce, options);
-    const dshow::ClassTable classes(clock);
+    dshow::ClassTable classes(clock);
+    ScreenPort screen;
+    OnAirNotice onAir;
+    std::unique_ptr<filters::WavTap> wav;
+    if (!options.audioOut.empty()) {
+        wav = std::make_unique<filters::WavTap>(options.audioOut);
+        if (!wav->Ok())
+            return Fail(kExitFailed, "cannot write " + options.audioOut.string());
+    }
+    filters::Register(classes, clock, {nullptr, wav.get(), &screen, &onAir});
     medmb::Tuner tuner(clock, medmb::Broadcast::Instance(), std::move(source),
                        [](const std::string& line) { std::fprintf(stderr, "tuner: %s\n", line.c_str()); });
     medmb::Tuner::Install(&tuner);
@@ -128,7 +143,9 @@ int Run(const Options& options) {
     setup.debugMode = options.debugMode;
     try {
         shell::Shell shell(ce, setup);
-        status = Play(shell, options, *script);
+        screen.Join(&shell);
+        status = Play(shell, options, *script, onAir);
+        screen.Join(nullptr);
     } catch (const shell::SkinError& error) {
         status = Fail(kExitUsage, error.what());
     }

@@ -49,7 +49,7 @@ std::optional<int> Number(const std::string& word) {
 }
 
 struct Form {
-    const char* words;     // what the line begins with
+    const char* words; // what the line begins with
     Verb verb;
     const char* arguments; // n number, t text, o ok or cancel
 };

@@ -12,7 +12,21 @@
 
 namespace dmbtv {
 
-enum class Verb { Wait, Press, Key, Click, Answer, Pick, Shot, ExpectMode, ExpectType, ExpectText, ExpectTitle, ExpectBox, Quit };
+enum class Verb {
+    Wait,
+    Press,
+    Key,
+    Click,
+    Answer,
+    Pick,
+    Shot,
+    ExpectMode,
+    ExpectType,
+    ExpectText,
+    ExpectTitle,
+    ExpectBox,
+    Quit
+};
 
 struct ScriptLine {
     Verb verb;

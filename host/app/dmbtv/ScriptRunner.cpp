@@ -28,19 +28,36 @@ public:
     // Empty, or what was wanted and what was got.
     std::string Carry(const ScriptLine& line) {
         switch (line.verb) {
-        case Verb::Wait: shell.Wait(line.first); return {};
-        case Verb::Press: return Press(static_cast<UINT>(line.first));
-        case Verb::Key: shell.Key(static_cast<UINT>(line.first)); return {};
-        case Verb::Click: shell.Click(line.first, line.second); return {};
-        case Verb::Answer: shell.Answer(static_cast<WORD>(line.first), line.second != 0); return {};
-        case Verb::Pick: return Pick(line.first, line.second);
-        case Verb::Shot: return shell.Screenshot(line.text) ? std::string() : "cannot write " + line.text;
-        case Verb::ExpectMode: return Expect(line.first, shell.View() ? shell.View()->GetPlayMode() : -1);
-        case Verb::ExpectType: return Expect(line.first, Type());
-        case Verb::ExpectText: return ExpectText(line);
-        case Verb::ExpectTitle: return ExpectEqual(line.text, ce::ToUtf8(shell.Title()));
-        case Verb::ExpectBox: return ExpectBox(line.first);
-        case Verb::Quit: return {};
+        case Verb::Wait:
+            shell.Wait(line.first);
+            return {};
+        case Verb::Press:
+            return Press(static_cast<UINT>(line.first));
+        case Verb::Key:
+            shell.Key(static_cast<UINT>(line.first));
+            return {};
+        case Verb::Click:
+            shell.Click(line.first, line.second);
+            return {};
+        case Verb::Answer:
+            shell.Answer(static_cast<WORD>(line.first), line.second != 0);
+            return {};
+        case Verb::Pick:
+            return Pick(line.first, line.second);
+        case Verb::Shot:
+            return shell.Screenshot(line.text) ? std::string() : "cannot write " + line.text;
+        case Verb::ExpectMode:
+            return Expect(line.first, shell.View() ? shell.View()->GetPlayMode() : -1);
+        case Verb::ExpectType:
+            return Expect(line.first, Type());
+        case Verb::ExpectText:
+            return ExpectText(line);
+        case Verb::ExpectTitle:
+            return ExpectEqual(line.text, ce::ToUtf8(shell.Title()));
+        case Verb::ExpectBox:
+            return ExpectBox(line.first);
+        case Verb::Quit:
+            return {};
         }
         return {};
     }

@@ -5,9 +5,10 @@
 using namespace dmbtv;
 
 TEST(Script, EveryLineIsRead) {
-    const Script script = ReadScript("# comment\n\nwait 500\npress 20\nkey 34\nclick 10 20\nanswer 1011 ok\nanswer 5 cancel\n"
-                                     "pick 1 0\nshot a.png\nexpect mode 4\nexpect type -1\nexpect text 43 \"\"\n"
-                                     "expect title \"[CH12] \\\"A\\\\B\\\"\"\nexpect box 1001\nquit\r\n");
+    const Script script =
+        ReadScript("# comment\n\nwait 500\npress 20\nkey 34\nclick 10 20\nanswer 1011 ok\nanswer 5 cancel\n"
+                   "pick 1 0\nshot a.png\nexpect mode 4\nexpect type -1\nexpect text 43 \"\"\n"
+                   "expect title \"[CH12] \\\"A\\\\B\\\"\"\nexpect box 1001\nquit\r\n");
     ASSERT_EQ(script.error, "");
     ASSERT_EQ(script.lines.size(), 14u);
     EXPECT_EQ(script.lines[0].verb, Verb::Wait);

@@ -44,7 +44,7 @@ void LayerTwoDecoder::Flush() {
 }
 
 bool LayerTwoDecoder::Decode(std::span<const std::uint8_t> bytes, LayerTwoSamples& samples) {
-    if (av_new_packet(state->packet, static_cast<int>(bytes.size())) != 0)
+    if (bytes.empty() || av_new_packet(state->packet, static_cast<int>(bytes.size())) != 0)
         return false;
     std::memcpy(state->packet->data, bytes.data(), bytes.size());
     const bool sent = avcodec_send_packet(state->context, state->packet) == 0;

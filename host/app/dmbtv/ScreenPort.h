@@ -1,0 +1,46 @@
+// Joins the filters' picture and status ports to the shell.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <vector>
+
+#include "host/filters/Outputs.h"
+#include "host/shell/Shell.h"
+
+namespace dmbtv {
+
+class ScreenPort final : public filters::VideoPort {
+public:
+    // The shell comes after the filters' registration and goes before them: null until then and after.
+    void Join(shell::Shell* shell);
+
+    void Show(const std::shared_ptr<const filters::Picture>& picture) override;
+    void Clear() override;
+    // The shell's plane follows the view's window by itself.
+    void Place(const RECT& rectangle, bool visible) override;
+
+private:
+    std::mutex mutex; // guards what follows
+    shell::Shell* joined = nullptr;
+    std::vector<std::uint32_t> pixels;
+};
+
+// Tells the view when a service's first packets play: texts and slides are taken from then on, also from a radio that starts with
+// a good signal.
+class OnAirNotice final : public filters::StatusPort {
+public:
+    void Join(HWND view) { window.store(view); }
+
+    void OnReception(filters::ReceptionState state) override;
+    void OnCaptureFailed(HRESULT reason) override;
+
+private:
+    std::atomic<HWND> window = nullptr;
+};
+
+// The picture as 0x00RRGGBB, by ITU-R BT.601 with studio range.
+void ToRgb(const filters::Picture& picture, std::vector<std::uint32_t>& pixels);
+
+} // namespace dmbtv
