@@ -26,7 +26,7 @@ public:
 
     // Without a configuration every PES packet is a unit.
     UnitAssembler() = default;
-    explicit UnitAssembler(std::optional<wire::SlConfig> config) : config_(std::move(config)) {}
+    explicit UnitAssembler(std::optional<wire::SlConfig> config) : config_(config) {}
 
     // `gap`: packets of this stream are missing before this one.
     void Push(const wire::TsPacket& packet, bool gap, const Sink& sink);
