@@ -69,28 +69,33 @@ TEST_F(ViewObject, FreshViewHoldsItsDefaults) {
 TEST_F(ViewObject, SettersClampAndRaiseTheDirtyFlagOnlyOnAChange) {
     DMBViewPeer peer(Open());
     struct Setting {
-        void (CVelDMBView::*set)(unsigned);
-        unsigned (CVelDMBView::*get)() const;
+        void (*set)(CVelDMBView&, unsigned);
+        unsigned (*get)(const CVelDMBView&);
         unsigned given, stored;
     };
     const Setting settings[] = {
-        {&CVelDMBView::SetPIPPos, &CVelDMBView::GetPIPPos, 7, 3},
-        {&CVelDMBView::SetRecordTime, &CVelDMBView::GetRecordTime, 9, 4},
-        {&CVelDMBView::SetPIPOnOff, nullptr, 5, 1},
-        {&CVelDMBView::SetDLSOnOff, &CVelDMBView::GetDLSOnOff, 5, 1},
-        {&CVelDMBView::SetPIPSize, &CVelDMBView::GetPIPSize, 2, 1},
-        {&CVelDMBView::SetDLSPos, &CVelDMBView::GetDLSPos, 0xFFFFFFFF, 1},
+        {[](CVelDMBView& v, unsigned value) { v.SetPIPPos(value); }, [](const CVelDMBView& v) { return v.GetPIPPos(); },
+         7, 3},
+        {[](CVelDMBView& v, unsigned value) { v.SetRecordTime(value); },
+         [](const CVelDMBView& v) { return v.GetRecordTime(); }, 9, 4},
+        {[](CVelDMBView& v, unsigned value) { v.SetPIPOnOff(value); }, nullptr, 5, 1},
+        {[](CVelDMBView& v, unsigned value) { v.SetDLSOnOff(value); },
+         [](const CVelDMBView& v) { return v.GetDLSOnOff(); }, 5, 1},
+        {[](CVelDMBView& v, unsigned value) { v.SetPIPSize(value); },
+         [](const CVelDMBView& v) { return v.GetPIPSize(); }, 2, 1},
+        {[](CVelDMBView& v, unsigned value) { v.SetDLSPos(value); }, [](const CVelDMBView& v) { return v.GetDLSPos(); },
+         0xFFFFFFFF, 1},
     };
     for (const Setting& setting : settings) {
         peer.ProfileDirty() = 0;
-        (view->*setting.set)(setting.given);
+        setting.set(*view, setting.given);
         EXPECT_EQ(peer.ProfileDirty(), 1);
         if (setting.get != nullptr)
-            EXPECT_EQ((view->*setting.get)(), setting.stored);
+            EXPECT_EQ(setting.get(*view), setting.stored);
         else
             EXPECT_EQ(peer.PIPOnOffField(), static_cast<LONG>(setting.stored));
         peer.ProfileDirty() = 0;
-        (view->*setting.set)(setting.given);
+        setting.set(*view, setting.given);
         EXPECT_EQ(peer.ProfileDirty(), 0);
     }
 }
