@@ -34,8 +34,8 @@ public:
         for (std::size_t at = 0; at + 188 <= packets.size(); at += 188)
             demultiplexer.Push(ByteSpan(packets).subspan(at, 188));
     }
-    void OnStreams(const VideoFormat*, const AudioFormat* audio) override {
-        format = std::make_shared<const AudioFormat>(*audio);
+    void OnStreams(const VideoFormat*, const AudioFormat* announced) override {
+        format = std::make_shared<const AudioFormat>(*announced);
     }
     void OnVideo(AccessUnit unit) override { video.push_back({std::move(unit)}); }
     void OnAudio(AccessUnit unit) override { audio.push_back({std::move(unit), format}); }
