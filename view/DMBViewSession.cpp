@@ -96,14 +96,14 @@ int CVelDMBView::GetCurrentType() const {
     if (m_nCurChannel < 0)
         return kSessionNone;
     ChannelRecord record;
-    return m_ChannelList.GetRecordAt(m_nCurChannel, record) ? record.kind : kSessionNone;
+    return m_ChannelList.GetRecordAt(m_nCurChannel, record) ? static_cast<int>(record.kind) : int{kSessionNone};
 }
 
 int CVelDMBView::GetLastType() const {
     if (m_nLastChannel < 0)
         return m_nFileIndex >= 0 ? kSessionDMB : kSessionNone; // a playing file is torn down like television
     ChannelRecord record;
-    return m_ChannelList.GetRecordAt(m_nLastChannel, record) ? record.kind : kSessionNone;
+    return m_ChannelList.GetRecordAt(m_nLastChannel, record) ? static_cast<int>(record.kind) : int{kSessionNone};
 }
 
 // ---- Running and stopping ----------------------------------------------------------------------------------------------
