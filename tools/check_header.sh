@@ -9,4 +9,4 @@ if [ -z "$flags" ]; then
 fi
 # shellcheck disable=SC2086
 printf '#include "%s"\n#include "%s"\n' "$header" "$header" |
-    g++ -std=c++20 -fsyntax-only -Wall -Wextra -I. $flags -x c++ - || { echo "$header does not stand alone"; exit 1; }
+    g++ -std=c++20 -fsyntax-only -Wall -Wextra -I. -DDMB_BINARY_DIR='""' -DDMB_SOURCE_DIR='""' $flags -x c++ - || { echo "$header does not stand alone"; exit 1; }
