@@ -58,8 +58,6 @@ function(dmb_tests)
     endif()
     add_executable(${R_NAME}_tests ${R_SOURCES})
     target_link_libraries(${R_NAME}_tests PRIVATE dmb_flags ${R_LINKS} dmb_test_support)
-    target_compile_definitions(${R_NAME}_tests PRIVATE
-        DMB_SOURCE_DIR="${PROJECT_SOURCE_DIR}" DMB_BINARY_DIR="${PROJECT_BINARY_DIR}")
     if(DMB_SANITIZE)
         target_compile_options(${R_NAME}_tests PRIVATE -O0) # what is tested is optimised, the tests need not be
     endif()

@@ -16,6 +16,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/OuterData.h"
+#include "tests/support/Places.h"
 
 namespace {
 std::atomic<unsigned long> allocations{0};
@@ -97,7 +98,7 @@ constexpr Stream kOuterStreams[] = {
     {"mix_48m_64", 48000, 1, 1},  {"tns_48s_96", 48000, 2, 1},      {"is_48s_64", 48000, 2, 1},
     {"top0_48s", 48000, 2, 1},    {"silent_48s", 48000, 2, 1},      {"nsub2_48s", 48000, 2, 2}};
 
-const std::filesystem::path kOwnData = std::filesystem::path(DMB_SOURCE_DIR) / "tests/data/bsac";
+const std::filesystem::path kOwnData = std::filesystem::path(testing_support::SourceDir()) / "tests/data/bsac";
 
 BsacConfig ConfigOf(const Stream& stream) {
     return {FindRate(stream.rate), stream.channels, stream.subFrames, 0};

@@ -13,6 +13,7 @@
 #include "host/wire/EtiFrame.h"
 #include "host/wire/Fib.h"
 #include "host/wire/LayerTwo.h"
+#include "tests/support/Places.h"
 
 namespace {
 
@@ -172,7 +173,8 @@ TEST(Headend, DataAndDabPlusServicesAreThereToo) {
 }
 
 TEST(Demo, IsKeptUntilSomethingChanges) {
-    const std::filesystem::path directory = std::filesystem::path(DMB_BINARY_DIR) / "headend_test" / "demo";
+    const std::filesystem::path directory =
+        std::filesystem::path(testing_support::BinaryDir()) / "headend_test" / "demo";
     std::filesystem::remove_all(directory);
     const std::string json = Document("", kRadio + "}", 0.5);
     int made = 0;
@@ -199,7 +201,7 @@ TEST(Demo, IsKeptUntilSomethingChanges) {
 }
 
 TEST(Demo, ADirectoryThatCannotBeWrittenIsSaid) {
-    const std::filesystem::path file = std::filesystem::path(DMB_BINARY_DIR) / "headend_test_file";
+    const std::filesystem::path file = std::filesystem::path(testing_support::BinaryDir()) / "headend_test_file";
     std::ofstream(file) << "no directory";
     EXPECT_THROW(headend::EnsureBroadcast(Document("", kRadio + "}", 0.5), "r", file / "demo"), std::runtime_error);
     std::filesystem::remove(file);

@@ -9,6 +9,7 @@
 #include "host/headend/Headend.h"
 #include "host/headend/Programme.h"
 #include "tests/support/OuterData.h"
+#include "tests/support/Places.h"
 
 namespace {
 
@@ -50,10 +51,10 @@ headend::Description Load() {
         "x", {});
 }
 
-const std::string kTools = DMB_SOURCE_DIR "/tools/";
+const std::string kTools = testing_support::SourceDir() + "/tools/";
 
 TEST(IndependentReceiver, ListsAndDecodesTheRadioServices) {
-    const std::filesystem::path directory = std::filesystem::path(DMB_BINARY_DIR) / "headend_dablin";
+    const std::filesystem::path directory = std::filesystem::path(testing_support::BinaryDir()) / "headend_dablin";
     headend::WriteBroadcast(headend::MakeBroadcast(Load()), directory);
     const std::string file = (directory / "8B.eti").string();
     const Answer full = Ask(kTools + "check_with_dablin.sh " + file + " 0xE201");
@@ -86,7 +87,7 @@ TEST(IndependentPlayer, ShowsThePicture) {
     const headend::Description description = Load();
     const auto& service = description.ensembles[0].services[0];
     const auto stream = headend::MakeTransportStream(description, service, {0, 125, 544});
-    const std::string file = DMB_BINARY_DIR "/headend_picture.ts";
+    const std::string file = testing_support::BinaryDir() + "/headend_picture.ts";
     std::ofstream(file, std::ios::binary)
         .write(reinterpret_cast<const char*>(stream.packets.data()),
                static_cast<std::streamsize>(stream.packets.size()));

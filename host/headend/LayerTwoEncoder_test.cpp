@@ -7,13 +7,14 @@
 #include <gtest/gtest.h>
 
 #include "host/wire/LayerTwo.h"
+#include "tests/support/Places.h"
 
 namespace {
 
 using headend::LayerTwoSettings;
 
 wire::ByteVector ReadData(const std::string& name) {
-    std::ifstream file(std::string(DMB_SOURCE_DIR "/tests/data/headend/") + name, std::ios::binary);
+    std::ifstream file(std::string(testing_support::SourceDir() + "/tests/data/headend/") + name, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 

@@ -11,6 +11,7 @@
 #include "host/medmb/BlockTable.h"
 #include "host/medmb/Inputs.h"
 #include "host/medmb/SourceSpec.h"
+#include "tests/support/Places.h"
 
 namespace medmb {
 namespace {
@@ -48,8 +49,9 @@ TEST(SourceSpec, KindsOfSources) {
     EXPECT_FALSE(ParseSource("tcp://host", error));
     EXPECT_FALSE(ParseSource("/no/such/file.eti", error));
     EXPECT_NE(error.find("/no/such/file.eti"), std::string::npos);
-    EXPECT_EQ(ParseSource(DMB_SOURCE_DIR "/tests/data/broadcast", error)->kind, SourceKind::Directory);
-    EXPECT_EQ(ParseSource(DMB_SOURCE_DIR "/tests/data/broadcast/8B.eti", error)->kind, SourceKind::File);
+    EXPECT_EQ(ParseSource(testing_support::SourceDir() + "/tests/data/broadcast", error)->kind, SourceKind::Directory);
+    EXPECT_EQ(ParseSource(testing_support::SourceDir() + "/tests/data/broadcast/8B.eti", error)->kind,
+              SourceKind::File);
 }
 
 TEST(SourceSpec, CommandTemplates) {

@@ -19,6 +19,7 @@
 #include "host/medmb/TestEnsemble.h"
 #include "host/wire/LabelText.h"
 #include "platform/medmblib.h"
+#include "tests/support/Places.h"
 
 namespace medmb {
 namespace {
@@ -26,7 +27,7 @@ namespace {
 using namespace test;
 namespace fs = std::filesystem;
 
-const fs::path kData = fs::path(DMB_SOURCE_DIR) / "tests/data/broadcast";
+const fs::path kData = fs::path(testing_support::SourceDir()) / "tests/data/broadcast";
 
 SourceSpec Folder(const fs::path& path, bool loop = false) {
     std::string error;

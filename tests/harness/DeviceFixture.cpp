@@ -1,4 +1,5 @@
 #include "tests/harness/DeviceFixture.h"
+#include "tests/support/Places.h"
 
 #include <algorithm>
 #include <cstring>
@@ -45,15 +46,15 @@ TemporaryFolder::~TemporaryFolder() {
 }
 
 std::filesystem::path ModulePath() {
-    return std::filesystem::path(DMB_BINARY_DIR) / "lib/libveldmb.so";
+    return std::filesystem::path(testing_support::BinaryDir()) / "lib/libveldmb.so";
 }
 
 std::filesystem::path ProductSkin() {
-    return std::filesystem::path(DMB_BINARY_DIR) / "skin";
+    return std::filesystem::path(testing_support::BinaryDir()) / "skin";
 }
 
 std::filesystem::path TestData(const std::string& relativePath) {
-    return std::filesystem::path(DMB_SOURCE_DIR) / "tests/data" / relativePath;
+    return std::filesystem::path(testing_support::SourceDir()) / "tests/data" / relativePath;
 }
 
 Device::Device(const std::filesystem::path& skin)

@@ -1,6 +1,7 @@
 // Sums of every picture under tests/data/jpeg in every format and two target sizes. A change of any pixel is a changed line
 // of tests/golden/jpeg.sums; tools/jpeg_sums.sh writes the file anew.
 #include "jpeg/JpegDecoder.h"
+#include "tests/support/Places.h"
 
 #include <gtest/gtest.h>
 
@@ -57,7 +58,7 @@ std::vector<std::string> LinesOf(const std::string& text) {
 
 TEST(JpegGolden, SumsAreUnchanged) {
     std::vector<std::filesystem::path> pictures;
-    const std::filesystem::path root = DMB_SOURCE_DIR;
+    const std::filesystem::path root = testing_support::SourceDir();
     for (const auto& entry : std::filesystem::directory_iterator(root / "tests/data/jpeg")) {
         if (entry.path().extension() == ".jpg") {
             pictures.push_back(entry.path());
@@ -69,7 +70,7 @@ TEST(JpegGolden, SumsAreUnchanged) {
     for (const auto& picture : pictures) {
         text += LinesFor(picture);
     }
-    std::ofstream(std::filesystem::path(DMB_BINARY_DIR) / "jpeg.sums") << text;
+    std::ofstream(std::filesystem::path(testing_support::BinaryDir()) / "jpeg.sums") << text;
 
     std::ifstream kept(root / "tests/golden/jpeg.sums");
     const std::string wanted{std::istreambuf_iterator<char>(kept), {}};

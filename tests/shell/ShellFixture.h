@@ -4,6 +4,7 @@
 #include "host/ce/Ce.h"
 #include "host/shell/Shell.h"
 #include "tests/shell/TestView.h"
+#include "tests/support/Places.h"
 
 #include <gtest/gtest.h>
 
@@ -29,7 +30,7 @@ protected:
         system.files().AddMount({u"\\Profile", root / "profile", ce::Mount::Writing::OnClose});
         system.files().AddMount({u"\\SDMMC Card", root / "card", ce::Mount::Writing::InPlace, true});
         ::shell::Setup setup;
-        setup.skinFolder = std::filesystem::path(DMB_BINARY_DIR) / "skin";
+        setup.skinFolder = std::filesystem::path(testing_support::BinaryDir()) / "skin";
         shell = std::make_unique<Shell>(system, setup);
         TestView::Calls().clear();
         TestView::RefuseCreate() = false;

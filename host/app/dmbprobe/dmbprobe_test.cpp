@@ -10,11 +10,13 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/Places.h"
+
 namespace {
 
 namespace fs = std::filesystem;
 
-const fs::path kData = fs::path(DMB_SOURCE_DIR) / "tests/data/broadcast";
+const fs::path kData = fs::path(testing_support::SourceDir()) / "tests/data/broadcast";
 
 struct Result {
     int status = -1;
@@ -22,7 +24,7 @@ struct Result {
 };
 
 Result Probe(const std::string& arguments) {
-    const std::string command = std::string(DMB_BINARY_DIR) + "/bin/dmbprobe " + arguments + " 2>&1";
+    const std::string command = testing_support::BinaryDir() + "/bin/dmbprobe " + arguments + " 2>&1";
     FILE* pipe = popen(command.c_str(), "r");
     Result result;
     char text[4096];
@@ -63,8 +65,8 @@ TEST_F(DmbProbe, TsReadsStandardInput) {
     EXPECT_EQ(fs::file_size(out), 309u * 188u);
     const fs::path piped = folder / "piped.ts";
     const std::string file = (kData / "12A.eti").string();
-    EXPECT_EQ(std::system(("cat " + file + " | " + DMB_BINARY_DIR + "/bin/dmbprobe ts - --service 'TV ONE' " +
-                           piped.string() + " 2> /dev/null")
+    EXPECT_EQ(std::system(("cat " + file + " | " + testing_support::BinaryDir() +
+                           "/bin/dmbprobe ts - --service 'TV ONE' " + piped.string() + " 2> /dev/null")
                               .c_str()),
               0);
     EXPECT_EQ(Read(piped), Read(out));

@@ -1,4 +1,5 @@
 #include "tests/shell/ShellFixture.h"
+#include "tests/support/Places.h"
 
 namespace shell {
 
@@ -47,7 +48,7 @@ TEST_F(ShellFixture, LibrariesAnnounceAndWithdraw) {
 }
 
 TEST_F(ShellFixture, AModuleLoadsUnloadsAndLoadsAgain) {
-    const auto file = std::filesystem::path(DMB_BINARY_DIR) / "lib" / "libshell_test_module.so";
+    const auto file = std::filesystem::path(testing_support::BinaryDir()) / "lib" / "libshell_test_module.so";
     for (int round = 0; round < 2; ++round) {
         EXPECT_EQ(shell->OpenView("TestView"), nullptr);
         ASSERT_EQ(shell->LoadModule(file), "");

@@ -3,6 +3,7 @@
 #include "host/ce/Text.h"
 #include "host/shell/gdi/TextLines.h"
 #include "host/shell/skin/SkinError.h"
+#include "tests/support/Places.h"
 
 #include <fstream>
 #include <gtest/gtest.h>
@@ -75,7 +76,7 @@ TEST_F(SkinFolder, FindsByName) {
 
 TEST(ProductSkin, CaptionsFitTheirElementsInBothLanguages) {
     GdiState gdi;
-    const SkinLibrary library(std::filesystem::path(DMB_BINARY_DIR) / "skin", gdi);
+    const SkinLibrary library(std::filesystem::path(testing_support::BinaryDir()) / "skin", gdi);
     for (const WCHAR* resource :
          {u"VelMain", u"VelDMB", u"VelDMBSettings", u"VelDMBDebug", u"VelDMBChList", u"VelMsgBox"}) {
         const Skin* skin = library.Find(resource);
@@ -99,7 +100,7 @@ TEST(ProductSkin, CaptionsFitTheirElementsInBothLanguages) {
 
 TEST(ProductSkin, MessagesFitTheBoxInBothLanguages) {
     GdiState gdi;
-    const SkinLibrary library(std::filesystem::path(DMB_BINARY_DIR) / "skin", gdi);
+    const SkinLibrary library(std::filesystem::path(testing_support::BinaryDir()) / "skin", gdi);
     const Skin* box = library.Find(u"VelMsgBox");
     const ElementDescription& area = box->description.elements.front();
     ASSERT_EQ(area.id, 11u);
