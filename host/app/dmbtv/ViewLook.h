@@ -16,6 +16,8 @@ public:
         return found ? record.kind : kSessionNone;
     }
     [[nodiscard]] static bool IsScanning(const CVelDMBView& view) { return view.m_bScanning != 0; }
+    // Has a scan ever left a channel list, be it an empty one?
+    [[nodiscard]] static bool HasListFile(const CVelDMBView& view) { return view.m_nChannelCount >= 0; }
     [[nodiscard]] static int ChannelCount(const CVelDMBView& view) { return std::max<int>(view.m_nChannelCount, 0); }
     // The position in the channel list of the service that stands at `place` (from 0) among those of a kind, or -1.
     [[nodiscard]] static int PositionOf(const CVelDMBView& view, int kind, int place) {

@@ -120,6 +120,8 @@ public:
     std::vector<HWND> modalWindows; // last: in front
     bool closePending = false;
     bool quitting = false;
+    int volume = 100; // per cent
+    bool muted = false;
     RECT smallPlace = {};    // where the small window is now
     bool smallMoved = false; // the user moved it
     std::deque<std::function<void()>> modalActions;
