@@ -27,8 +27,8 @@ private:
     std::vector<std::uint32_t> pixels;
 };
 
-// Tells the view when a service's first packets play: texts and slides are taken from then on, also from a radio that starts with
-// a good signal.
+// Tells the view when a service begins to play: labels and slides are taken from then on, also from a radio that starts with a good
+// signal.
 class OnAirNotice final : public filters::StatusPort {
 public:
     void Join(HWND view) { window.store(view); }
@@ -38,6 +38,7 @@ public:
 
 private:
     std::atomic<HWND> window = nullptr;
+    std::atomic<bool> onAir = false;
 };
 
 // The picture as 0x00RRGGBB, by ITU-R BT.601 with studio range.
