@@ -68,8 +68,10 @@ void ScreenPort::Clear() {
 void ScreenPort::Place(const RECT& /*rectangle*/, bool /*visible*/) {}
 
 void OnAirNotice::OnReception(filters::ReceptionState state) {
+    const bool plays = filters::IsPlaying(state);
+    const bool begins = !onAir.exchange(plays) && plays;
     const HWND view = window.load();
-    if (view != nullptr && state == filters::ReceptionState::kPlaying)
+    if (view != nullptr && begins)
         PostMessageW(view, WM_DMB_ONAIR, 0, 0); // a television view ignores it
 }
 

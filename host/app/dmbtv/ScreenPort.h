@@ -32,8 +32,8 @@ private:
     PictureSink sink;
 };
 
-// Tells the view when a service's first packets play: texts and slides are taken from then on, also from a radio that starts with
-// a good signal.
+// Tells the view when a service begins to play: labels and slides are taken from then on, also from a radio that starts with a good
+// signal.
 class OnAirNotice final : public filters::StatusPort {
 public:
     void Join(HWND view) { window.store(view); }
@@ -43,6 +43,7 @@ public:
 
 private:
     std::atomic<HWND> window = nullptr;
+    std::atomic<bool> onAir = false;
 };
 
 // The picture as rows of 0x00RRGGBB, by ITU-R BT.601 with studio range. `pixels` has room for all of it.
