@@ -55,7 +55,12 @@ SDL_Renderer* MakeRenderer(SDL_Window* window) {
     if (renderer != nullptr && !chosen && IsPlayedByProcessor(renderer)) {
         SDL_DestroyRenderer(std::exchange(renderer, nullptr));
     }
-    return renderer != nullptr ? renderer : SDL_CreateRenderer(window, -1, SDL_RENDERER_SOFTWARE);
+    if (renderer == nullptr) {
+        SDL_SetHint(SDL_HINT_FRAMEBUFFER_ACCELERATION,
+                    "0"); // else the window's surface would go through OpenGL all the same
+        renderer = SDL_CreateRenderer(window, -1, SDL_RENDERER_SOFTWARE);
+    }
+    return renderer;
 }
 
 // Rows of the screen that are not wholly transparent, as runs.
