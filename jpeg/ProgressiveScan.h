@@ -49,7 +49,7 @@ private:
 
     Frame frame;
     CoefficientStore& store;
-    bool keepsAll; // the size is not reduced: every coefficient has a place
+    bool keepsAll;                                 // the size is not reduced: every coefficient has a place
     std::array<std::uint8_t, kBlockSize> places{}; // of coefficient k in a stored block, kDiscard when not kept
     std::int64_t runVisits = 0;
 
