@@ -125,8 +125,10 @@ void ProgramTables::TakePmt(std::uint16_t pid, const wire::PsiSection& section) 
         return stream.type == wire::kStreamTypeSlPes || stream.type == wire::kStreamTypeH264 ||
                stream.type == wire::kStreamTypeAdtsAac;
     });
-    if (!plays)
+    if (!plays) {
+        foreign_ = true;
         return;
+    }
     mapPid_ = pid;
     objectSl_.reset();
     objectRounds_ = 0;

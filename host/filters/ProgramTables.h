@@ -52,6 +52,8 @@ public:
 
     // The first programme with picture or sound, once all of it is known.
     [[nodiscard]] const std::optional<Program>& Current() const { return program_; }
+    // There is a programme, but nothing in it that can be decoded here.
+    [[nodiscard]] bool IsForeign() const { return foreign_ && !map_; }
     // The tables last received, in the order in which a receiver needs them.
     [[nodiscard]] std::vector<TableSection> Sections() const;
     [[nodiscard]] std::uint64_t DamagedSections() const { return damaged_; }
@@ -78,6 +80,7 @@ private:
     std::map<std::uint16_t, wire::EsDescriptor> descriptors_; // by ES_ID
     std::optional<Program> program_;
     unsigned objectRounds_ = 0; // object descriptor sections since the map changed
+    bool foreign_ = false;      // a map without anything known has been met
     bool changed_ = false;
     std::uint64_t damaged_ = 0;
 };

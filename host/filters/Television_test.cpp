@@ -254,7 +254,7 @@ TEST_F(Television, LivePlaysAfterTheFirstRandomAccess) {
     EXPECT_TRUE(events.contains(EC_VIDEOFRAMEREADY));
     EXPECT_FALSE(events.contains(IDMB_EVENT_NO_SIGNAL));
     EXPECT_FALSE(events.contains(IDMB_EVENT_TIME_RESET));
-    EXPECT_EQ(world.status.States(), std::vector{ReceptionState::kPlaying});
+    EXPECT_EQ(world.status.States(), (std::vector{ReceptionState::kWaiting, ReceptionState::kPlaying}));
 }
 
 TEST_F(Television, NoSignalEveryHalfSecondAndItsReturn) {

@@ -1,5 +1,7 @@
-// What a script may see of the view beyond its screen.
+// What the program may see of the view beyond its screen.
 #pragma once
+
+#include <algorithm>
 
 #include "view/DMBView.h"
 
@@ -12,5 +14,16 @@ public:
         ChannelRecord record;
         const bool found = view.m_nCurChannel >= 0 && view.m_ChannelList.GetRecordAt(view.m_nCurChannel, record);
         return found ? record.kind : kSessionNone;
+    }
+    [[nodiscard]] static bool IsScanning(const CVelDMBView& view) { return view.m_bScanning != 0; }
+    [[nodiscard]] static int ChannelCount(const CVelDMBView& view) { return std::max<int>(view.m_nChannelCount, 0); }
+    // The position in the channel list of the service that stands at `place` (from 0) among those of a kind, or -1.
+    [[nodiscard]] static int PositionOf(const CVelDMBView& view, int kind, int place) {
+        ChannelRecord record;
+        for (int position = 0; view.m_ChannelList.GetRecordAt(position, record); ++position) {
+            if (record.kind == kind && place-- == 0)
+                return position;
+        }
+        return -1;
     }
 };
