@@ -20,6 +20,8 @@ constexpr const WCHAR* kProfileMount = WTEXT("\\Profile");
 
 // The broadcast to receive.
 std::unique_ptr<medmb::SourceProvider> OpenSource(const Options& options) {
+    if (options.noBroadcast)
+        return medmb::MakeSourceProvider({});
     if (!options.command.empty())
         return medmb::MakeSourceProvider(medmb::CommandSource(options.command, options.gain));
     std::string source = options.source;
