@@ -39,6 +39,8 @@ void Model::Open(const std::vector<Record>& channels, bool listFile, std::option
     title.clear();
     slots = {};
     recordStart = 0;
+    seenRssi = 0;
+    seenRssiValue = 0;
     fullInfo = {};
     mode = kStopped;
     toolsShown = true;

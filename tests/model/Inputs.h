@@ -58,7 +58,7 @@ struct Inputs {
 
     bool cardIn = true;
     std::uint64_t freeBytes = std::uint64_t{1} << 33;
-    bool profileLocked = false; // the settings file cannot be made
+    bool profileLocked = false; // no file can be made
     enum Slide { NoSlide, BadSlide, GoodSlide } slide = NoSlide;
 
     std::deque<Answer> answers;

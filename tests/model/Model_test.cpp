@@ -1,6 +1,7 @@
 // The randomised test: the module and the model do the same steps, and after each the same must have happened.
 //
 // DMB_MODEL_STEPS sets how many (100000 unless told), DMB_MODEL_SEED the beginning of the walk.
+#include <algorithm>
 #include <cstdlib>
 #include <deque>
 #include <iostream>
@@ -15,6 +16,7 @@ namespace {
 
 constexpr long kUsualSteps = 100000;
 constexpr std::size_t kShownSteps = 20;
+constexpr long kShownLines = 30;
 
 long Setting(const char* name, long usual) {
     const char* text = std::getenv(name);
@@ -36,6 +38,8 @@ public:
         model::Perform(model, step);
         model::Perform(world, step);
         const std::vector<std::string> log = world.TakeLog();
+        if (log.size() < model.log.size() && world.LogWasFull()) // the shell keeps the latest lines only
+            model.log.erase(model.log.begin(), model.log.end() - static_cast<long>(log.size()));
         const model::Snapshot seen = world.Look();
         const model::Snapshot wanted = model.Look();
         if (log != model.log || !(seen == wanted)) {
@@ -60,14 +64,19 @@ private:
         for (const std::string& line : differences)
             text += "  " + line + "\n";
         if (log != model.log) {
-            text += "wanted:\n";
-            for (const std::string& line : model.log)
-                text += "  " + line + "\n";
-            text += "got:\n";
-            for (const std::string& line : log)
-                text += "  " + line + "\n";
+            const auto [a, b] = std::mismatch(log.begin(), log.end(), model.log.begin(), model.log.end());
+            const long from = std::max<long>(0, a - log.begin() - kShownLines / 2);
+            text += "effects, from number " + std::to_string(from) + ", wanted:\n" + Lines(model.log, from) + "got:\n" +
+                    Lines(log, from);
         }
         ADD_FAILURE() << text;
+    }
+
+    static std::string Lines(const std::vector<std::string>& lines, long from) {
+        std::string text;
+        for (long i = from; i < std::min<long>(from + kShownLines, static_cast<long>(lines.size())); ++i)
+            text += "  " + lines[static_cast<std::size_t>(i)] + "\n";
+        return text;
     }
 
     const long seed;

@@ -87,6 +87,8 @@ void Model::RebuildList() {
         }
     }
     count = static_cast<int>(list.size());
+    if (in.profileLocked)
+        return; // the old file stays
     fileList = list;
     fileExists = true;
 }

@@ -148,11 +148,9 @@ void World::Apply(const Inputs& in) {
         pad->dlsText[pad->dlsLength++] = static_cast<BYTE>(c);
     }
     ce::FileFaults faults;
-    faults.only = in.profileLocked ? WTEXT("DMB.dat") : WTEXT("SDMMC");
     faults.refuseCreate = in.profileLocked;
     faults.cardAbsent = !in.cardIn;
-    if (!in.profileLocked)
-        faults.freeBytes = in.freeBytes;
+    faults.freeBytes = in.freeBytes;
     device.ce.files().SetFaults(faults);
     if (in.slide != slide || !slideWritten) {
         slide = in.slide;
@@ -360,6 +358,8 @@ void World::Theme() {
 
 std::vector<std::string> World::TakeLog() {
     std::vector<std::string> lines = device.shell.Log();
+    constexpr std::size_t kMostLines = 10000;
+    logWasFull = lines.size() >= kMostLines;
     device.shell.ClearLog();
     stage.log.Clear();
     std::erase_if(lines, [](const std::string& line) { return !IsPredicted(line); });

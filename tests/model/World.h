@@ -55,6 +55,8 @@ public:
 
     // What the last step did, as far as the model speaks of it.
     [[nodiscard]] std::vector<std::string> TakeLog();
+    // It did more than the shell's log can hold.
+    [[nodiscard]] bool LogWasFull() const { return logWasFull; }
     [[nodiscard]] Snapshot Look();
     // What is left over when no view is open: one line each. Filters that were lost by rule are let go.
     [[nodiscard]] std::vector<std::string> Leaks(int lostFilters, int lostStreams);
@@ -76,6 +78,7 @@ private:
     bool slideWritten = false;
     Inputs::Slide slide = Inputs::NoSlide;
     bool graphExists = true;
+    bool logWasFull = false;
 };
 
 } // namespace model
