@@ -8,7 +8,7 @@ namespace model {
 
 namespace {
 
-constexpr Place kInfoPlace = {10, 20, 60, 30};
+constexpr Place kInfoPlace = {1010, 20, 1060, 30};
 constexpr Place kLabelPlace = {10, 40, 60, 60};
 constexpr Place kSmallTogglePlace = {700, 400, 710, 410};
 constexpr int kToolIds[] = {20, 21, 22, 23};
