@@ -63,6 +63,8 @@ private:
     void Mount(const Options& options);
     void OnScreen();
     void ProtectLists();
+    // The card is full or gone: the recording ends as by the button, and a box says why.
+    void OnCaptureEnded(HRESULT reason);
 
     SessionPorts ports;
     std::atomic<bool> quitting = false;
@@ -76,6 +78,7 @@ private:
     std::unique_ptr<filters::WavTap> wav;
     std::unique_ptr<medmb::Tuner> tuner;
     std::unique_ptr<shell::Shell> shell;
+    HWND captureEnd = nullptr; // hears on the shell's thread what the filters say on theirs
 };
 
 // The programs, the module and the skin lie together: bin/, lib/, skin/.
