@@ -138,8 +138,8 @@ void Session::OnScreen() {
     scanning = view != nullptr && DMBViewPeer::IsScanning(static_cast<const CVelDMBView&>(*view));
     if (scanning && quitting)
         ProtectLists();
-    if (ports.screen)
-        ports.screen();
+    if (screenListener)
+        screenListener();
 }
 
 // The module cannot be told to give up a scan: it would store the half of it that it has.

@@ -31,8 +31,6 @@ struct SessionPorts {
     filters::SoundDevice* sound = nullptr;
     // The picture to be seen from now on, or none. The renderer's thread.
     std::function<void(std::shared_ptr<const filters::Picture>)> picture;
-    // Something on the screen changed. The shell's thread, also in the middle of a scan.
-    std::function<void()> screen;
 };
 
 class Session {
@@ -47,6 +45,9 @@ public:
     CVelPlayerView& OpenView();
     // Has the view save and go; false when it may not now.
     bool CloseView();
+
+    // Called when something on the screen changed, also in the middle of a scan.
+    void SetScreenListener(std::function<void()> listener) { screenListener = std::move(listener); }
 
     [[nodiscard]] shell::Shell& Shell() { return *shell; }
     [[nodiscard]] ce::Ce& System() { return ce; }
@@ -67,6 +68,7 @@ private:
     void OnCaptureEnded(HRESULT reason);
 
     SessionPorts ports;
+    std::function<void()> screenListener;
     std::atomic<bool> quitting = false;
     std::atomic<bool> scanning = false;
 

@@ -16,6 +16,8 @@ public:
         return found ? record.kind : kSessionNone;
     }
     [[nodiscard]] static bool IsScanning(const CVelDMBView& view) { return view.m_bScanning != 0; }
+    // Has a scan ever left a channel list, be it an empty one?
+    [[nodiscard]] static bool HasListFile(const CVelDMBView& view) { return view.m_nChannelCount >= 0; }
     [[nodiscard]] static int ChannelCount(const CVelDMBView& view) { return std::max<int>(view.m_nChannelCount, 0); }
     [[nodiscard]] static int CurrentChannel(const CVelDMBView& view) { return view.m_nCurChannel; }
     [[nodiscard]] static const ChannelList& Channels(const CVelDMBView& view) { return view.m_ChannelList; }

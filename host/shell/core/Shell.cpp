@@ -5,7 +5,24 @@
 #include "host/shell/core/BaseImpl.h"
 #include "host/shell/core/ShellCore.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace shell {
+
+namespace {
+
+// A pixel whose colours are multiplied with its alpha, without that.
+std::uint32_t Straight(std::uint32_t pixel) {
+    const std::uint32_t alpha = pixel >> 24;
+    if (alpha == 0 || alpha == 255) {
+        return pixel;
+    }
+    const auto divide = [alpha](std::uint32_t colour) { return std::min((colour * 255 + alpha / 2) / alpha, 255u); };
+    return alpha << 24 | divide(pixel >> 16 & 0xFF) << 16 | divide(pixel >> 8 & 0xFF) << 8 | divide(pixel & 0xFF);
+}
+
+} // namespace
 
 Shell::Shell(ce::Ce& ce, const Setup& setup)
     : core(std::make_unique<ShellCore>(ce, setup)), screen(std::make_unique<Surface>(kScreenWidth, kScreenHeight)) {}
@@ -143,6 +160,14 @@ void Shell::SetDebugMode(bool on) {
     core->document.SetDebugMode(on);
 }
 
+void Shell::SetVolume(int percent, bool muted) {
+    core->volume = std::clamp(percent, 0, 100);
+    core->muted = muted;
+    if (core->view) {
+        core->view->ForceMute(muted);
+    }
+}
+
 void Shell::SaveAll() {
     core->document.RequestSave();
     if (core->view) {
@@ -204,6 +229,19 @@ const std::uint32_t* Shell::Screen() {
     }
     core->windows.Compose(*screen, core->video);
     return screen->Row(0);
+}
+
+Shell::Layers Shell::ComposeLayers() {
+    core->windows.ComposeAround(*screen, core->video);
+    Layers layers;
+    layers.video = core->windows.VideoPlace(core->video);
+    layers.keepAspect = core->video.keepAspect;
+    const std::size_t count = static_cast<std::size_t>(kScreenWidth) * kScreenHeight;
+    layers.pixels.assign(screen->Row(0), screen->Row(0) + count);
+    if (layers.video) { // elsewhere everything is opaque
+        std::transform(layers.pixels.begin(), layers.pixels.end(), layers.pixels.begin(), Straight);
+    }
+    return layers;
 }
 
 bool Shell::Screenshot(const std::filesystem::path& file) {

@@ -141,6 +141,8 @@ public:
     std::vector<HWND> modalWindows; // last: in front
     bool closePending = false;
     bool quitting = false;
+    int volume = 100; // per cent
+    bool muted = false;
     HWND touched = nullptr; // where the touch that lasts began; its way and its end belong there too
     Finger finger;
     RECT smallPlace = {};    // where the small window is now

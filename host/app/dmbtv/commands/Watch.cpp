@@ -1,51 +1,18 @@
 // dmbtv [SOURCE]: television and radio, in a window or without one.
-#include <fstream>
-#include <iterator>
-#include <memory>
 #include <optional>
 
 #include <CLI/CLI.hpp>
 
 #include "host/app/dmbtv/Interrupts.h"
-#include "host/app/dmbtv/Script.h"
+#include "host/app/dmbtv/Player.h"
 #include "host/app/dmbtv/ScriptRunner.h"
-#include "host/app/dmbtv/Session.h"
 #include "host/app/dmbtv/commands/Command.h"
 
 namespace dmbtv {
 
 namespace {
 
-Script LoadScript(const std::filesystem::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    if (!in)
-        throw StartFailure(kExitNoInput, "cannot open the script " + file.string());
-    Script script = ReadScript({std::istreambuf_iterator<char>(in), {}});
-    if (!script.error.empty())
-        throw StartFailure(kExitUsage, file.string() + ": " + script.error);
-    return script;
-}
-
-// What the shell's thread does from the open view to the end.
-int Play(Session& session, const Options& options, const std::optional<Script>& script) {
-    session.OpenView();
-    session.Shell().RunUntilIdle();
-    int status = kExitDone;
-    if (script) {
-        if (const std::string failure = RunScript(session.Shell(), *script); !failure.empty() && !session.IsQuitting())
-            status = Fail(kExitFailed, options.script.string() + ": " + failure);
-    } else {
-        (void)session.System().loop().RunUntil([&session] { return session.IsQuitting(); });
-    }
-    session.Shell().RunUntilIdle();
-    if (!options.screenshot.empty() && !session.Shell().Screenshot(options.screenshot))
-        status = Fail(kExitFailed, "cannot write " + options.screenshot.string());
-    session.CloseView();
-    session.Shell().RunUntilIdle();
-    return status;
-}
-
-int WatchHeadless(const Options& options, const std::optional<Script>& script) {
+int PlayHeadless(const Options& options, const std::optional<Script>& script) {
     Session session(options, {});
     const Interrupts interrupts([&session] { session.RequestQuit(); });
     CancelUnanswered(session.Shell());
@@ -58,7 +25,7 @@ int Watch(const Options& options) {
         std::optional<Script> script;
         if (!options.script.empty())
             script = LoadScript(options.script);
-        return WatchHeadless(options, script);
+        return options.headless ? PlayHeadless(options, script) : PlayInWindow(options, script);
     } catch (const StartFailure& failure) {
         return Fail(failure.status, failure.what());
     }
