@@ -41,10 +41,21 @@ std::unique_ptr<medmb::SourceProvider> OpenSource(const Options& options) {
     return medmb::MakeSourceProvider(*spec);
 }
 
+// What there is beside the program's folder: the first name, else the second.
+std::filesystem::path FirstOf(const char* built, const char* installed) {
+    const std::filesystem::path base = std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
+    std::error_code error;
+    return std::filesystem::exists(base / built, error) ? base / built : base / installed;
+}
+
 } // namespace
 
-std::filesystem::path InstalledBase() {
-    return std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
+std::filesystem::path ModuleFile() {
+    return FirstOf("lib/libveldmb.so", "lib/dmbview/libveldmb.so");
+}
+
+std::filesystem::path SkinFolder() {
+    return FirstOf("skin", "share/dmbview/skin");
 }
 
 shell::Language LanguageOf(const Options& options) {
@@ -76,7 +87,7 @@ Session::Session(const Options& options, SessionPorts outside) : ports(std::move
                                            [](const std::string& line) { Log(LogLevel::Info, "tuner: " + line); });
     medmb::Tuner::Install(tuner.get());
     shell::Setup setup;
-    setup.skinFolder = InstalledBase() / "skin";
+    setup.skinFolder = SkinFolder();
     setup.language = LanguageOf(options);
     setup.debugMode = options.debugMode;
     try {
@@ -119,7 +130,7 @@ void Session::Mount(const Options& options) {
 }
 
 CVelPlayerView& Session::OpenView() {
-    if (const std::string reason = shell->LoadModule(InstalledBase() / "lib/libveldmb.so"); !reason.empty())
+    if (const std::string reason = shell->LoadModule(ModuleFile()); !reason.empty())
         throw StartFailure(kExitFailed, reason);
     CVelPlayerView* view = shell->OpenView(kViewClass);
     if (view == nullptr)

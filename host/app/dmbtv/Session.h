@@ -83,8 +83,10 @@ private:
     HWND captureEnd = nullptr; // hears on the shell's thread what the filters say on theirs
 };
 
-// The programs, the module and the skin lie together: bin/, lib/, skin/.
-[[nodiscard]] std::filesystem::path InstalledBase();
+// The module and the skin, by the place of the program: lib/ and skin/ beside bin/ as they are built, lib/dmbview/ and
+// share/dmbview/skin/ as they are installed.
+[[nodiscard]] std::filesystem::path ModuleFile();
+[[nodiscard]] std::filesystem::path SkinFolder();
 // By --lang, else by the locale.
 [[nodiscard]] shell::Language LanguageOf(const Options& options);
 
