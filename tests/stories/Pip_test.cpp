@@ -153,3 +153,42 @@ TEST_F(PipStory, NothingIsSelectedSoNothingBecomesSmall) {
     EXPECT_FALSE(device.shell.Document().IsMinimized());
     peer->CurChannel() = kNews;
 }
+
+// Going small asks for television, coming back for anything but radio: a file shows one face small and the other one full.
+TEST_F(PipStory, FacesFollowTwoDifferentTests) {
+    const auto faceOf = [this](UINT id, LONG left, LONG top) {
+        device.shell.Video().visible = false; // the picture under the buttons is not what is compared
+        InvalidateRect(view->GetSafeHwnd(), nullptr, FALSE);
+        Idle();
+        const std::uint32_t* screen = device.shell.Screen();
+        const RECT& rect = Element(id).GetRect();
+        std::vector<std::uint32_t> pixels;
+        for (LONG y = rect.top; y < rect.bottom; ++y)
+            pixels.insert(pixels.end(), screen + (top + y) * kScreenWidth + left + rect.left,
+                          screen + (top + y) * kScreenWidth + left + rect.right);
+        return pixels;
+    };
+    struct Faces {
+        std::vector<std::uint32_t> small, full;
+    };
+    const auto goThere = [&] {
+        peer->PipRect() = {100, 100, 420, 340};
+        EXPECT_TRUE(device.shell.Minimize());
+        view->EnableToggle(1);
+        Faces faces{faceOf(kElementToggleSmall, 100, 100), {}};
+        device.shell.Restore();
+        faces.full = faceOf(kElementToggleFull, 0, 0);
+        return faces;
+    };
+    const Faces television = goThere();
+    peer->PlayDMBFile(WTEXT("\\SDMMC Card\\DMB\\a.dmb"));
+    Idle();
+    ASSERT_EQ(peer->CurrentType(), kSessionFile);
+    const Faces file = goThere();
+    Tune(kMusic);
+    const Faces radio = goThere();
+    EXPECT_EQ(file.small, radio.small);
+    EXPECT_NE(file.small, television.small);
+    EXPECT_EQ(file.full, television.full);
+    EXPECT_NE(file.full, radio.full);
+}
