@@ -72,7 +72,11 @@ public:
     // A touch at a point of the screen.
     void Click(int x, int y);
     void TouchDown(int x, int y);
+    // Further points of the touch; dragging scrolls lists, makes the view small, moves and sizes the small window.
+    void TouchMove(int x, int y);
     void TouchUp(int x, int y);
+    // The wheel over a point of the screen; positive is away from the user.
+    void Wheel(int x, int y, int notches);
     // A key is let go; `repeat` is what its message says.
     void Key(UINT code, UINT repeat = 1);
 
@@ -150,7 +154,6 @@ private:
 
     std::unique_ptr<ShellCore> core;
     std::unique_ptr<Surface> screen;
-    HWND touched = nullptr; // the window that has the finger
 };
 
 } // namespace shell

@@ -16,6 +16,7 @@ int main(int argc, char** argv) {
     Request request;
     AddWatch(app, request);
     AddScan(app, request);
+    AddDemo(app, request);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -82,21 +82,36 @@ void Shell::TouchDown(int x, int y) {
     Touch(WM_LBUTTONDOWN, x, y);
 }
 
+void Shell::TouchMove(int x, int y) {
+    Touch(kTouchMoveMessage, x, y);
+}
+
 void Shell::TouchUp(int x, int y) {
     Touch(WM_LBUTTONUP, x, y);
 }
 
 void Shell::Touch(UINT message, int x, int y) {
-    // Where a finger came down it also goes up, wherever it has been in between.
-    const Window* window =
-        message == WM_LBUTTONUP ? core->windows.Find(std::exchange(touched, nullptr)) : core->windows.At({x, y});
-    if (message == WM_LBUTTONDOWN) {
-        touched = window ? window->handle : nullptr;
+    const bool begins = message == WM_LBUTTONDOWN;
+    const Window* window = begins ? core->windows.At({x, y}) : core->windows.Find(core->touched);
+    if (begins) {
+        core->touched = window ? window->handle : nullptr;
+    } else if (message == WM_LBUTTONUP) {
+        core->touched = nullptr;
     }
+    if (!window || !core->TakesInput(*window)) {
+        return;
+    }
+    const auto pack = [](LONG left, LONG top) { return static_cast<LPARAM>((top & 0xFFFF) << 16 | (left & 0xFFFF)); };
+    // A window that is moved by the finger would shift its own points, so a way is told in points of the screen.
+    core->ce.loop().Post(window->handle, message, 0,
+                         message == kTouchMoveMessage ? pack(x, y)
+                                                      : pack(x - window->place.left, y - window->place.top));
+}
+
+void Shell::Wheel(int x, int y, int notches) {
+    const Window* window = core->windows.At({x, y});
     if (window && core->TakesInput(*window)) {
-        const auto place =
-            static_cast<LPARAM>(((y - window->place.top) & 0xFFFF) << 16 | ((x - window->place.left) & 0xFFFF));
-        core->ce.loop().Post(window->handle, message, 0, place);
+        core->ce.loop().Post(window->handle, kWheelMessage, 0, notches);
     }
 }
 
