@@ -12,7 +12,7 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 OPTION = re.compile(r"(?<![\w-])--[a-z][a-z-]*[a-z]")
 SUBCOMMANDS = {
-    "dmbtv": ["scan", "list", "record", "play"],
+    "dmbtv": ["demo", "scan", "list", "record", "play"],
     "dmbhead": ["demo", "make", "parts"],
     "dmbprobe": ["info", "fic", "ts", "pad", "audio", "bsac", "play"],
 }

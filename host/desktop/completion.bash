@@ -5,7 +5,7 @@ _dmbtv() {
     cur=${COMP_WORDS[COMP_CWORD]}
     prev=${COMP_WORDS[COMP_CWORD - 1]}
     for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
-        case $word in scan | list | record | play) command=$word && break ;; esac
+        case $word in demo | scan | list | record | play) command=$word && break ;; esac
     done
     compopt -o filenames 2>/dev/null
     case $prev in
@@ -20,21 +20,21 @@ _dmbtv() {
         return
         ;;
     esac
-    local common="--help --headless --full-screen --once --script --audio-out --screenshot --keys --device-root --card --profile --lang --log-level --debug-mode"
+    local common="--help --headless --full-screen --once --script --transcript --audio-out --screenshot --keys --device-root --card --profile --lang --log-level --debug-mode"
     local source="--command --gain"
     if [[ $cur == -* ]]; then
         case $command in
         scan) word="$common $source --json" ;;
         list) word="$common --json" ;;
         record) word="$common $source --service --seconds --out" ;;
-        play) word=$common ;;
+        play) word="$common --window" ;;
         *) word="$common $source --version" ;;
         esac
         mapfile -t COMPREPLY < <(compgen -W "$word" -- "$cur")
         return
     fi
     mapfile -t COMPREPLY < <(compgen -f -- "$cur")
-    [ -n "$command" ] || mapfile -t -O ${#COMPREPLY[@]} COMPREPLY < <(compgen -W "scan list record play" -- "$cur")
+    [ -n "$command" ] || mapfile -t -O ${#COMPREPLY[@]} COMPREPLY < <(compgen -W "demo scan list record play" -- "$cur")
 }
 
 _dmbhead() {
