@@ -380,3 +380,40 @@ TEST_F(DialogStory, CancelledDebugDialogStoresNothing) {
     EXPECT_EQ(view->GetScanFrequency()[0], 1);
     EXPECT_EQ(view->GetSNRDebug(), 0u);
 }
+
+// ---- A skin without a background for the settings ----------------------------------------------------------------------
+
+namespace {
+// The product's skin, but for that picture.
+struct PlainSkin {
+    PlainSkin() {
+        std::filesystem::copy(harness::ProductSkin(), folder.path / "skin", std::filesystem::copy_options::recursive);
+        std::string text = harness::ReadFile(folder.path / "skin/VelDMBSettings.skin");
+        const std::size_t line = text.find("background ");
+        text.erase(line, text.find('\n', line) - line);
+        harness::WriteFile(folder.path / "skin/VelDMBSettings.skin", text);
+    }
+    harness::TemporaryFolder folder;
+};
+
+class PlainSkinStory : private PlainSkin, public Story {
+protected:
+    PlainSkinStory() : Story(folder.path / "skin") {}
+    void SetUp() override { Open(); }
+};
+} // namespace
+
+TEST_F(PlainSkinStory, SettingsWithoutABackgroundStoreNothing) {
+    view->SetRecordTime(2);
+    view->SetRatioOnOff(1);
+    device.ce.debug().Clear();
+    device.shell.DuringModal([this] {
+        EXPECT_EQ(device.ce.debug().Lines(), std::vector<WString>{WTEXT("DMBSettingDlg: no exist resources\n")});
+        device.shell.Press(3);
+    });
+    Command(kCmdSetting);
+    EXPECT_EQ(device.shell.ModalDepth(), 0) << "the user can leave it";
+    EXPECT_EQ(view->GetRecordTime(), 2u);
+    EXPECT_EQ(view->GetRatioOnOff(), 1u);
+    EXPECT_FALSE(std::filesystem::exists(device.Profile() / "DMB.dat"));
+}
