@@ -13,6 +13,9 @@
 
 namespace dmbtv {
 
+// To whoever wants to know: a recording ended by itself; the first parameter is the reason (HRESULT).
+inline constexpr UINT kCaptureEndedMessage = WM_USER + 310;
+
 class ScreenPort final : public filters::VideoPort {
 public:
     using PictureSink = std::function<void(std::shared_ptr<const filters::Picture>)>;
@@ -37,12 +40,15 @@ private:
 class OnAirNotice final : public filters::StatusPort {
 public:
     void Join(HWND view) { window.store(view); }
+    // Gets kCaptureEndedMessage with the reason when a recording ends by itself.
+    void JoinCaptureEnd(HWND listener) { captureEnd.store(listener); }
 
     void OnReception(filters::ReceptionState state) override;
     void OnCaptureFailed(HRESULT reason) override;
 
 private:
     std::atomic<HWND> window = nullptr;
+    std::atomic<HWND> captureEnd = nullptr;
     std::atomic<bool> onAir = false;
 };
 

@@ -16,6 +16,7 @@ int main(int argc, char** argv) {
     Request request;
     AddWatch(app, request);
     AddScan(app, request);
+    AddDemo(app, request);
     AddList(app, request);
     AddRecord(app, request);
     AddPlay(app, request);
