@@ -10,6 +10,7 @@
 #include "platform/velshell/VelPlayerView.h"
 
 #include "host/shell/core/BoxRecord.h"
+#include "host/shell/core/Reason.h"
 #include "host/shell/gdi/VideoPlane.h"
 #include "host/shell/skin/SkinDescription.h"
 #include "host/shell/skin/SkinError.h"
@@ -94,6 +95,14 @@ public:
     bool Minimize();
     void MoveSmall(const RECT& place);
     void Restore();
+    // The home screen comes to the front and the view is held behind it; the view comes back, also from its small form, and a
+    // closed one is opened again. False when nothing changes, or a modal window is up.
+    bool ShowHome();
+    bool ShowView();
+    // Told every view that is opened, before it begins, and null when it is gone.
+    void SetViewListener(std::function<void(CVelPlayerView*)> listener);
+    // Asked twice a second why the view shows no picture; the answer is shown over it.
+    void SetReasonSource(std::function<ReasonShown()> source);
     void SetDebugMode(bool on);
     // Asks every view to save at its next SaveProfile, and has it save.
     void SaveAll();

@@ -20,6 +20,7 @@ struct Window {
     GFactory* widgets = nullptr;
     RECT place = {}; // on the screen
     bool visible = false;
+    bool dims = false;                // what lies under it is darkened: it waits for an answer
     std::unique_ptr<Surface> surface; // as large as the window
     Region invalid;                   // in client coordinates
     bool painting = false;
@@ -49,6 +50,8 @@ public:
     void Compose(Surface& screen, const VideoPlane& video) const;
 
 private:
+    [[nodiscard]] bool IsCovered(const Window& window) const;
+
     std::vector<std::unique_ptr<Window>> windows; // lowest first
 };
 
