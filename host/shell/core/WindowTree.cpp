@@ -8,13 +8,16 @@ namespace shell {
 
 namespace {
 
-// Under a window that waits for an answer everything is at 40 percent of its light.
+// Under a window that waits for an answer everything is at 40 percent of its light; so is what shines through a hole.
 void Darken(Surface& screen) {
+    constexpr std::uint32_t kLight = 102; // of 256
     for (int y = 0; y < screen.Height(); ++y) {
         std::uint32_t* row = screen.Row(y);
         for (int x = 0; x < screen.Width(); ++x) {
             const std::uint32_t pixel = row[x];
-            row[x] = kOpaque | ((pixel & 0xFF00FF) * 102 >> 8 & 0xFF00FF) | ((pixel & 0x00FF00) * 102 >> 8 & 0x00FF00);
+            const std::uint32_t clear = (255 - (pixel >> 24)) * kLight >> 8;
+            row[x] = (255 - clear) << 24 | ((pixel & 0xFF00FF) * kLight >> 8 & 0xFF00FF) |
+                     ((pixel & 0x00FF00) * kLight >> 8 & 0x00FF00);
         }
     }
 }
@@ -87,7 +90,8 @@ Window* WindowTree::NextToPaint() {
     return next == windows.end() ? nullptr : next->get();
 }
 
-void WindowTree::Compose(Surface& screen, const VideoPlane& video) const {
+void WindowTree::ComposeWith(Surface& screen, const VideoPlane& video,
+                             const std::function<void(const RECT&)>& under) const {
     for (int y = 0; y < screen.Height(); ++y) {
         std::fill(screen.Row(y), screen.Row(y) + screen.Width(), kOpaque);
     }
@@ -104,7 +108,7 @@ void WindowTree::Compose(Surface& screen, const VideoPlane& video) const {
         if (window->kind == WindowKind::View) {
             FrameSmall(screen, window->place);
             if (video.visible) {
-                video.Paint(screen, window->place);
+                under(window->place);
             }
         }
         DrawOver(screen, *window->surface, window->place.left, window->place.top);
@@ -119,6 +123,32 @@ bool WindowTree::IsCovered(const Window& window) const {
     const auto self = std::find_if(windows.begin(), windows.end(), [&](const auto& w) { return w.get() == &window; });
     return std::any_of(self + 1, windows.end(),
                        [](const auto& w) { return w->visible && w->kind == WindowKind::Dialog; });
+}
+
+void WindowTree::Compose(Surface& screen, const VideoPlane& video) const {
+    ComposeWith(screen, video, [&](const RECT& place) { video.Paint(screen, place); });
+}
+
+void WindowTree::ComposeAround(Surface& screen, const VideoPlane& video) const {
+    ComposeWith(screen, video, [&screen](const RECT& place) {
+        const RECT bounds = screen.Bounds();
+        RECT hole;
+        if (!IntersectRect(&hole, &place, &bounds)) {
+            return;
+        }
+        for (int y = hole.top; y < hole.bottom; ++y) {
+            std::fill(screen.Row(y) + hole.left, screen.Row(y) + hole.right, 0u);
+        }
+    });
+}
+
+std::optional<RECT> WindowTree::VideoPlace(const VideoPlane& video) const {
+    for (const auto& window : windows) {
+        if (window->kind == WindowKind::View && window->visible && video.visible) {
+            return window->place;
+        }
+    }
+    return std::nullopt;
 }
 
 } // namespace shell
