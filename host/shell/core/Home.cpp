@@ -28,8 +28,7 @@ bool ShellCore::ShowView() {
         return false;
     }
     if (!view) {
-        const GRuntimeClass* known = classes.Find(lastClass.c_str());
-        return known && OpenView(*known);
+        return lastClass && OpenView(*lastClass);
     }
     if (document.IsMinimized()) {
         Restore();

@@ -37,7 +37,11 @@ std::string Shell::LoadModule(const std::filesystem::path& file) {
 
 bool Shell::UnloadModule(const std::filesystem::path& file) {
     core->CloseView();
-    return !core->view && core->modules.Unload(file);
+    if (core->view || !core->modules.Unload(file)) {
+        return false;
+    }
+    core->lastClass = nullptr; // it may have been the module's
+    return true;
 }
 
 CVelPlayerView* Shell::OpenView(const char* className) {

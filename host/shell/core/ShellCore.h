@@ -151,8 +151,8 @@ public:
     CVelPlayerView* view = nullptr;
     std::vector<HWND> modalWindows; // last: in front
     bool closePending = false;
-    bool homeInFront = false; // the view is held behind the home screen
-    std::string lastClass;    // of the view that was opened last
+    bool homeInFront = false;                 // the view is held behind the home screen
+    const GRuntimeClass* lastClass = nullptr; // of the view that was opened last, while its module is there
     WString lastTitle;
     std::function<ReasonShown()> reasonSource;
     ReasonShown reason;

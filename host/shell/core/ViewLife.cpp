@@ -16,7 +16,7 @@ CVelPlayerView* ShellCore::OpenView(const GRuntimeClass& runtimeClass) {
     auto* opened = static_cast<CVelPlayerView*>(object.get());
     VelShellAccess::ChooseTexts(*opened);
     log.Note(std::string("open ") + runtimeClass.className);
-    lastClass = runtimeClass.className;
+    lastClass = &runtimeClass;
     view = opened;
     const Window* window = CreateWindowFor(*opened, *opened, WindowKind::View, kScreen, "view");
     if (!window) {
