@@ -68,6 +68,17 @@ void TelevisionRecording(ScreenStory& story) {
     story.Take();
 }
 
+// The larger of the two small sizes, which is wide enough for the long text.
+void LargerSmallNoSignal(ScreenStory& story) {
+    story.WatchTelevision();
+    story.device.shell.Minimize();
+    story.device.shell.MoveSmall({312, 112, 792, 472});
+    story.LoseSignal();
+    story.device.shell.MoveSmall({311, 112, 791, 472});
+    story.Idle();
+    story.Take();
+}
+
 void SmallRecording(ScreenStory& story) {
     story.WatchTelevision();
     story.Command(kCmdRecord);
@@ -301,6 +312,7 @@ const std::vector<Scene>& Scenes() {
         {"small-television", SmallTelevision},
         {"small-radio", SmallRadio},
         {"small-no-signal", SmallNoSignal},
+        {"small-larger-no-signal", LargerSmallNoSignal},
         {"small-recording", SmallRecording},
         {"reason-source", TelevisionReason<shell::Reason::Source>},
         {"reason-sync", TelevisionReason<shell::Reason::Sync>},
