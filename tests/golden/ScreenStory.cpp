@@ -1,6 +1,6 @@
 #include "tests/golden/Scenes.h"
 
-#include <cstring>
+#include <chrono>
 
 #include "dataservice/PadInfo.h"
 #include "host/ce/Text.h"
@@ -88,13 +88,16 @@ void ScreenStory::PutRecordings() {
     const struct {
         const char* name;
         std::size_t bytes;
-    } files[] = {{"한빛 TV_260501193000.dmb", 1200000},
-                 {"푸른바다 TV_260502080000.dmb", 52000000},
-                 {"한빛 TV_260504210000.dmb", 400000}};
+        int daysAgo;
+    } files[] = {{"한빛 TV_260502193000.dmb", 1200000, 3},
+                 {"푸른바다 TV_260503193000.dmb", 52000000, 2},
+                 {"한빛 TV_260504193000.dmb", 400000, 1}};
     for (const auto& file : files) {
         const std::filesystem::path path = device.Card() / "DMB" / file.name;
         harness::WriteFile(path, "");
         std::filesystem::resize_file(path, file.bytes);
+        const auto written = std::chrono::sys_seconds(std::chrono::seconds(kEvening)) - std::chrono::days(file.daysAgo);
+        std::filesystem::last_write_time(path, std::chrono::file_clock::from_sys(written));
     }
 }
 
