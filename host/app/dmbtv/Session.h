@@ -10,6 +10,7 @@
 #include <stdexcept>
 
 #include "host/app/dmbtv/Options.h"
+#include "host/app/dmbtv/PictureReason.h"
 #include "host/app/dmbtv/ScreenPort.h"
 #include "host/ce/Ce.h"
 #include "host/dshow/ClassTable.h"
@@ -63,6 +64,7 @@ public:
 private:
     void Mount(const Options& options);
     void OnScreen();
+    [[nodiscard]] ReceptionLook Look() const;
     void ProtectLists();
     // The card is full or gone: the recording ends as by the button, and a box says why.
     void OnCaptureEnded(HRESULT reason);
