@@ -17,7 +17,10 @@ namespace filters {
 enum class UnitLayout : std::uint8_t {
     kSyncLayer, // SL packets
     kPlain,     // the PES payload is the unit, or several
-    kAdts,      // frames with ADTS headers, anyhow
+    // Frames of sound lie anyhow:
+    kAdts,      // with ADTS headers
+    kLatm,      // in LATM with its synchronisation layer
+    kMpegAudio, // of MPEG audio
 };
 
 template <class Format> struct ProgramStream {
@@ -32,7 +35,7 @@ struct Program {
     std::uint16_t number = 0;
     std::uint16_t clockPid = 0x1FFF;
     std::optional<ProgramStream<VideoFormat>> video;
-    // With ADTS the format stays empty: the frames tell it.
+    // Where frames lie anyhow the format stays empty: they tell it.
     std::optional<ProgramStream<AudioFormat>> audio;
     bool operator==(const Program&) const = default;
 };

@@ -29,7 +29,8 @@ struct Options {
     bool headless = false;
     bool fullScreen = false;
     bool debugMode = false;
-    bool once = false; // files end at their end instead of starting over
+    bool once = false;        // files end at their end instead of starting over
+    bool noBroadcast = false; // nothing is received: the command needs no source
 };
 
 // SOURCE and how to get it.

@@ -19,6 +19,10 @@ public:
     // Has a scan ever left a channel list, be it an empty one?
     [[nodiscard]] static bool HasListFile(const CVelDMBView& view) { return view.m_nChannelCount >= 0; }
     [[nodiscard]] static int ChannelCount(const CVelDMBView& view) { return std::max<int>(view.m_nChannelCount, 0); }
+    [[nodiscard]] static int CurrentChannel(const CVelDMBView& view) { return view.m_nCurChannel; }
+    [[nodiscard]] static const ChannelList& Channels(const CVelDMBView& view) { return view.m_ChannelList; }
+    // The record-time setting, for one recording: nothing is stored.
+    [[nodiscard]] static LONG& RecordTime(CVelDMBView& view) { return view.m_uRecordTime; }
     // The position in the channel list of the service that stands at `place` (from 0) among those of a kind, or -1.
     [[nodiscard]] static int PositionOf(const CVelDMBView& view, int kind, int place) {
         ChannelRecord record;

@@ -16,6 +16,9 @@ int main(int argc, char** argv) {
     Request request;
     AddWatch(app, request);
     AddScan(app, request);
+    AddList(app, request);
+    AddRecord(app, request);
+    AddPlay(app, request);
     AddDemo(app, request);
     try {
         app.parse(argc, argv);

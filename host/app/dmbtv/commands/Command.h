@@ -19,5 +19,8 @@ struct Request {
 void AddWatch(CLI::App& app, Request& request);
 void AddDemo(CLI::App& app, Request& request);
 void AddScan(CLI::App& app, Request& request);
+void AddList(CLI::App& app, Request& request);
+void AddRecord(CLI::App& app, Request& request);
+void AddPlay(CLI::App& app, Request& request);
 
 } // namespace dmbtv
