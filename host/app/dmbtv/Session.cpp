@@ -82,7 +82,8 @@ Session::Session(const Options& options, SessionPorts outside) : ports(std::move
         if (!wav->Ok())
             throw StartFailure(kExitFailed, "cannot write " + options.audioOut.string());
     }
-    filters::Register(classes, clock, {ports.sound, wav.get(), &screen, &onAir});
+    filters::SoundTap* tap = wav ? wav.get() : ports.tap;
+    filters::Register(classes, clock, {ports.sound, tap, &screen, &onAir});
     tuner = std::make_unique<medmb::Tuner>(clock, medmb::Broadcast::Instance(), std::move(source),
                                            [](const std::string& line) { Log(LogLevel::Info, "tuner: " + line); });
     medmb::Tuner::Install(tuner.get());

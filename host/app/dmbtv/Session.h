@@ -30,6 +30,7 @@ public:
 // The world outside. Every port may be left empty; what is set outlives the session.
 struct SessionPorts {
     filters::SoundDevice* sound = nullptr;
+    filters::SoundTap* tap = nullptr; // hears what is played, unless --audio-out does
     // The picture to be seen from now on, or none. The renderer's thread.
     std::function<void(std::shared_ptr<const filters::Picture>)> picture;
 };
