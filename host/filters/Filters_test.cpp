@@ -11,8 +11,12 @@
 #include "host/filters/VideoRenderer.h"
 
 #include "host/headend/LayerTwoEncoder.h"
+#include "host/headend/Melody.h"
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <tuple>
 
 using namespace filters;
 using namespace filters_test;
@@ -133,6 +137,79 @@ TEST(VideoDecoderFilter, BeginsAtARandomAccessAndGoesOnWhenNobodyTakesThePicture
     Part(*out.Get(), *sink->pin);
 }
 
+// Another size in the middle of the stream, told by its parameter sets alone.
+TEST(VideoDecoderFilter, FollowsAnotherSizeInBand) {
+    const Units large(MakeService({.seconds = 1, .width = 320, .height = 240}).packets);
+    const auto source = Make<ScriptedSource<PictureUnit>>(kH264);
+    const auto sink = Make<ScriptedSink<PictureSample>>(kI420);
+    const auto filter = Make<VideoDecoderFilter>();
+    const auto in = PinOf(*filter.Get(), kInPin);
+    const auto out = PinOf(*filter.Get(), kOutPin);
+    Join(*source->pin, *in.Get());
+    Join(*out.Get(), *sink->pin);
+    (void)filter->Pause();
+    const std::size_t before = ServiceUnits().video.size();
+    for (const auto* units : {&ServiceUnits().video, &large.video, &ServiceUnits().video})
+        for (const PictureUnit& unit : *units)
+            EXPECT_EQ(source->pin->Deliver(unit), S_OK);
+    ASSERT_EQ(sink->samples.size(), 2 * before + large.video.size());
+    EXPECT_EQ(sink->samples[before - 1]->width, 160);
+    EXPECT_EQ(sink->samples[before]->width, 320);
+    EXPECT_EQ(sink->samples[before]->i420.size(), 320u * 240 * 3 / 2);
+    EXPECT_EQ(sink->samples.back()->height, 120);
+    (void)filter->Stop();
+    Part(*source->pin, *in.Get());
+    Part(*out.Get(), *sink->pin);
+}
+
+// Layer II: two channels, then one at half the rate, then two again, with a damaged frame at a seam.
+TEST(SoundDecoderFilter, FollowsTheModeOfLayerTwo) {
+    const auto coded = [](int rate, int channels, int kbps) {
+        return headend::EncodeLayerTwo(
+            {.sampleRate = rate, .channels = channels, .kbps = kbps},
+            headend::RenderSound({.melody = "tone:440/660", .sampleRate = rate, .channels = channels}, 0, 1));
+    };
+    const auto source = Make<ScriptedSource<SoundUnit>>(kLayerTwo);
+    const auto sink = Make<ScriptedSink<SoundBlock>>(kPcm);
+    const auto filter = Make<SoundDecoderFilter>(CLSID_MP3Decoder, kSubtypeLayerTwo);
+    const auto in = PinOf(*filter.Get(), kInPin);
+    const auto out = PinOf(*filter.Get(), kOutPin);
+    Join(*source->pin, *in.Get());
+    Join(*out.Get(), *sink->pin);
+    (void)filter->Pause();
+    Ticks time = 0;
+    for (const auto& [rate, channels, kbps] : {std::tuple{48000, 2, 192}, {24000, 1, 64}, {48000, 2, 128}}) {
+        SoundUnit unit;
+        AudioFormat format;
+        format.codec = AudioCodec::kLayerTwo;
+        format.sampleRate = rate;
+        format.channels = channels;
+        format.samplesPerUnit = 1152;
+        unit.format = std::make_shared<const AudioFormat>(format);
+        const auto frames = coded(rate, channels, kbps);
+        sink->samples.clear();
+        for (std::size_t i = 0; i < 12; ++i) {
+            unit.unit.time = time;
+            unit.unit.bytes = i == 5 ? Bytes{} : frames[i];
+            EXPECT_EQ(source->pin->Deliver(unit), S_OK);
+            time += format.UnitTicks();
+        }
+        ASSERT_EQ(sink->samples.size(), 12u);
+        for (const SoundBlock& block : sink->samples) {
+            EXPECT_EQ(block.sampleRate, rate);
+            EXPECT_EQ(block.channels, channels);
+            EXPECT_EQ(block.samples.size(), 1152u * static_cast<unsigned>(channels));
+        }
+        EXPECT_TRUE(sink->samples[5].concealed);
+        EXPECT_EQ(sink->samples[5].samples.back(), 0);
+        EXPECT_FALSE(sink->samples[11].concealed);
+        EXPECT_TRUE(std::ranges::any_of(sink->samples[11].samples, [](std::int16_t s) { return std::abs(s) > 3000; }));
+    }
+    (void)filter->Stop();
+    Part(*source->pin, *in.Get());
+    Part(*out.Get(), *sink->pin);
+}
+
 TEST(SoundDecoderFilter, FollowsTheFormatOfItsUnits) {
     const auto source = Make<ScriptedSource<SoundUnit>>(kCoded);
     const auto sink = Make<ScriptedSink<SoundBlock>>(kPcm);
@@ -174,6 +251,88 @@ TEST(AudioRenderer, CompletesWhenTheLastSoundWasHeard) {
     EXPECT_EQ(source->pin->Deliver(Block(0)), S_FALSE) << "stopped";
     Part(*source->pin, *in.Get());
     (void)graph->graph->RemoveFilter(filter.Get());
+}
+
+// A card of its own thread, a portion of 10 ms at a time.
+TEST(AudioRenderer, PlaysThroughADevice) {
+    class Card final : public SoundDevice {
+    public:
+        explicit Card(ce::Clock& clock) : clock_(clock), wake_(clock) {}
+        bool Start(SoundSource& source) override {
+            ++starts;
+            quit_ = false;
+            thread_ = clock_.StartWorker([this, &source] {
+                std::vector<std::int16_t> portion(960);
+                for (ce::Millis next = clock_.Now(); !quit_; next += 10) {
+                    source.Pull(portion);
+                    played += portion.size();
+                    (void)wake_.Wait(next + 10);
+                }
+            });
+            return true;
+        }
+        void Stop() override {
+            ++stops;
+            quit_ = true;
+            wake_.Raise();
+            thread_.join();
+        }
+        [[nodiscard]] int LatencyMs() const override { return 40; }
+        std::atomic<int> starts{0};
+        std::atomic<int> stops{0};
+        std::atomic<std::size_t> played{0};
+
+    private:
+        ce::Clock& clock_;
+        ce::Signal wake_;
+        std::thread thread_;
+        std::atomic<bool> quit_{false};
+    };
+    World<ce::ManualClock> world;
+    Card card(world.clock);
+    const auto source = Make<ScriptedSource<SoundBlock>>(kPcm);
+    const auto filter = Make<AudioRenderer>(world.clock, Outputs{&card, &world.tap, nullptr, nullptr});
+    const auto in = PinOf(*filter.Get(), kAudioRendererPin);
+    Join(*source->pin, *in.Get());
+    for (int round = 1; round <= 2; ++round) {
+        (void)filter->Pause();
+        (void)filter->Run(0);
+        for (int i = 0; i < 40; ++i)
+            EXPECT_EQ(source->pin->Deliver(Block(i * 1920)), S_OK);
+        world.clock.Sleep(600);
+        Ticks now = 0;
+        ASSERT_EQ(filter->Sound().StreamTime(now), ClockState::kRunning);
+        EXPECT_NEAR(static_cast<double>(now) / kTicksPerMs, 600 - 40, 12)
+            << "what is heard is what was pulled 40 ms ago";
+        (void)filter->Stop();
+        EXPECT_EQ(card.starts, round);
+        EXPECT_EQ(card.stops, round);
+    }
+    EXPECT_EQ(card.played, world.tap.Samples().size());
+    Part(*source->pin, *in.Get());
+}
+
+TEST(AudioRenderer, KeepsTimeWhenThereIsNoDevice) {
+    struct NoCard final : SoundDevice {
+        bool Start(SoundSource&) override { return false; }
+        void Stop() override { ADD_FAILURE() << "it never started"; }
+        [[nodiscard]] int LatencyMs() const override { return 500; }
+    } card;
+    World<ce::ManualClock> world;
+    const auto source = Make<ScriptedSource<SoundBlock>>(kPcm);
+    const auto filter = Make<AudioRenderer>(world.clock, Outputs{&card, &world.tap, nullptr, nullptr});
+    const auto in = PinOf(*filter.Get(), kAudioRendererPin);
+    Join(*source->pin, *in.Get());
+    (void)filter->Pause();
+    (void)filter->Run(0);
+    for (int i = 0; i < 40; ++i)
+        EXPECT_EQ(source->pin->Deliver(Block(i * 1920)), S_OK);
+    world.clock.Sleep(500);
+    Ticks now = 0;
+    ASSERT_EQ(filter->Sound().StreamTime(now), ClockState::kRunning);
+    EXPECT_NEAR(static_cast<double>(now) / kTicksPerMs, 500, 12);
+    (void)filter->Stop();
+    Part(*source->pin, *in.Get());
 }
 
 // A card that stops pulling: time goes on without it.
