@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+#include "host/wire/Bytes.h"
+
 namespace wire {
 
 // Class tags, 14496-1 7.2.2.1.
@@ -46,14 +48,6 @@ inline void Put16(std::vector<std::uint8_t>& out, unsigned value) {
 inline void Put32(std::vector<std::uint8_t>& out, std::uint32_t value) {
     Put16(out, value >> 16);
     Put16(out, value & 0xFFFF);
-}
-
-[[nodiscard]] inline unsigned Get16(std::span<const std::uint8_t> at) {
-    return static_cast<unsigned>(at[0]) << 8 | at[1];
-}
-
-[[nodiscard]] inline std::uint32_t Get32(std::span<const std::uint8_t> at) {
-    return static_cast<std::uint32_t>(Get16(at)) << 16 | Get16(at.subspan(2));
 }
 
 inline void Append(std::vector<std::uint8_t>& out, std::span<const std::uint8_t> bytes) {
@@ -143,13 +137,13 @@ struct SlConfig {
         config.useTimeStamps = (flags & 0x04) != 0;
         config.useIdle = (flags & 0x02) != 0;
         config.hasDuration = (flags & 0x01) != 0;
-        config.timeStampResolution = detail::Get32(body.subspan(2));
-        config.ocrResolution = detail::Get32(body.subspan(6));
+        config.timeStampResolution = Get32(body, 2);
+        config.ocrResolution = Get32(body, 6);
         config.timeStampLength = body[10];
         config.ocrLength = body[11];
         config.accessUnitLengthLength = body[12];
         config.instantBitrateLength = body[13];
-        const unsigned lengths = detail::Get16(body.subspan(14));
+        const unsigned lengths = Get16(body, 14);
         config.degradationPriorityLength = lengths >> 12;
         config.accessUnitSequenceLength = lengths >> 7 & 0x1F;
         config.packetSequenceLength = lengths >> 2 & 0x1F;
@@ -160,9 +154,9 @@ struct SlConfig {
         if (config.hasDuration) {
             if (body.size() < 24)
                 return std::nullopt;
-            config.timeScale = detail::Get32(body.subspan(16));
-            config.accessUnitDuration = static_cast<std::uint16_t>(detail::Get16(body.subspan(20)));
-            config.compositionUnitDuration = static_cast<std::uint16_t>(detail::Get16(body.subspan(22)));
+            config.timeScale = Get32(body, 16);
+            config.accessUnitDuration = static_cast<std::uint16_t>(Get16(body, 20));
+            config.compositionUnitDuration = static_cast<std::uint16_t>(Get16(body, 22));
         }
         return config;
     }
@@ -210,9 +204,9 @@ struct DecoderConfig {
         config.objectType = body[0];
         config.streamType = body[1] >> 2;
         config.upStream = (body[1] & 2) != 0;
-        config.bufferSize = detail::Get32(body.subspan(1)) & 0xFF'FFFF;
-        config.maxBitrate = detail::Get32(body.subspan(5));
-        config.averageBitrate = detail::Get32(body.subspan(9));
+        config.bufferSize = Get32(body, 1) & 0xFF'FFFF;
+        config.maxBitrate = Get32(body, 5);
+        config.averageBitrate = Get32(body, 9);
         std::span<const std::uint8_t> rest = body.subspan(13);
         while (!rest.empty()) {
             const auto inner = Mp4Descriptor::Take(rest);
@@ -254,7 +248,7 @@ struct EsDescriptor {
         if (body.size() < 3)
             return std::nullopt;
         EsDescriptor es;
-        es.esId = static_cast<std::uint16_t>(detail::Get16(body));
+        es.esId = static_cast<std::uint16_t>(Get16(body, 0));
         const std::uint8_t flags = body[2];
         es.priority = flags & 0x1F;
         std::span<const std::uint8_t> rest = body.subspan(3);
@@ -310,7 +304,7 @@ private:
     [[nodiscard]] static bool Take16(std::span<const std::uint8_t>& rest, std::optional<std::uint16_t>& value) {
         if (rest.size() < 2)
             return false;
-        value = static_cast<std::uint16_t>(detail::Get16(rest));
+        value = static_cast<std::uint16_t>(Get16(rest, 0));
         rest = rest.subspan(2);
         return true;
     }
@@ -353,7 +347,7 @@ struct ObjectDescriptor {
     [[nodiscard]] static std::optional<ObjectDescriptor> Parse(std::span<const std::uint8_t> body) {
         if (body.size() < 2)
             return std::nullopt;
-        const unsigned head = detail::Get16(body);
+        const unsigned head = Get16(body, 0);
         ObjectDescriptor object;
         object.id = static_cast<std::uint16_t>(head >> 6);
         std::span<const std::uint8_t> rest = body.subspan(2);
@@ -452,7 +446,7 @@ struct IodDescriptor {
         const auto inner = Mp4Descriptor::Take(rest);
         if (!inner || inner->tag != kTagInitialObjectDescriptor || inner->body.size() < 7)
             return std::nullopt;
-        const unsigned head = detail::Get16(inner->body);
+        const unsigned head = Get16(inner->body, 0);
         if ((head & 0x20) != 0)
             return std::nullopt;
         iod.id = static_cast<std::uint16_t>(head >> 6);
