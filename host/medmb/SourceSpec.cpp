@@ -130,11 +130,7 @@ private:
 
     std::unique_ptr<FrameSource> OpenCommand(int hz, Purpose purpose, Cancellation& cancellation,
                                              std::string& reason) const {
-        std::string text = spec.command;
-        for (const CommandEntry& entry : kCommands)
-            if (text == entry.name)
-                text = entry.command;
-        auto input = std::make_unique<CommandInput>(ExpandCommand(text, hz, spec.gain), spec.snrMarker,
+        auto input = std::make_unique<CommandInput>(ExpandCommand(spec.command, hz, spec.gain), spec.snrMarker,
                                                     purpose == Purpose::Play, cancellation);
         if (!input->Start()) {
             reason = input->Reason();
@@ -191,7 +187,17 @@ SourceSpec CommandSource(const std::string& command, const std::string& gain) {
     SourceSpec spec;
     spec.kind = SourceKind::Command;
     spec.command = command;
+    for (const CommandEntry& entry : kCommands)
+        if (command == entry.name)
+            spec.command = entry.command;
     spec.gain = gain;
+    constexpr std::string_view kOpening = "{snr:";
+    const std::size_t from = spec.command.find(kOpening);
+    const std::size_t to = from == std::string::npos ? from : spec.command.find('}', from);
+    if (to != std::string::npos) {
+        spec.snrMarker = spec.command.substr(from + kOpening.size(), to - from - kOpening.size());
+        spec.command.erase(from, to + 1 - from);
+    }
     return spec;
 }
 
