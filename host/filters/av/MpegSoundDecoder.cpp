@@ -1,4 +1,4 @@
-#include "host/filters/av/AacDecoder.h"
+#include "host/filters/av/MpegSoundDecoder.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -11,7 +11,7 @@ extern "C" {
 
 namespace filters {
 
-struct AacDecoder::State {
+struct MpegSoundDecoder::State {
     AVCodecContext* context = nullptr;
     AVPacket* packet = av_packet_alloc();
     AVFrame* frame = av_frame_alloc();
@@ -20,8 +20,8 @@ struct AacDecoder::State {
     int mixedRate = 0;
     bool ready = false;
 
-    explicit State(ByteSpan configuration) {
-        const AVCodec* decoder = avcodec_find_decoder(AV_CODEC_ID_AAC);
+    State(Kind kind, ByteSpan configuration) {
+        const AVCodec* decoder = avcodec_find_decoder(kind == Kind::kAac ? AV_CODEC_ID_AAC : AV_CODEC_ID_MP3);
         context = decoder == nullptr ? nullptr : avcodec_alloc_context3(decoder);
         if (context == nullptr || packet == nullptr || frame == nullptr)
             return;
@@ -43,7 +43,7 @@ struct AacDecoder::State {
     State& operator=(const State&) = delete;
 
     // To 16 bits and at most two channels; the rate stays.
-    bool Mix(AacSamples& samples) {
+    bool Mix(MpegSamples& samples) {
         const int channels = frame->ch_layout.nb_channels;
         if (mixer == nullptr || channels != mixedChannels || frame->sample_rate != mixedRate) {
             swr_free(&mixer);
@@ -67,15 +67,16 @@ struct AacDecoder::State {
     }
 };
 
-AacDecoder::AacDecoder(ByteSpan configuration) : state_(std::make_unique<State>(configuration)) {}
+MpegSoundDecoder::MpegSoundDecoder(Kind kind, ByteSpan configuration)
+    : state_(std::make_unique<State>(kind, configuration)) {}
 
-AacDecoder::~AacDecoder() = default;
+MpegSoundDecoder::~MpegSoundDecoder() = default;
 
-bool AacDecoder::IsReady() const {
+bool MpegSoundDecoder::IsReady() const {
     return state_->ready;
 }
 
-bool AacDecoder::Decode(ByteSpan block, AacSamples& samples) {
+bool MpegSoundDecoder::Decode(ByteSpan block, MpegSamples& samples) {
     if (!state_->ready || block.empty() || av_new_packet(state_->packet, static_cast<int>(block.size())) != 0)
         return false;
     std::memcpy(state_->packet->data, block.data(), block.size());
@@ -88,7 +89,7 @@ bool AacDecoder::Decode(ByteSpan block, AacSamples& samples) {
     return mixed;
 }
 
-void AacDecoder::Flush() {
+void MpegSoundDecoder::Flush() {
     if (state_->ready)
         avcodec_flush_buffers(state_->context);
 }
