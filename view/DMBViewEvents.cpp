@@ -35,7 +35,8 @@ LRESULT CVelDMBView::OnMediaNotify(WPARAM, LPARAM) {
             break;
         case IDMB_EVENT_AUDIO_CHANGE:
             StopDMB();
-            if (m_pFilterControl != nullptr)
+            // The event may have waited while a scan closed its session; the controller then names filters that are gone.
+            if (m_pFilterControl != nullptr && GetLastType() == kSessionDMB)
                 m_pFilterControl->HandleAudioChange();
             RunDMB();
             break;
