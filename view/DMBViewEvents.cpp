@@ -35,8 +35,7 @@ LRESULT CVelDMBView::OnMediaNotify(WPARAM, LPARAM) {
             break;
         case IDMB_EVENT_AUDIO_CHANGE:
             StopDMB();
-            // The event may have waited while a scan closed its session; the controller then names filters that are gone.
-            if (m_pFilterControl != nullptr && GetLastType() == kSessionDMB)
+            if (m_pFilterControl != nullptr)
                 m_pFilterControl->HandleAudioChange();
             RunDMB();
             break;

@@ -184,6 +184,7 @@ private:
     void CloseTelevision();
     void CloseRadio();
     bool DeleteFilter(Kind kind);
+    void ForgetFilters();
     void HandleAudioChange();
     bool StartCapture();
     bool StopCapture();

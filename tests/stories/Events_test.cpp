@@ -182,6 +182,22 @@ TEST_F(EventStory, LabelOfImpossibleLengthIsBounded) {
     EXPECT_EQ(peer->Labels().size(), 1u);
 }
 
+// Found by the random walk: the label waits in the graph while a scan closes its session, and an audio change runs the graph again.
+TEST_F(EventStory, LabelWhoseSessionWasClosedMeanwhileIsNotRead) {
+    Tune(kMusic);
+    OnAir();
+    BYTE mask[kChannelTableRows] = {};
+    view->SetScanFrequency(mask);
+    Forget();
+    PostMessageW(view->GetSafeHwnd(), WM_COMMAND, kCmdScan, 0);
+    stage.Last(Kind::DABSource)->Report(IDMB_EVENT_AUDIO_CHANGE);
+    Report(Kind::DABSource, IDMB_EVENT_PAD);
+    EXPECT_EQ(stage.Alive(), 0);
+    EXPECT_EQ(view->GetPlayMode(), kPlayModePlaying); // of a graph without filters
+    EXPECT_EQ(Count("FetchPadInfo"), 0);
+    EXPECT_TRUE(peer->Labels().empty());
+}
+
 TEST_F(EventStory, MissingPadRecordIsNoLabel) {
     Tune(kMusic);
     OnAir();
