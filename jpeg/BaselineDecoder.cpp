@@ -101,8 +101,8 @@ void BaselineScan::DecodeInterleaved(const ComponentQuantisers& quantisers, Samp
             for (int row = 0; row < component.v; ++row) {
                 std::uint8_t* samples = rows.Row(index, row * side) + mcu * component.h * side;
                 for (int column = 0; column < component.h; ++column, samples += side) {
-                    const bool dcOnly = DecodeBlock<kReduction>(part, block);
-                    transform(block.values.data(), quantisers.Of(index), dcOnly, samples, rows.Stride(index));
+                    const int last = DecodeBlock<kReduction>(part, block);
+                    transform(block.values.data(), quantisers.Of(index), last, samples, rows.Stride(index));
                 }
             }
         }
@@ -124,8 +124,8 @@ void BaselineScan::DecodeSingle(int mcuLine, const ComponentQuantisers& quantise
         std::uint8_t* samples = rows.Row(index, line * side);
         for (int column = 0; column < columns; ++column, samples += side) {
             BeginMcu();
-            const bool dcOnly = DecodeBlock<kReduction>(part, block);
-            transform(block.values.data(), quantisers.Of(index), dcOnly, samples, rows.Stride(index));
+            const int last = DecodeBlock<kReduction>(part, block);
+            transform(block.values.data(), quantisers.Of(index), last, samples, rows.Stride(index));
         }
     }
 }
@@ -146,8 +146,8 @@ void BaselineScan::BeginMcu() {
     --untilRestart;
 }
 
-// Returns whether the block holds nothing but its first coefficient.
-template <int kReduction> bool BaselineScan::DecodeBlock(Part& part, Block& block) {
+// Returns the place of the last coefficient that may differ from 0, in zig-zag order.
+template <int kReduction> int BaselineScan::DecodeBlock(Part& part, Block& block) {
     reader.Prepare();
     if (!reader.Exhausted()) [[likely]] {
         return DecodeCodedBlock<kReduction>(part, block);
@@ -155,18 +155,18 @@ template <int kReduction> bool BaselineScan::DecodeBlock(Part& part, Block& bloc
     ZeroBlock& zeros = part.zeros;
     if (!zeros.known) {
         const int prediction = std::exchange(part.prediction, 0);
-        zeros.dcOnly = DecodeCodedBlock<kReduction>(part, zeros.block);
+        zeros.last = DecodeCodedBlock<kReduction>(part, zeros.block);
         zeros.difference = std::exchange(part.prediction, prediction);
         zeros.known = true;
     }
     std::memcpy(block.values.data(), zeros.block.values.data(), KeptCount(kReduction) * sizeof(std::int16_t));
     part.prediction = static_cast<std::int16_t>(part.prediction + zeros.difference);
     block.values[0] = static_cast<std::int16_t>(part.prediction);
-    return zeros.dcOnly;
+    return zeros.last;
 }
 
 // T.81 F.2.2.
-template <int kReduction> bool BaselineScan::DecodeCodedBlock(Part& part, Block& block) {
+template <int kReduction> int BaselineScan::DecodeCodedBlock(Part& part, Block& block) {
     constexpr const auto& places = kPlaceOf<kReduction>;
     std::int16_t* values = block.values.data();
     std::memset(values, 0, KeptCount(kReduction) * sizeof(std::int16_t));
@@ -198,7 +198,7 @@ template <int kReduction> bool BaselineScan::DecodeCodedBlock(Part& part, Block&
         part.skipTable->SkipBlock(bits, table, k);
     }
     reader.Resume(bits);
-    return k == 1 + kEndOfBlockStep;
+    return k > kEndOfBlockStep ? k - kEndOfBlockStep - 1 : kBlockSize - 1;
 }
 
 Status BaselineDecoder::AddScan(const MarkerReader& reader, std::span<const std::uint8_t> data, int reduction) {

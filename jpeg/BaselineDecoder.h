@@ -29,7 +29,7 @@ private:
     // A block read from nothing but zero bits. Once the data is used up every block of the component is this one.
     struct ZeroBlock {
         bool known = false;
-        bool dcOnly = false;
+        int last = 0;
         int difference = 0;
         Block block;
     };
@@ -44,8 +44,8 @@ private:
 
     template <int kReduction> void DecodeInterleaved(const ComponentQuantisers& quantisers, SampleRows& rows);
     template <int kReduction> void DecodeSingle(int mcuLine, const ComponentQuantisers& quantisers, SampleRows& rows);
-    template <int kReduction> bool DecodeBlock(Part& part, Block& block);
-    template <int kReduction> bool DecodeCodedBlock(Part& part, Block& block);
+    template <int kReduction> int DecodeBlock(Part& part, Block& block);
+    template <int kReduction> int DecodeCodedBlock(Part& part, Block& block);
     void BeginMcu();
 
     using LineFunction = void (BaselineScan::*)(int, const ComponentQuantisers&, SampleRows&);

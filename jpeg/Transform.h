@@ -42,9 +42,9 @@ struct Dequantiser {
 };
 [[nodiscard]] Dequantiser MakeDequantiser(const QuantTable& table, int reduction);
 
-// Writes KeptSide(reduction) rows of as many samples. `values` are the kept coefficients; `dcOnly` promises
-// that all but the first are 0.
-using TransformFunction = void (*)(const std::int16_t* values, const Dequantiser& dequantiser, bool dcOnly,
+// Writes KeptSide(reduction) rows of as many samples. `values` are the kept coefficients; those behind `last`, counted in
+// zig-zag order, are promised to be 0.
+using TransformFunction = void (*)(const std::int16_t* values, const Dequantiser& dequantiser, int last,
                                    std::uint8_t* samples, std::ptrdiff_t stride);
 
 // The fastest path of this build.

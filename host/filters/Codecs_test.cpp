@@ -30,14 +30,13 @@ TEST(Formats, ReadsAudioSpecificConfig) {
     EXPECT_EQ(AudioFormatOf(Bytes{0xFF}).codec, AudioCodec::kUnsupported);
 }
 
-TEST(Formats, ReadsAdtsHeaders) {
-    const Bytes frame = {0xFF, 0xF1, 0x4C, 0x80, 0x02, 0x1F, 0xFC, 0, 0, 0};
-    const auto header = AdtsHeader::Parse(frame);
-    ASSERT_TRUE(header);
-    EXPECT_EQ(header->headerBytes, 7u);
-    EXPECT_EQ(header->frameBytes, 16u);
-    EXPECT_EQ(header->configuration, (Bytes{0x11, 0x90}));
-    EXPECT_FALSE(AdtsHeader::Parse(ByteSpan(frame).first(6)));
+TEST(Formats, KnowsHowLongAConfigurationIs) {
+    EXPECT_EQ(AacConfigBits(Bytes{0x11, 0x90}), 16u);
+    EXPECT_EQ(AacConfigBits(Bytes{0x2B, 0x11, 0x88, 0x00}), 25u);
+    EXPECT_EQ(AacConfigBits(Bytes{0x11, 0x92, 0xFF, 0xFF}), 30u) << "with the delay of a core coder";
+    EXPECT_EQ(AacConfigBits(Bytes{0x11, 0x80}), 0u) << "channels in a list of their own";
+    EXPECT_EQ(AacConfigBits(Bytes{0xB1, 0x91, 0x08, 0x00, 0x00}), 0u) << "BSAC";
+    EXPECT_EQ(AacConfigBits(Bytes{0x11}), 0u);
 }
 
 TEST(Resampler, OwnRatePassesUnchanged) {

@@ -275,6 +275,7 @@ void Tuner::Play(Session& session) {
             return;
         if ((status == ReadStatus::End || status == ReadStatus::Failed) && !session.ended) {
             session.ended = true;
+            session.receiver.Finish();
             Say("the source has ended" + (session.source->Reason().empty() ? "" : ": " + session.source->Reason()));
         }
         const Millis silent = clock.Now() - session.lastFrame;

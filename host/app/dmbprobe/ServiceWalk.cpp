@@ -7,6 +7,7 @@
 
 #include "host/app/dmbprobe/Commands.h"
 #include "host/medmb/BlockTable.h"
+#include "host/wire/LabelText.h"
 #include "platform/medmblib.h"
 
 namespace dmbprobe {
@@ -24,11 +25,12 @@ struct KeptFrame {
 bool Matches(const medmb::Service& service, const std::string& name) {
     if (HexId(service.id, service.longId) == name || HexId(service.id, service.longId) == "0x" + name)
         return true;
-    if (!service.label)
-        return false;
-    const std::string label = service.label->Utf8();
     // A channel list shows labels through code page 949, which lacks some letters.
-    return label == name || service.label->CodePage949() == name;
+    const auto isNamed = [&](const std::optional<medmb::LabelBytes>& label) {
+        return label && (label->Utf8() == name || label->CodePage949() == name ||
+                         wire::FromCodePage949(wire::CutCodePage949(label->CodePage949(), DMB_LABEL_BYTES)) == name);
+    };
+    return isNamed(service.label) || isNamed(service.extendedLabel);
 }
 
 std::optional<medmb::Service> FindByName(const medmb::FicDecoder& fic, const std::string& name) {
@@ -124,6 +126,7 @@ int PlayService(const std::string& source, const std::string& name, int libraryT
             kept.clear();
         });
         if (receiver) {
+            receiver->Finish();
             counters = receiver->Counters();
             counters.bytesSkipped = input.frames->Count().bytesSkipped;
             const auto& service = receiver->Current();

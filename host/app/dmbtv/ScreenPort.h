@@ -3,8 +3,10 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <mutex>
-#include <vector>
+#include <span>
 
 #include "host/filters/Outputs.h"
 #include "host/shell/Shell.h"
@@ -13,8 +15,11 @@ namespace dmbtv {
 
 class ScreenPort final : public filters::VideoPort {
 public:
-    // The shell comes after the filters' registration and goes before them: null until then and after.
-    void Join(shell::Shell* shell);
+    using PictureSink = std::function<void(std::shared_ptr<const filters::Picture>)>;
+
+    // The shell comes after the filters' registration and goes before them: null until then and after. `pictures`, when there is
+    // one, gets every picture as it is.
+    void Join(shell::Shell* shell, PictureSink pictures);
 
     void Show(const std::shared_ptr<const filters::Picture>& picture) override;
     void Clear() override;
@@ -24,11 +29,11 @@ public:
 private:
     std::mutex mutex; // guards what follows
     shell::Shell* joined = nullptr;
-    std::vector<std::uint32_t> pixels;
+    PictureSink sink;
 };
 
-// Tells the view when a service's first packets play: texts and slides are taken from then on, also from a radio that starts with
-// a good signal.
+// Tells the view when a service begins to play: labels and slides are taken from then on, also from a radio that starts with a good
+// signal.
 class OnAirNotice final : public filters::StatusPort {
 public:
     void Join(HWND view) { window.store(view); }
@@ -38,9 +43,10 @@ public:
 
 private:
     std::atomic<HWND> window = nullptr;
+    std::atomic<bool> onAir = false;
 };
 
-// The picture as 0x00RRGGBB, by ITU-R BT.601 with studio range.
-void ToRgb(const filters::Picture& picture, std::vector<std::uint32_t>& pixels);
+// The picture as rows of 0x00RRGGBB, by ITU-R BT.601 with studio range. `pixels` has room for all of it.
+void ToRgb(const filters::Picture& picture, std::span<std::uint32_t> pixels);
 
 } // namespace dmbtv

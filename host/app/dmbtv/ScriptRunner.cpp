@@ -120,10 +120,13 @@ private:
 
 } // namespace
 
+void CancelUnanswered(shell::Shell& shell) {
+    shell.SetIdleInput([&shell] { return shell.Press(kCancel) || shell.Press(kLoneOk) || shell.Press(kOk); });
+}
+
 std::string RunScript(shell::Shell& shell, const Script& script) {
     Runner runner(shell);
-    // A dialog or box that no line of the script answers is cancelled; nobody else could.
-    shell.SetIdleInput([&shell] { return shell.Press(kCancel) || shell.Press(kLoneOk) || shell.Press(kOk); });
+    CancelUnanswered(shell);
     for (const ScriptLine& line : script.lines) {
         if (line.verb == Verb::Quit)
             break;

@@ -8,6 +8,9 @@
 
 namespace dmbtv {
 
+// From now on a dialog or box that nobody has an answer for is cancelled: there is no user.
+void CancelUnanswered(shell::Shell& shell);
+
 // Empty when every expectation held; otherwise line, wanted and got.
 [[nodiscard]] std::string RunScript(shell::Shell& shell, const Script& script);
 

@@ -5,7 +5,24 @@
 #include "host/shell/core/BaseImpl.h"
 #include "host/shell/core/ShellCore.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace shell {
+
+namespace {
+
+// A pixel whose colours are multiplied with its alpha, without that.
+std::uint32_t Straight(std::uint32_t pixel) {
+    const std::uint32_t alpha = pixel >> 24;
+    if (alpha == 0 || alpha == 255) {
+        return pixel;
+    }
+    const auto divide = [alpha](std::uint32_t colour) { return std::min((colour * 255 + alpha / 2) / alpha, 255u); };
+    return alpha << 24 | divide(pixel >> 16 & 0xFF) << 16 | divide(pixel >> 8 & 0xFF) << 8 | divide(pixel & 0xFF);
+}
+
+} // namespace
 
 Shell::Shell(ce::Ce& ce, const Setup& setup)
     : core(std::make_unique<ShellCore>(ce, setup)), screen(std::make_unique<Surface>(kScreenWidth, kScreenHeight)) {}
@@ -65,16 +82,36 @@ void Shell::TouchDown(int x, int y) {
     Touch(WM_LBUTTONDOWN, x, y);
 }
 
+void Shell::TouchMove(int x, int y) {
+    Touch(kTouchMoveMessage, x, y);
+}
+
 void Shell::TouchUp(int x, int y) {
     Touch(WM_LBUTTONUP, x, y);
 }
 
 void Shell::Touch(UINT message, int x, int y) {
+    const bool begins = message == WM_LBUTTONDOWN;
+    const Window* window = begins ? core->windows.At({x, y}) : core->windows.Find(core->touched);
+    if (begins) {
+        core->touched = window ? window->handle : nullptr;
+    } else if (message == WM_LBUTTONUP) {
+        core->touched = nullptr;
+    }
+    if (!window || !core->TakesInput(*window)) {
+        return;
+    }
+    const auto pack = [](LONG left, LONG top) { return static_cast<LPARAM>((top & 0xFFFF) << 16 | (left & 0xFFFF)); };
+    // A window that is moved by the finger would shift its own points, so a way is told in points of the screen.
+    core->ce.loop().Post(window->handle, message, 0,
+                         message == kTouchMoveMessage ? pack(x, y)
+                                                      : pack(x - window->place.left, y - window->place.top));
+}
+
+void Shell::Wheel(int x, int y, int notches) {
     const Window* window = core->windows.At({x, y});
     if (window && core->TakesInput(*window)) {
-        const auto place =
-            static_cast<LPARAM>(((y - window->place.top) & 0xFFFF) << 16 | ((x - window->place.left) & 0xFFFF));
-        core->ce.loop().Post(window->handle, message, 0, place);
+        core->ce.loop().Post(window->handle, kWheelMessage, 0, notches);
     }
 }
 
@@ -121,6 +158,14 @@ void Shell::Restore() {
 
 void Shell::SetDebugMode(bool on) {
     core->document.SetDebugMode(on);
+}
+
+void Shell::SetVolume(int percent, bool muted) {
+    core->volume = std::clamp(percent, 0, 100);
+    core->muted = muted;
+    if (core->view) {
+        core->view->ForceMute(muted);
+    }
 }
 
 void Shell::SaveAll() {
@@ -184,6 +229,19 @@ const std::uint32_t* Shell::Screen() {
     }
     core->windows.Compose(*screen, core->video);
     return screen->Row(0);
+}
+
+Shell::Layers Shell::ComposeLayers() {
+    core->windows.ComposeAround(*screen, core->video);
+    Layers layers;
+    layers.video = core->windows.VideoPlace(core->video);
+    layers.keepAspect = core->video.keepAspect;
+    const std::size_t count = static_cast<std::size_t>(kScreenWidth) * kScreenHeight;
+    layers.pixels.assign(screen->Row(0), screen->Row(0) + count);
+    if (layers.video) { // elsewhere everything is opaque
+        std::transform(layers.pixels.begin(), layers.pixels.end(), layers.pixels.begin(), Straight);
+    }
+    return layers;
 }
 
 bool Shell::Screenshot(const std::filesystem::path& file) {

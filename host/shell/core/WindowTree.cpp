@@ -57,7 +57,8 @@ Window* WindowTree::NextToPaint() {
     return next == windows.end() ? nullptr : next->get();
 }
 
-void WindowTree::Compose(Surface& screen, const VideoPlane& video) const {
+void WindowTree::ComposeWith(Surface& screen, const VideoPlane& video,
+                             const std::function<void(const RECT&)>& under) const {
     for (int y = 0; y < screen.Height(); ++y) {
         std::fill(screen.Row(y), screen.Row(y) + screen.Width(), kOpaque);
     }
@@ -66,10 +67,36 @@ void WindowTree::Compose(Surface& screen, const VideoPlane& video) const {
             continue;
         }
         if (window->kind == WindowKind::View && video.visible) {
-            video.Paint(screen, window->place);
+            under(window->place);
         }
         DrawOver(screen, *window->surface, window->place.left, window->place.top);
     }
+}
+
+void WindowTree::Compose(Surface& screen, const VideoPlane& video) const {
+    ComposeWith(screen, video, [&](const RECT& place) { video.Paint(screen, place); });
+}
+
+void WindowTree::ComposeAround(Surface& screen, const VideoPlane& video) const {
+    ComposeWith(screen, video, [&screen](const RECT& place) {
+        const RECT bounds = screen.Bounds();
+        RECT hole;
+        if (!IntersectRect(&hole, &place, &bounds)) {
+            return;
+        }
+        for (int y = hole.top; y < hole.bottom; ++y) {
+            std::fill(screen.Row(y) + hole.left, screen.Row(y) + hole.right, 0u);
+        }
+    });
+}
+
+std::optional<RECT> WindowTree::VideoPlace(const VideoPlane& video) const {
+    for (const auto& window : windows) {
+        if (window->kind == WindowKind::View && window->visible && video.visible) {
+            return window->place;
+        }
+    }
+    return std::nullopt;
 }
 
 } // namespace shell
