@@ -112,6 +112,23 @@ TEST_F(RecordStory, RecordCommandIsForLiveTelevision) {
     EXPECT_EQ(Count("StartCapture"), 0);
 }
 
+// Found by the random walk: while a retried change asks whether to stop the recording, the stream's clock starts over and the
+// session is closed; the answer then stops a recording whose filters are gone.
+TEST_F(RecordStory, AnswerToAQuestionOutlivesTheRecordingsGraph) {
+    Command(kCmdRecord);
+    Send(WM_TIMER, eSTART_TIMER);
+    stage.Last(Kind::Parser)->Report(IDMB_EVENT_TIME_RESET);
+    device.shell.DuringModal([this] {
+        EXPECT_EQ(stage.Alive(), 0);
+        Forget();
+        device.shell.Key(kKeyOk);
+    });
+    Idle();
+    EXPECT_EQ(Count("StopCapture"), 0);
+    EXPECT_EQ(peer->CurChannel(), kNews);
+    EXPECT_EQ(view->GetPlayMode(), kPlayModePlaying);
+}
+
 TEST_F(RecordStory, StartRecordingAssumesTheName) {
     EXPECT_EQ(peer->StartRecording(), S_OK);
     EXPECT_EQ(view->GetPlayMode(), kPlayModeRecording);

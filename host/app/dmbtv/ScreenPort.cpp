@@ -68,6 +68,7 @@ void ScreenPort::Clear() {
 void ScreenPort::Place(const RECT& /*rectangle*/, bool /*visible*/) {}
 
 void OnAirNotice::OnReception(filters::ReceptionState state) {
+    last = state;
     const bool plays = filters::IsPlaying(state);
     const bool begins = !onAir.exchange(plays) && plays;
     const HWND view = window.load();

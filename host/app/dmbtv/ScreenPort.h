@@ -44,12 +44,15 @@ public:
     void JoinCaptureEnd(HWND listener) { captureEnd.store(listener); }
 
     void OnReception(filters::ReceptionState state) override;
+    // The newest state. Any thread.
+    [[nodiscard]] filters::ReceptionState Last() const { return last.load(); }
     void OnCaptureFailed(HRESULT reason) override;
 
 private:
     std::atomic<HWND> window = nullptr;
     std::atomic<HWND> captureEnd = nullptr;
     std::atomic<bool> onAir = false;
+    std::atomic<filters::ReceptionState> last = filters::ReceptionState::kIdle;
 };
 
 // The picture as rows of 0x00RRGGBB, by ITU-R BT.601 with studio range. `pixels` has room for all of it.

@@ -82,7 +82,8 @@ Session::Session(const Options& options, SessionPorts outside) : ports(std::move
         if (!wav->Ok())
             throw StartFailure(kExitFailed, "cannot write " + options.audioOut.string());
     }
-    filters::Register(classes, clock, {ports.sound, wav.get(), &screen, &onAir});
+    filters::SoundTap* tap = wav ? wav.get() : ports.tap;
+    filters::Register(classes, clock, {ports.sound, tap, &screen, &onAir});
     tuner = std::make_unique<medmb::Tuner>(clock, medmb::Broadcast::Instance(), std::move(source),
                                            [](const std::string& line) { Log(LogLevel::Info, "tuner: " + line); });
     medmb::Tuner::Install(tuner.get());
@@ -97,7 +98,10 @@ Session::Session(const Options& options, SessionPorts outside) : ports(std::move
         throw StartFailure(kExitUsage, error.what());
     }
     shell->SetScreenListener([this] { OnScreen(); });
-    shell->SetQuitListener([this] { tuner->BeginClosing(); });
+    shell->SetQuitListener([this] { RequestQuit(); });
+    shell->SetViewListener(
+        [this](const CVelPlayerView* view) { onAir.Join(view != nullptr ? view->GetSafeHwnd() : nullptr); });
+    shell->SetReasonSource([this] { return WhyNoPicture(Look()); });
     screen.Join(shell.get(), ports.picture);
     captureEnd = ce.loop().AddWindow([this](HWND, UINT message, WPARAM wParam, LPARAM) -> LRESULT {
         if (message == kCaptureEndedMessage)
@@ -135,13 +139,25 @@ CVelPlayerView& Session::OpenView() {
     CVelPlayerView* view = shell->OpenView(kViewClass);
     if (view == nullptr)
         throw StartFailure(kExitFailed, "the module's view cannot be opened");
-    onAir.Join(view->GetSafeHwnd());
     return *view;
 }
 
 bool Session::CloseView() {
-    onAir.Join(nullptr);
     return shell->CloseView();
+}
+
+ReceptionLook Session::Look() const {
+    ReceptionLook look;
+    if (const CVelPlayerView* open = shell->View(); open != nullptr) {
+        const auto& view = static_cast<const CVelDMBView&>(*open);
+        look.session = DMBViewPeer::CurrentType(view);
+        look.playMode = view.GetPlayMode();
+        look.noSignal = DMBViewPeer::HasNoSignal(view);
+        look.scanning = DMBViewPeer::IsScanning(view);
+    }
+    look.reception = onAir.Last();
+    look.tuning = tuner->LastTuning();
+    return look;
 }
 
 void Session::OnScreen() {

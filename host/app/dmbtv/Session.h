@@ -10,6 +10,7 @@
 #include <stdexcept>
 
 #include "host/app/dmbtv/Options.h"
+#include "host/app/dmbtv/PictureReason.h"
 #include "host/app/dmbtv/ScreenPort.h"
 #include "host/ce/Ce.h"
 #include "host/dshow/ClassTable.h"
@@ -29,6 +30,7 @@ public:
 // The world outside. Every port may be left empty; what is set outlives the session.
 struct SessionPorts {
     filters::SoundDevice* sound = nullptr;
+    filters::SoundTap* tap = nullptr; // hears what is played, unless --audio-out does
     // The picture to be seen from now on, or none. The renderer's thread.
     std::function<void(std::shared_ptr<const filters::Picture>)> picture;
 };
@@ -63,6 +65,7 @@ public:
 private:
     void Mount(const Options& options);
     void OnScreen();
+    [[nodiscard]] ReceptionLook Look() const;
     void ProtectLists();
     // The card is full or gone: the recording ends as by the button, and a box says why.
     void OnCaptureEnded(HRESULT reason);

@@ -84,7 +84,7 @@ std::shared_ptr<const sdl::Picture> PlanesOf(const std::shared_ptr<const filters
 int PlayBehindWindow(const Options& options, const WindowTask& task, CardPort& card, QuitPort& quit,
                      sdl::Frames& frames, sdl::Inputs& inputs, WindowState& state) {
     try {
-        Session session(options, {&card, [&frames](const auto& picture) { frames.Show(PlanesOf(picture)); }});
+        Session session(options, {&card, nullptr, [&frames](const auto& picture) { frames.Show(PlanesOf(picture)); }});
         quit.Join(&session);
         int status = kExitDone;
         try {

@@ -16,10 +16,10 @@ int main(int argc, char** argv) {
     Request request;
     AddWatch(app, request);
     AddScan(app, request);
-    AddDemo(app, request);
     AddList(app, request);
     AddRecord(app, request);
     AddPlay(app, request);
+    AddDemo(app, request);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

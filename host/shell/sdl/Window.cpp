@@ -394,10 +394,11 @@ Window::~Window() = default;
 void Window::Run(const std::function<void()>& onClose) {
     impl->onClose = onClose;
     impl->TakeNews();
-    while (!impl->news.ended) {
+    do { // what waits is handled also when the end has come meanwhile
+        const bool pointerRests = impl->pointerShown && !impl->closing;
+        const int patience = impl->news.ended ? 0 : pointerRests ? kPointerHides : -1;
         SDL_Event event;
-        const bool waits = impl->pointerShown && !impl->closing;
-        if (SDL_WaitEventTimeout(&event, waits ? kPointerHides : -1) == 1) {
+        if (SDL_WaitEventTimeout(&event, patience) == 1) {
             do {
                 impl->Handle(event);
             } while (SDL_PollEvent(&event) == 1);
@@ -406,7 +407,7 @@ void Window::Run(const std::function<void()>& onClose) {
         if (impl->dirty && !impl->closing) {
             impl->Present();
         }
-    }
+    } while (!impl->news.ended);
 }
 
 bool Window::IsFullScreen() const {
