@@ -61,7 +61,7 @@ TEST(ScreenPort, PicturesBecomeColours) {
     picture.width = 2;
     picture.height = 2;
     picture.i420 = {16, 235, 81, 16, 128, 128}; // black, white, the brightness of red, black; no colour
-    std::vector<std::uint32_t> pixels;
+    std::vector<std::uint32_t> pixels(4);
     ToRgb(picture, pixels);
     EXPECT_EQ(pixels, (std::vector<std::uint32_t>{0x000000, 0xFFFFFF, 0x4C4C4C, 0x000000}));
     picture.i420 = {81, 81, 81, 81, 90, 240};
