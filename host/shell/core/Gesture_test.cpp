@@ -17,9 +17,9 @@ std::array<LONG, 4> Sides(const RECT& rect) {
     return {rect.left, rect.top, rect.right, rect.bottom};
 }
 
-class TestList final : public CVelFileDialog {
+class TouchedList final : public CVelFileDialog {
 public:
-    explicit TestList(GView* parent) : CVelFileDialog(parent, u"\\SDMMC Card\\DMB\\", kListTypeRecordings) {}
+    explicit TouchedList(GView* parent) : CVelFileDialog(parent, u"\\SDMMC Card\\DMB\\", kListTypeRecordings) {}
     const WCHAR* GetResourceName() const override { return u"VelDMBChList"; }
 };
 
@@ -148,7 +148,7 @@ TEST_F(GestureOnScreen, AListFollowsTheFingerTheWheelAndTheKeys) {
     for (char name = 'a'; name <= 'z'; ++name) {
         std::ofstream(root / "card" / "DMB" / (std::string(1, name) + ".dmb")) << "x";
     }
-    TestList list(&Open());
+    TouchedList list(&Open());
     const auto first = [this] { return WString(shell->Element(40)->GetText()); };
     shell->DuringModal([&] {
         EXPECT_EQ(first(), u"a.dmb");
@@ -182,13 +182,13 @@ TEST_F(GestureOnScreen, FilesShowDateAndLengthBesideTheirNames) {
     std::ofstream(file) << "x";
     const std::string longName(60, 'n');
     std::ofstream(root / "card" / "DMB" / (longName + ".dmb")) << "x";
-    TestList list(&Open());
+    TouchedList list(&Open());
     const auto rightHalf = [this](int row) {
         const std::uint32_t* screen = shell->Screen();
         const RECT rect = shell->Element(40 + static_cast<UINT>(row))->GetRect();
         std::vector<std::uint32_t> pixels;
         for (LONG y = rect.top; y < rect.bottom; ++y) {
-            const std::uint32_t* line = screen + (y + 34) * 800 + 20;
+            const std::uint32_t* line = screen + y * 800; // the list fills the screen
             pixels.insert(pixels.end(), line + rect.right - 180, line + rect.right);
         }
         return pixels;

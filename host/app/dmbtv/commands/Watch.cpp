@@ -25,7 +25,9 @@ int Watch(const Options& options) {
         std::optional<Script> script;
         if (!options.script.empty())
             script = LoadScript(options.script);
-        return options.headless ? PlayHeadless(options, script) : PlayInWindow(options, script);
+        return options.headless
+                   ? PlayHeadless(options, script)
+                   : PlayInWindow(options, [&](Session& session) { return Play(session, options, script); });
     } catch (const StartFailure& failure) {
         return Fail(failure.status, failure.what());
     }
