@@ -135,7 +135,8 @@ int PlayInWindow(const Options& options, const WindowTask& task) {
     });
     window->Run([&quit] { quit.Request(); });
     shellThread.join();
-    state.fullScreen = window->IsFullScreen() && !options.fullScreen;
+    if (!options.fullScreen)
+        state.fullScreen = window->IsFullScreen();
     if (state != before)
         Keep(state, stateFile);
     return interrupts.Came() ? int{kExitInterrupted} : status;
