@@ -190,16 +190,18 @@ bool Model::DeleteFilter(Kind kind) {
 void Model::CloseTelevision() {
     if (!hasController)
         return;
-    for (const Kind kind : kTelevisionFilters)
-        if (field[kind] < 0) {
-            Sleep(kRetriesMs);
-            return;
-        }
-    for (const Kind kind : kTelevisionFilters)
-        if (!DeleteFilter(kind)) {
-            Sleep(kRetriesMs);
-            return;
-        }
+    const bool whole = std::none_of(std::begin(kTelevisionFilters), std::end(kTelevisionFilters),
+                                    [this](Kind kind) { return field[kind] < 0; });
+    if (!whole || !std::all_of(std::begin(kTelevisionFilters), std::end(kTelevisionFilters),
+                               [this](Kind kind) { return DeleteFilter(kind); }))
+        Sleep(kRetriesMs);
+    ForgetFilters();
+}
+
+// A closed controller names no filter, whatever is left.
+void Model::ForgetFilters() {
+    for (int& number : field)
+        number = -1;
 }
 
 void Model::CloseRadio() {
@@ -207,6 +209,7 @@ void Model::CloseRadio() {
         return;
     for (const Kind kind : kRadioFilters)
         DeleteFilter(kind);
+    ForgetFilters();
 }
 
 void Model::HandleAudioChange() {

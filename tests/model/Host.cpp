@@ -122,6 +122,7 @@ void Model::SetTitle(const std::string& text) {
 
 void Model::PostedBox(const char* resource, int textId, int style) {
     noticeUp = true;
+    noticeStyle = style;
     KillTimer(kNoticeTimer, kBox);
     Note(std::string("box ") + resource + " " + std::to_string(textId) + " style " + std::to_string(style));
     if (style == 2)

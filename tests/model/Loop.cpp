@@ -245,6 +245,11 @@ void Model::ConfirmModal(Dialog& dialog) {
 bool Model::PressModal(unsigned element) {
     Dialog* target = FrontQuestion();
     const bool answers = element == 3 || element == 4;
+    constexpr unsigned kLoneOk = 12; // of an error that nobody waits for; the settings have a button of that number too
+    if (element == kLoneOk && noticeUp && noticeStyle == 3 && target == nullptr) {
+        noticeUp = false;
+        return true;
+    }
     if (target == nullptr || !answers)
         target = modals.back();
     if (target->ended)

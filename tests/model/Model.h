@@ -125,6 +125,7 @@ private:
     std::vector<Dialog*> modals;
     std::vector<Dialog*> questions;
     bool noticeUp = false; // a box that nobody waits for
+    int noticeStyle = 0;
     bool closePending = false;
 
     // ---- Host.cpp ----------------------------------------------------------------------------------------------------------
@@ -183,6 +184,7 @@ private:
     void CloseTelevision();
     void CloseRadio();
     bool DeleteFilter(Kind kind);
+    void ForgetFilters();
     void HandleAudioChange();
     bool StartCapture();
     bool StopCapture();

@@ -31,15 +31,13 @@ bool Model::CreateGraphBuilder() {
         return true;
     MakeGraph();
     hasController = hasGraph;
-    for (int& number : field)
-        number = -1;
+    ForgetFilters();
     return hasGraph;
 }
 
 void Model::ReleaseGraphBuilder() {
     hasController = hasVideo = hasControl = false;
-    for (int& number : field)
-        number = -1;
+    ForgetFilters();
     DropGraph();
 }
 

@@ -12,11 +12,11 @@ const char* const kNames[Step::kCount] = {
     "open",      "settle",      "close",     "idle",     "wait",   "command",  "change", "change by label", "step",
     "show label", "show text",  "on air",    "graph notice", "key", "timer tick", "event", "hold",           "pause",
     "stop",      "release",     "controls",  "small",    "move",   "full",     "save all", "snr debug",     "ratio",
-    "record time", "mask",      "reading",   "play file", "toggle", "theme",   "surroundings"};
+    "record time", "mask",      "reading",   "play file", "toggle", "theme",   "preload", "surroundings"};
 
 // How often each kind comes, of a thousand or so.
 constexpr int kWeights[] = {0,  0,  2,  160, 190, 110, 60, 8,  20, 8,  10, 20, 6, 70, 14, 130, 12,
-                            8,  6,  5,  6,   10,  6,   14, 5,  6,  4,  5,  6,  8, 6,  6,   2,   110};
+                            8,  6,  5,  6,   10,  6,   14, 5,  6,  4,  5,  6,  8, 6,  6,   2,   1,   110};
 static_assert(std::size(kWeights) == Step::kCount);
 
 constexpr int kWaits[] = {1,   20,  99,  100,  101,  250,  499,  500,  501,  999,  1000, 1000,
@@ -80,7 +80,7 @@ void Walk::Fill(Step& step, Inputs& in) {
         step.a = OneIn(300) ? kLongWait : OneOf(kWaits);
         break;
     case Step::Command:
-        step.a = OneIn(400) ? 64954 : OneOf(kCommands);
+        step.a = OneOf(kCommands);
         break;
     case Step::Change:
         step.a = Below(8) - 1;

@@ -46,6 +46,7 @@ struct Step {
         PlayFile,
         Toggle,
         Theme,
+        Preload, // once more: a stream is lost by rule
         Surroundings, // the tuner, a filter or the card behaves otherwise from here on
         kCount
     };
@@ -183,6 +184,9 @@ template <class Side> void Perform(Side& side, const Step& step) {
         break;
     case Step::Theme:
         side.Theme();
+        break;
+    case Step::Preload:
+        side.Send(kCommand, 64954, 0);
         break;
     case Step::Surroundings:
     case Step::kCount:

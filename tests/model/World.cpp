@@ -374,9 +374,14 @@ Snapshot World::Look() {
     seen[N::Filters] = stage.Alive();
     seen[N::Minimized] = device.shell.Document().IsMinimized();
     seen[N::PictureShown] = device.shell.Video().visible;
-    if (view == nullptr)
+    if (view == nullptr) {
+        stream = nullptr;
         return seen;
+    }
     DMBViewPeer& p = *peer;
+    if (stream != nullptr && stream != p.LiveStream())
+        lostStreams.push_back(stream);
+    stream = p.LiveStream();
     const std::pair<N::Name, long long> values[] = {{N::Mode, view->GetPlayMode()},
                                                     {N::Current, p.CurChannel()},
                                                     {N::Last, p.LastChannel()},
@@ -459,7 +464,7 @@ void World::LookAtElements(Snapshot& seen) {
     seen.scan = text(50);
 }
 
-std::vector<std::string> World::Leaks(int lostFilters, int lostStreams) {
+std::vector<std::string> World::Leaks(int lostFilters, int streamsLostByRule) {
     std::vector<std::string> leaks = device.shell.Leaks();
     if (stage.Alive() != lostFilters)
         leaks.push_back(std::to_string(stage.Alive()) + " filters, lost by rule " + std::to_string(lostFilters));
@@ -471,10 +476,14 @@ std::vector<std::string> World::Leaks(int lostFilters, int lostStreams) {
             }
     if (scripted::Tuner().controlsAlive != 0)
         leaks.push_back(std::to_string(scripted::Tuner().controlsAlive) + " tuner controls");
-    if (scripted::Tuner().streamsAlive != lostStreams)
+    if (scripted::Tuner().streamsAlive != streamsLostByRule)
         leaks.push_back(std::to_string(scripted::Tuner().streamsAlive) + " tuner streams, lost by rule " +
-                        std::to_string(lostStreams));
-    scripted::Tuner().streamsAlive = 0;
+                        std::to_string(streamsLostByRule));
+    for (CDMBLiveStream* lost : lostStreams)
+        delete lost;
+    lostStreams.clear();
+    if (scripted::Tuner().streamsAlive != 0)
+        leaks.push_back("a tuner stream that nobody knows");
     device.shell.ClearLog();
     return leaks;
 }

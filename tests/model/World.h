@@ -59,7 +59,7 @@ public:
     [[nodiscard]] bool LogWasFull() const { return logWasFull; }
     [[nodiscard]] Snapshot Look();
     // What is left over when no view is open: one line each. Filters that were lost by rule are let go.
-    [[nodiscard]] std::vector<std::string> Leaks(int lostFilters, int lostStreams);
+    [[nodiscard]] std::vector<std::string> Leaks(int lostFilters, int streamsLostByRule);
 
 private:
     bool GiveAnswer();
@@ -79,6 +79,8 @@ private:
     Inputs::Slide slide = Inputs::NoSlide;
     bool graphExists = true;
     bool logWasFull = false;
+    CDMBLiveStream* stream = nullptr; // the view's, after the last step
+    std::vector<CDMBLiveStream*> lostStreams;
 };
 
 } // namespace model

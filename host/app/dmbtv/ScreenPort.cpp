@@ -80,6 +80,8 @@ void OnAirNotice::OnCaptureFailed(HRESULT reason) {
     char code[16];
     std::snprintf(code, sizeof code, "%08X", static_cast<unsigned>(reason));
     Log(LogLevel::Error, std::string("the recording ended by itself (") + code + "); what was written stays playable");
+    if (const HWND listener = captureEnd.load())
+        PostMessageW(listener, kCaptureEndedMessage, static_cast<WPARAM>(reason), 0);
 }
 
 } // namespace dmbtv
