@@ -83,14 +83,17 @@ std::int64_t Model::Dispatch(const Posted& message) {
         PostedBox("VelDMB", id, static_cast<int>(message.l));
         break;
     case kChangeChannel: {
-        const std::string text = message.l > kLabelField ? texts[message.l] : message.l == kLabelField ? labelField : "";
+        const std::string text = message.l > kLabelField    ? texts[message.l]
+                                 : message.l == kLabelField ? labelField
+                                                            : "";
         ChangeTo(id, message.l == kNull ? nullptr : &text);
         break;
     }
     case kUpdateInfo:
         if (message.w == 0) {
-            const std::string text =
-                message.l > kLabelField ? texts[message.l] : message.l == kLabelField ? labelField : "";
+            const std::string text = message.l > kLabelField    ? texts[message.l]
+                                     : message.l == kLabelField ? labelField
+                                                                : "";
             ShowInfo(message.l == kNull ? nullptr : &text);
         } else {
             ShowInfoText(id & 0xFFFF);

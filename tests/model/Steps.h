@@ -46,7 +46,7 @@ struct Step {
         PlayFile,
         Toggle,
         Theme,
-        Preload, // once more: a stream is lost by rule
+        Preload,      // once more: a stream is lost by rule
         Surroundings, // the tuner, a filter or the card behaves otherwise from here on
         kCount
     };

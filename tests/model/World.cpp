@@ -41,15 +41,41 @@ bool StartsWith(const std::string& line, std::string_view part) {
 
 // The lines of which the model speaks.
 bool IsPredicted(const std::string& line) {
-    static constexpr std::string_view starts[] = {
-        "post view ", "post main ", "mode ", "aspect ", "title ", "controls ", "video ", "box ", "answer ",
-        "unanswered", "host ", "small ", "full", "open ", "preloaded", "close", "tuner.", "stream.",
-        "audio.Run", "audio.Pause", "audio.Stop", "parser.Load(", "parser.SetCapture", "parser.StartCapture",
-        "parser.StopCapture", "parser.GetParam", "parser.SetParam", "picture.HoldVideo", "picture.ResumeVideo",
-        "picture.put_", "dab.FetchPadInfo"};
+    static constexpr std::string_view starts[] = {"post view ",
+                                                  "post main ",
+                                                  "mode ",
+                                                  "aspect ",
+                                                  "title ",
+                                                  "controls ",
+                                                  "video ",
+                                                  "box ",
+                                                  "answer ",
+                                                  "unanswered",
+                                                  "host ",
+                                                  "small ",
+                                                  "full",
+                                                  "open ",
+                                                  "preloaded",
+                                                  "close",
+                                                  "tuner.",
+                                                  "stream.",
+                                                  "audio.Run",
+                                                  "audio.Pause",
+                                                  "audio.Stop",
+                                                  "parser.Load(",
+                                                  "parser.SetCapture",
+                                                  "parser.StartCapture",
+                                                  "parser.StopCapture",
+                                                  "parser.GetParam",
+                                                  "parser.SetParam",
+                                                  "picture.HoldVideo",
+                                                  "picture.ResumeVideo",
+                                                  "picture.put_",
+                                                  "dab.FetchPadInfo"};
     if (StartsWith(line, "post view 257 ")) // input
         return false;
-    if (std::any_of(std::begin(starts), std::end(starts), [&](std::string_view part) { return StartsWith(line, part); }))
+    if (std::any_of(std::begin(starts), std::end(starts),
+                    [&](std::string_view part) { return StartsWith(line, part); }))
         return true;
     return line.ends_with(".End") || line.find(".Create") != std::string::npos;
 }
@@ -437,18 +463,28 @@ void World::LookAtElements(Snapshot& seen) {
     const auto face = [this](UINT id) { return ElementOf(*view, id).State().face; };
     const auto text = [this](UINT id) { return Narrow(ElementOf(*view, id).GetText()); };
     const RECT& info = ElementOf(*view, 43).GetRect();
-    const std::pair<N::Name, long long> values[] = {
-        {N::InfoShown, visible(43)},    {N::InfoTop, info.top},
-        {N::InfoRight, info.right},     {N::SmallToggleLeft, ElementOf(*view, 26).GetRect().left},
-        {N::AntennaState, state(10)},   {N::DebugTextShown, visible(9)},
-        {N::BackgroundShown, visible(42)}, {N::GroupShown, visible(2)},
-        {N::ScanBoxShown, visible(49)}, {N::ScanTextShown, visible(50)},
-        {N::SmallToggleShown, visible(26)}, {N::StateScan, state(20)},
-        {N::StateList, state(21)},      {N::StateSetting, state(22)},
-        {N::StateRecord, state(23)},    {N::StateDown, state(24)},
-        {N::StateUp, state(25)},        {N::StateToggle, state(27)},
-        {N::FaceRecord, face(23)},      {N::FaceDown, face(24)},
-        {N::FaceSmallToggle, face(26)}, {N::FaceFullToggle, face(27)}};
+    const std::pair<N::Name, long long> values[] = {{N::InfoShown, visible(43)},
+                                                    {N::InfoTop, info.top},
+                                                    {N::InfoRight, info.right},
+                                                    {N::SmallToggleLeft, ElementOf(*view, 26).GetRect().left},
+                                                    {N::AntennaState, state(10)},
+                                                    {N::DebugTextShown, visible(9)},
+                                                    {N::BackgroundShown, visible(42)},
+                                                    {N::GroupShown, visible(2)},
+                                                    {N::ScanBoxShown, visible(49)},
+                                                    {N::ScanTextShown, visible(50)},
+                                                    {N::SmallToggleShown, visible(26)},
+                                                    {N::StateScan, state(20)},
+                                                    {N::StateList, state(21)},
+                                                    {N::StateSetting, state(22)},
+                                                    {N::StateRecord, state(23)},
+                                                    {N::StateDown, state(24)},
+                                                    {N::StateUp, state(25)},
+                                                    {N::StateToggle, state(27)},
+                                                    {N::FaceRecord, face(23)},
+                                                    {N::FaceDown, face(24)},
+                                                    {N::FaceSmallToggle, face(26)},
+                                                    {N::FaceFullToggle, face(27)}};
     for (const auto& [name, value] : values)
         seen[name] = value;
     for (const UINT id : {20U, 21U, 22U, 23U, 24U, 25U, 27U})
@@ -456,7 +492,8 @@ void World::LookAtElements(Snapshot& seen) {
     const shell::Element& antenna = ElementOf(*view, 10);
     seen[N::AntennaLevel] = -1;
     for (int level = 0; level < 7; ++level)
-        if (antenna.State().background != nullptr && antenna.State().background == antenna.GetImageSet()->GetImage(level))
+        if (antenna.State().background != nullptr &&
+            antenna.State().background == antenna.GetImageSet()->GetImage(level))
             seen[N::AntennaLevel] = level;
     seen.info = text(43);
     seen.antenna = text(10);

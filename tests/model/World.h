@@ -66,8 +66,8 @@ private:
     void Sync();
     void LookAtElements(Snapshot& seen);
 
-    ce::ManualClock graphClock;              // of the graphs alone, which never wait here
-    dshow::ClassTable graphs{graphClock};    // makes them as long as there are any
+    ce::ManualClock graphClock;           // of the graphs alone, which never wait here
+    dshow::ClassTable graphs{graphClock}; // makes them as long as there are any
     harness::Device device;
     scripted::Stage stage;
     std::unique_ptr<PadInfo> pad;
