@@ -4,6 +4,7 @@
 #include <bit>
 #include <cmath>
 #include <cstddef>
+#include <cstring>
 #include <span>
 
 #include "host/codec/TemporalNoiseShaping.h"
@@ -22,21 +23,39 @@ float Reconstruction::Gain(int level) const {
     return gain[static_cast<std::size_t>(std::clamp(level, kLowestLevel, kHighestLevel) - kLowestLevel)];
 }
 
-void Reconstruction::DequantiseQuad(const Quad& quad, unsigned channel, float bandGain, float* lines) const {
-    const auto& magnitude = quad.magnitude;
-    const unsigned any = magnitude[channel] | magnitude[2 + channel] | magnitude[4 + channel] | magnitude[6 + channel];
-    if (any == 0)
-        return;
-    for (unsigned k = 0; k < kQuadLines; ++k) {
-        const unsigned element = 2 * k + channel;
-        float value = 0;
-        if (any < kSmall) [[likely]]
-            value = power[magnitude[element]];
-        else
-            value = static_cast<float>(magnitude[element] * std::cbrt(static_cast<double>(magnitude[element])));
-        const std::uint32_t sign = static_cast<std::uint32_t>(quad.negative) >> element << 31;
-        lines[k] = std::bit_cast<float>(std::bit_cast<std::uint32_t>(value * bandGain) ^ sign);
+namespace {
+
+using Four [[gnu::vector_size(4 * sizeof(float))]] = float;
+using FourBits [[gnu::vector_size(4 * sizeof(float))]] = std::uint32_t;
+
+// The signs of four lines by their bits in Quad::negative.
+constexpr std::array<std::array<std::uint32_t, kQuadLines>, 16> kSigns = [] {
+    std::array<std::array<std::uint32_t, kQuadLines>, 16> signs{};
+    for (unsigned bits = 0; bits < signs.size(); ++bits) {
+        for (unsigned line = 0; line < kQuadLines; ++line)
+            signs[bits][line] = (bits >> line & 1) << 31;
     }
+    return signs;
+}();
+
+} // namespace
+
+void Reconstruction::DequantiseQuad(const Quad& quad, unsigned channel, float bandGain, float* lines) const {
+    const std::uint16_t* magnitude = &quad.magnitude[static_cast<std::size_t>(kQuadLines) * channel];
+    std::uint64_t all = 0;
+    std::memcpy(&all, magnitude, sizeof all);
+    if (all == 0)
+        return;
+    Four values;
+    if ((all & 0xFF00FF00FF00FF00U) == 0) [[likely]] {
+        values = Four{power[magnitude[0]], power[magnitude[1]], power[magnitude[2]], power[magnitude[3]]};
+    } else {
+        for (unsigned k = 0; k < kQuadLines; ++k)
+            values[k] = static_cast<float>(magnitude[k] * std::cbrt(static_cast<double>(magnitude[k])));
+    }
+    const auto signs = std::bit_cast<FourBits>(kSigns[quad.negative >> (kQuadLines * channel) & 15]);
+    values = std::bit_cast<Four>(std::bit_cast<FourBits>(values * bandGain) ^ signs);
+    std::memcpy(lines, &values, sizeof values);
 }
 
 // Lines of a group of w windows come in quads that go round the windows; this puts them back in their

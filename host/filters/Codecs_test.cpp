@@ -1,8 +1,11 @@
 // The wrappers of the codec library, each on its own.
 #include "host/filters/Formats.h"
 #include "host/filters/SoundDecoder.h"
+#include "host/filters/WavTap.h"
 #include "host/filters/av/Resampler.h"
 #include "host/filters/av/RgbConverter.h"
+
+#include "host/ce/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -114,4 +117,24 @@ TEST(RgbConverter, GreyStaysGrey) {
         EXPECT_EQ(pixel & 0xFF, pixel >> 16);
     }
     EXPECT_TRUE(converter.Convert({}).empty());
+}
+
+TEST(WavTap, WritesAFileThatTellsItsOwnLength) {
+    const ce::TemporaryFolder folder;
+    const auto path = folder.path() / "a.wav";
+    {
+        WavTap tap(path);
+        ASSERT_TRUE(tap.Ok());
+        const std::vector<std::int16_t> samples = {1, -1, 0x1234, -32768};
+        tap.OnSound(samples);
+    }
+    const std::string bytes = ce::ContentOf(path);
+    ASSERT_EQ(bytes.size(), 44u + 8);
+    EXPECT_EQ(bytes.substr(0, 4) + bytes.substr(8, 8) + bytes.substr(36, 4), "RIFFWAVEfmt data");
+    EXPECT_EQ(bytes.substr(4, 4), std::string("\x2C\0\0\0", 4));    // 44: what follows
+    EXPECT_EQ(bytes.substr(20, 4), std::string("\1\0\2\0", 4));     // whole numbers, two channels
+    EXPECT_EQ(bytes.substr(24, 4), std::string("\x80\xBB\0\0", 4)); // 48000 a second
+    EXPECT_EQ(bytes.substr(40, 4), std::string("\x08\0\0\0", 4));
+    EXPECT_EQ(bytes.substr(44), std::string("\x01\0\xFF\xFF\x34\x12\0\x80", 8));
+    EXPECT_FALSE(WavTap(folder.path() / "none" / "a.wav").Ok());
 }

@@ -172,3 +172,18 @@ TEST_F(Television, AFileOfSoundAloneSaysSo) {
     Pass(4000);
     EXPECT_EQ(session->TakeEvents()[EC_COMPLETE], 1);
 }
+
+TEST_F(Television, PicturesAloneKeepTheirOwnTime) {
+    const ForeignStream stream = MakeForeignStream({.seconds = 2, .withSound = false});
+    Store("a.ts", stream.packets);
+    OpenFile(u"\\SDMMC Card\\a.ts");
+    (void)session->control->Run();
+    Pass(1500);
+    EXPECT_EQ(session->TakeEvents()[EC_COMPLETE], 0);
+    Pass(1500);
+    EXPECT_EQ(session->TakeEvents()[EC_COMPLETE], 1);
+    const auto shown = world.screen.Shown();
+    ASSERT_EQ(static_cast<int>(shown.size()), stream.pictures + 1);
+    for (std::size_t i = 3; i < shown.size(); ++i)
+        EXPECT_NEAR(static_cast<double>(shown[i].at - shown[i - 1].at), 40, 2) << i;
+}

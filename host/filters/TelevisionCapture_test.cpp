@@ -88,3 +88,21 @@ TEST_F(Television, ARemovedCardEndsTheCapture) {
     EXPECT_EQ(world.status.Failures().size(), 1u);
     world.system.files().SetFaults({});
 }
+
+TEST_F(Television, ACaptureOntoACardThatIsOutFailsAndTheProgrammeGoesOn) {
+    OpenLive();
+    Publish();
+    (void)session->control->Run();
+    Send(TestTv().packets, TestTv().packetsPerSecond, 0, 1);
+    ce::FileFaults faults;
+    faults.cardAbsent = true;
+    world.system.files().SetFaults(faults);
+    ASSERT_EQ(session->controller->SetDMBCaputerFileName(u"\\SDMMC Card\\c.dmb"), S_OK);
+    EXPECT_EQ(session->controller->StartDMBCapture(), E_FAIL);
+    EXPECT_EQ(session->controller->StopDMBCapture(), S_FALSE);
+    world.system.files().SetFaults({});
+    Send(TestTv().packets, TestTv().packetsPerSecond, 1, 3);
+    ExpectLipSync(20);
+    EXPECT_EQ(session->controller->StartDMBCapture(), S_OK) << "the card is back";
+    EXPECT_EQ(session->controller->StopDMBCapture(), S_OK);
+}

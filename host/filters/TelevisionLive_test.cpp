@@ -38,16 +38,82 @@ TEST_F(Television, NoSignalEveryHalfSecondAndItsReturn) {
 
 TEST_F(Television, ScrambledShowsAState) {
     ServiceWish wish;
+    wish.seconds = 6;
     wish.mux.scrambledFrom = 0;
-    wish.mux.scrambledTo = 90000 * 10;
+    wish.mux.scrambledTo = 90000 * 2;
     const Service service = MakeService(wish);
     OpenLive();
     Publish();
     (void)session->control->Run();
-    Send(service.packets, service.packetsPerSecond, 0, 2);
+    Send(service.packets, service.packetsPerSecond, 0, 1.9);
     EXPECT_TRUE(world.screen.Shown().empty());
-    ASSERT_FALSE(world.status.States().empty());
-    EXPECT_EQ(world.status.States().back(), ReceptionState::kScrambled);
+    EXPECT_EQ(world.status.States(), (std::vector{ReceptionState::kWaiting, ReceptionState::kScrambled}));
+    Send(service.packets, service.packetsPerSecond, 1.9, 4.5);
+    EXPECT_FALSE(world.screen.Shown().empty());
+    EXPECT_EQ(world.status.States().back(), ReceptionState::kPlaying);
+    const auto events = session->TakeEvents();
+    EXPECT_FALSE(events.contains(IDMB_EVENT_NO_SIGNAL)) << "scrambled packets are a signal";
+    EXPECT_FALSE(events.contains(IDMB_EVENT_TIME_RESET));
+}
+
+TEST_F(Television, EveryReasonForNoPictureIsTold) {
+    using enum ReceptionState;
+    OpenLive();
+    (void)session->control->Run();
+    Pass(600);
+    EXPECT_EQ(world.status.States(), (std::vector{kWaiting, kNoService}));
+    CloseSession();
+
+    Publish();
+    OpenLive();
+    (void)session->control->Run();
+    Pass(600);
+    EXPECT_EQ(world.status.States().back(), kNoSource);
+    medmb::StageCounters counters;
+    counters.bytesSkipped = 5000;
+    world.broadcast.SetCounters(generation_, counters);
+    Pass(600);
+    EXPECT_EQ(world.status.States().back(), kNoSync);
+    world.broadcast.SetSignal(generation_, medmb::SignalState::Good);
+    Pass(600);
+    EXPECT_EQ(world.status.States().back(), kNoSignal);
+    world.broadcast.Describe(generation_, "", true);
+    Pass(600);
+    EXPECT_EQ(world.status.States().back(), kScrambled);
+    Send(TestTv().packets, TestTv().packetsPerSecond, 0, 1);
+    EXPECT_EQ(world.status.States().back(), kPlaying);
+    world.broadcast.SetSignal(generation_, medmb::SignalState::Weak);
+    Send(TestTv().packets, TestTv().packetsPerSecond, 1, 1.5);
+    EXPECT_EQ(world.status.States().back(), kWeak);
+    (void)session->control->Stop();
+    EXPECT_EQ(world.status.States().back(), kIdle);
+}
+
+// The view stops the graph, has the parser adopt what it announces, joins the pins anew, and runs on.
+TEST_F(Television, AnotherSoundOnAirIsReportedAndAdopted) {
+    const Service service = MakeService({.seconds = 8, .changeAt = 3});
+    OpenLive();
+    Publish();
+    (void)session->control->Run();
+    Send(service.packets, service.packetsPerSecond, 0, 2.5);
+    EXPECT_FALSE(session->TakeEvents().contains(IDMB_EVENT_AUDIO_CHANGE));
+    Send(service.packets, service.packetsPerSecond, 2.5, 4);
+    EXPECT_EQ(session->TakeEvents()[IDMB_EVENT_AUDIO_CHANGE], 1) << "once, although the tables repeat it";
+    const auto parser = session->Of<IDMBStreamControl>(kParserName, IID_IDMBStreamControl);
+    DMBAudioInfo* info = nullptr;
+    ASSERT_EQ(parser->GetParam(kParamAudioInfo, &info), S_OK);
+    EXPECT_EQ(info->value0, 24000);
+    EXPECT_EQ(info->value1, 1);
+    (void)session->control->Stop();
+    EXPECT_EQ(session->controller->HandleAudioChange(), S_OK);
+    world.tap.Forget();
+    world.screen.Forget();
+    (void)session->control->Run();
+    Send(service.packets, service.packetsPerSecond, 4, 8);
+    EXPECT_FALSE(session->TakeEvents().contains(IDMB_EVENT_AUDIO_CHANGE));
+    ExpectLipSync(20);
+    const auto samples = world.tap.Samples();
+    EXPECT_TRUE(std::any_of(samples.end() - 96000, samples.end(), [](std::int16_t s) { return std::abs(s) > 1000; }));
 }
 
 TEST_F(Television, HeldPictureStaysAndComesBackAtARandomAccess) {

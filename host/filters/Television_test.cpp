@@ -53,6 +53,12 @@ TEST_F(Television, AFileThatCannotBeOpenedCompletesAtOnce) {
     EXPECT_GE(session->control->Run(), 0);
     Pass(100);
     EXPECT_EQ(session->TakeEvents()[EC_COMPLETE], 1);
+    EXPECT_EQ(world.status.States().back(), ReceptionState::kNoFile);
+    ULONGLONG now = 1;
+    LONGLONG whole = 1;
+    EXPECT_EQ(session->controller->GetFilePos(&now, &whole), S_OK);
+    EXPECT_EQ(whole, 0);
+    EXPECT_LT(session->controller->SetFilePos(0), 0);
 }
 
 TEST_F(Television, AFileOfNoiseCompletes) {
@@ -61,13 +67,42 @@ TEST_F(Television, AFileOfNoiseCompletes) {
     (void)session->control->Run();
     Pass(100);
     EXPECT_EQ(session->TakeEvents()[EC_COMPLETE], 1);
+    EXPECT_EQ(world.status.States().back(), ReceptionState::kNoFile);
 }
 
-TEST_F(Television, AFileOfSoundAloneOrPicturesAloneCompletes) {
+TEST_F(Television, AFileOfSoundAloneCompletes) {
     Store("sound.dmb", MakeService({.seconds = 2, .withPictures = false}).packets);
     OpenFile(u"\\SDMMC Card\\sound.dmb");
     (void)session->control->Run();
     Pass(4000);
+    EXPECT_EQ(session->TakeEvents()[EC_COMPLETE], 1);
+}
+
+// As another receiver may have left it: with the outer code's parity, cut anywhere, in front of its first tables.
+TEST_F(Television, PlaysAndSeeksInAFileOf204BytesThatStartsAnywhere) {
+    const Service service = MakeService({.seconds = 8});
+    Bytes file;
+    for (std::size_t at = 0; at < service.packets.size(); at += 188) {
+        const auto packet = service.packets.begin() + static_cast<std::ptrdiff_t>(at);
+        file.insert(file.end(), packet, packet + 188);
+        for (int i = 0; i < 16; ++i) // any bytes: nobody reads the parity here
+            file.push_back(static_cast<std::uint8_t>(at / 188 * 7 + static_cast<std::size_t>(i) * 31));
+    }
+    file.erase(file.begin(), file.begin() + 204 * 30 + 77);
+    Store("a.tsp", file);
+    OpenFile(u"\\SDMMC Card\\a.tsp");
+    (void)session->control->Run();
+    Pass(2000);
+    ExpectLipSync(15);
+    world.screen.Forget();
+    ASSERT_EQ(session->controller->SetFilePos(5000), S_OK);
+    Pass(1000);
+    ExpectLipSync(10);
+    ULONGLONG now = 0;
+    LONGLONG whole = 0;
+    ASSERT_EQ(session->controller->GetFilePos(&now, &whole), S_OK);
+    EXPECT_NEAR(static_cast<double>(now), 6000, 300);
+    Pass(5000);
     EXPECT_EQ(session->TakeEvents()[EC_COMPLETE], 1);
 }
 
@@ -135,12 +170,33 @@ TEST_F(Television, PausingStopsTheClock) {
     ExpectLipSync(50);
 }
 
-TEST_F(Television, AFileReportsNoSignalNever) {
-    Store("a.dmb", TestTv().packets);
+// These belong to the air alone.
+TEST_F(Television, AFileReportsNeitherSignalNorClock) {
+    Bytes restless;
+    for (int i = 0; i < 8; ++i) {
+        const auto begin = TestTv().packets.begin();
+        restless.insert(restless.end(), begin,
+                        begin + static_cast<std::ptrdiff_t>(TestTv().packetsPerSecond / 2) * 188);
+    }
+    Store("a.dmb", restless);
     OpenFile(u"\\SDMMC Card\\a.dmb");
     (void)session->control->Run();
-    Pass(8000);
-    EXPECT_FALSE(session->TakeEvents().contains(IDMB_EVENT_NO_SIGNAL));
+    Pass(12000);
+    auto events = session->TakeEvents();
+    EXPECT_EQ(events[EC_COMPLETE], 1);
+    EXPECT_EQ(events[IDMB_EVENT_NO_SIGNAL] + events[IDMB_EVENT_SIGNAL] + events[IDMB_EVENT_TIME_RESET], 0);
+}
+
+TEST_F(Television, AScrambledFileSaysSo) {
+    ServiceWish wish;
+    wish.mux.scrambledTo = 90000 * 10;
+    Store("a.dmb", MakeService(wish).packets);
+    OpenFile(u"\\SDMMC Card\\a.dmb");
+    (void)session->control->Run();
+    Pass(1000);
+    EXPECT_EQ(world.status.States().back(), ReceptionState::kScrambled);
+    EXPECT_TRUE(world.screen.Shown().empty());
+    EXPECT_EQ(session->TakeEvents()[EC_COMPLETE], 1);
 }
 
 TEST_F(Television, AnotherSoundIsReportedAndAdopted) {

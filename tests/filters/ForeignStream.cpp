@@ -56,7 +56,8 @@ public:
                                          nullptr, &Maker::Write, nullptr);
         if (wish.withPictures)
             OpenVideo();
-        OpenAudio();
+        if (wish.withSound)
+            OpenAudio();
         AVDictionary* options = nullptr;
         if (wish.sound == ForeignSound::kLatm)
             av_dict_set(&options, "mpegts_flags", "latm", 0);
@@ -65,7 +66,8 @@ public:
     }
 
     ForeignStream Make() {
-        const auto frames = static_cast<std::int64_t>(wish_.seconds * wish_.sampleRate) / audio_->frame_size;
+        const auto frames =
+            audio_ ? static_cast<std::int64_t>(wish_.seconds * wish_.sampleRate) / audio_->frame_size : 0;
         const int pictures = wish_.withPictures ? static_cast<int>(wish_.seconds * kPicturesPerSecond) : 0;
         std::int64_t sound = 0;
         for (int i = 0; i < pictures; ++i) {
@@ -77,7 +79,8 @@ public:
             PushSound(sound);
         if (video_)
             Encode(*video_, nullptr, *videoStream_, stream_.pictures);
-        Encode(*audio_, nullptr, *audioStream_, stream_.soundFrames);
+        if (audio_)
+            Encode(*audio_, nullptr, *audioStream_, stream_.soundFrames);
         Check(av_write_trailer(format_.get()) >= 0, "trailer");
         avio_flush(format_->pb);
         return std::move(stream_);

@@ -15,6 +15,7 @@ struct ForeignWish {
     double seconds = 4;
     int bPictures = 2;
     bool withPictures = true;
+    bool withSound = true;
     // Not a codec of this system: MPEG-2 pictures, and sound of Dolby Digital.
     bool unknownCodecs = false;
 };

@@ -68,6 +68,7 @@ void ScreenPort::Clear() {
 void ScreenPort::Place(const RECT& /*rectangle*/, bool /*visible*/) {}
 
 void OnAirNotice::OnReception(filters::ReceptionState state) {
+    last = state;
     const bool plays = filters::IsPlaying(state);
     const bool begins = !onAir.exchange(plays) && plays;
     const HWND view = window.load();
@@ -79,6 +80,8 @@ void OnAirNotice::OnCaptureFailed(HRESULT reason) {
     char code[16];
     std::snprintf(code, sizeof code, "%08X", static_cast<unsigned>(reason));
     Log(LogLevel::Error, std::string("the recording ended by itself (") + code + "); what was written stays playable");
+    if (const HWND listener = captureEnd.load())
+        PostMessageW(listener, kCaptureEndedMessage, static_cast<WPARAM>(reason), 0);
 }
 
 } // namespace dmbtv

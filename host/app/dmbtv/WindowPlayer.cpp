@@ -81,15 +81,15 @@ std::shared_ptr<const sdl::Picture> PlanesOf(const std::shared_ptr<const filters
     return planes;
 }
 
-int PlayBehindWindow(const Options& options, const std::optional<Script>& script, CardPort& card, QuitPort& quit,
+int PlayBehindWindow(const Options& options, const WindowTask& task, CardPort& card, QuitPort& quit,
                      sdl::Frames& frames, sdl::Inputs& inputs, WindowState& state) {
     try {
-        Session session(options, {&card, [&frames](const auto& picture) { frames.Show(PlanesOf(picture)); }});
+        Session session(options, {&card, nullptr, [&frames](const auto& picture) { frames.Show(PlanesOf(picture)); }});
         quit.Join(&session);
         int status = kExitDone;
         try {
             Controls controls(session, frames, inputs, state);
-            status = Play(session, options, script);
+            status = task(session);
         } catch (...) {
             quit.Join(nullptr);
             throw;
@@ -112,7 +112,7 @@ void Keep(const WindowState& state, const std::filesystem::path& file) {
 
 } // namespace
 
-int PlayInWindow(const Options& options, const std::optional<Script>& script) {
+int PlayInWindow(const Options& options, const WindowTask& task) {
     const std::filesystem::path stateFile = options.profile / "window";
     const WindowState before = ReadWindowState(ReadWhole(stateFile));
     WindowState state = before;
@@ -130,7 +130,7 @@ int PlayInWindow(const Options& options, const std::optional<Script>& script) {
     const Interrupts interrupts([&quit] { quit.Request(); });
     int status = kExitDone;
     std::thread shellThread([&] {
-        status = PlayBehindWindow(options, script, card, quit, frames, inputs, state);
+        status = PlayBehindWindow(options, task, card, quit, frames, inputs, state);
         frames.End();
     });
     window->Run([&quit] { quit.Request(); });
