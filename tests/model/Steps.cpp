@@ -9,15 +9,15 @@ namespace model {
 namespace {
 
 const char* const kNames[Step::kCount] = {
-    "open",     "settle",     "close",       "idle",        "wait",         "command", "change",     "change by label",
-    "step",     "show label", "show text",   "on air",      "graph notice", "key",     "timer tick", "event",
-    "hold",     "pause",      "stop",        "release",     "controls",     "small",   "move",       "full",
-    "save all", "snr debug",  "ratio",       "record time", "mask",         "reading", "play file",  "toggle",
-    "theme",    "preload",    "surroundings"};
+    "open",      "settle",     "close",     "idle",      "wait",         "command",     "change",     "change by label",
+    "step",      "show label", "show text", "on air",    "graph notice", "key",         "timer tick", "event",
+    "hold",      "pause",      "stop",      "release",   "controls",     "small",       "move",       "full",
+    "home",      "back",       "save all",  "snr debug", "ratio",        "record time", "mask",       "reading",
+    "play file", "toggle",     "theme",     "preload",   "surroundings"};
 
 // How often each kind comes, of a thousand or so.
-constexpr int kWeights[] = {0, 0, 2, 160, 190, 110, 60, 8, 20, 8, 10, 20, 6, 70, 14, 130, 12, 8,
-                            6, 5, 6, 10,  6,   14,  5,  6, 4,  5, 6,  8,  6, 6,  2,  1,   110};
+constexpr int kWeights[] = {0, 0, 2,  160, 190, 110, 60, 8, 20, 8, 10, 20, 6, 70, 14, 130, 12, 8,  6,
+                            5, 6, 10, 6,   14,  8,   12, 5, 6,  4, 5,  6,  8, 6,  6,  2,   1,  110};
 static_assert(std::size(kWeights) == Step::kCount);
 
 constexpr int kWaits[] = {1,    20,   99,   100,  101,  250,  499,  500,  501,  999,  1000,  1000,

@@ -37,6 +37,8 @@ struct Step {
         Small,
         Move,
         Full,
+        Home,
+        Back,
         SaveAll,
         SnrDebug,
         Ratio,
@@ -157,6 +159,12 @@ template <class Side> void Perform(Side& side, const Step& step) {
         break;
     case Step::Full:
         side.Restore();
+        break;
+    case Step::Home:
+        side.ShowHome();
+        break;
+    case Step::Back:
+        side.ShowView();
         break;
     case Step::SaveAll:
         side.SaveAll();

@@ -287,6 +287,14 @@ void World::Restore() {
     device.shell.Restore();
 }
 
+void World::ShowHome() {
+    device.shell.ShowHome();
+}
+
+void World::ShowView() {
+    device.shell.ShowView();
+}
+
 void World::SaveAll() {
     device.shell.SaveAll();
 }

@@ -43,6 +43,8 @@ public:
     void Minimize();
     void MoveSmall(const Place& place);
     void Restore();
+    void ShowHome();
+    void ShowView();
     void SaveAll();
     void SetSnrDebug(int value);
     void SetRatio(int value);

@@ -37,6 +37,8 @@ bool IsPredicted(const std::string& line) {
                                                   "host ",
                                                   "small ",
                                                   "full",
+                                                  "hold",
+                                                  "back",
                                                   "open ",
                                                   "preloaded",
                                                   "close",
@@ -55,7 +57,7 @@ bool IsPredicted(const std::string& line) {
                                                   "picture.ResumeVideo",
                                                   "picture.put_",
                                                   "dab.FetchPadInfo"};
-    if (StartsWith(line, "post view 257 ")) // input
+    if (StartsWith(line, "post view 257 ") || StartsWith(line, "post main 257 ")) // input
         return false;
     if (std::any_of(std::begin(starts), std::end(starts),
                     [&](std::string_view part) { return StartsWith(line, part); }))
