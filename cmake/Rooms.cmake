@@ -46,18 +46,24 @@ function(dmb_room)
     endif()
 endfunction()
 
-# dmb_tests(NAME room SOURCES a_test.cpp ... [LINKS targets])
-#   One test binary per room, one ctest entry; GoogleTest and the outer-data helper come along.
+# dmb_tests(NAME room SOURCES a_test.cpp ... [LINKS targets] [SEPARATE])
+#   One test binary per room, one ctest entry; GoogleTest and the outer-data helper come along. Sources are compiled a few at a
+#   time, since half of a test's cost is reading the same headers again; SEPARATE is for rooms whose tests share names.
 function(dmb_tests)
     if(NOT DMB_TESTS)
         return()
     endif()
-    cmake_parse_arguments(R "" "NAME;TIMEOUT" "SOURCES;LINKS" ${ARGN})
+    cmake_parse_arguments(R "SEPARATE" "NAME;TIMEOUT" "SOURCES;LINKS" ${ARGN})
     if(NOT R_TIMEOUT)
         set(R_TIMEOUT 900)
     endif()
     add_executable(${R_NAME}_tests ${R_SOURCES})
     target_link_libraries(${R_NAME}_tests PRIVATE dmb_flags ${R_LINKS} dmb_test_support)
+    if(NOT R_SEPARATE)
+        set_target_properties(${R_NAME}_tests PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 4)
+        # A fixture in a nameless namespace is no fault because its file is included by another.
+        target_compile_options(${R_NAME}_tests PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
+    endif()
     if(DMB_SANITIZE)
         target_compile_options(${R_NAME}_tests PRIVATE -O0) # what is tested is optimised, the tests need not be
     endif()

@@ -36,6 +36,12 @@ struct BitCursor {
         Consume(bits);
         return value;
     }
+    // One bit, which must be there, as 0 or -1.
+    [[nodiscard]] int TakeMask() {
+        const auto mask = static_cast<int>(static_cast<std::int64_t>(word) >> 63);
+        Consume(1);
+        return mask;
+    }
 
 private:
     static std::uint64_t LoadBigEndian(const std::uint8_t* at) {

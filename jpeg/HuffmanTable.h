@@ -11,7 +11,7 @@
 namespace jpeg {
 
 // One decoded code, packed so that a coefficient costs a single look-up:
-//   bits 0-7    bits of the code and of the value that follows it
+//   bits 0-7    bits of the code and of the value that follows it, at most 32: masked as a shift masks its count anyway
 //   bits 8-15   bits of the code alone
 //   bits 16-19  bits of the value (SSSS)
 //   bits 20-23  zeros before the value (RRRR)
@@ -19,7 +19,7 @@ namespace jpeg {
 struct HuffmanCode {
     std::uint32_t packed;
 
-    [[nodiscard]] int TotalBits() const { return static_cast<int>(packed & 255); }
+    [[nodiscard]] int TotalBits() const { return static_cast<int>(packed & 63); }
     [[nodiscard]] int CodeBits() const { return static_cast<int>(packed >> 8 & 255); }
     [[nodiscard]] int ValueBits() const { return static_cast<int>(packed >> 16 & 15); }
     [[nodiscard]] int Run() const { return static_cast<int>(packed >> 20 & 15); }

@@ -3,6 +3,7 @@
 #include "jpeg/ProgressiveScan.h"
 
 #include <algorithm>
+#include <bit>
 #include <memory>
 #include <new>
 
@@ -75,8 +76,8 @@ void ProgressiveDecoder::DecodeLine(int mcuLine, SampleRows& rows) {
             const std::uint64_t* history = store.History(i);
             std::uint8_t* samples = rows.Row(i, line * side);
             for (int column = 0; column < columns; ++column, values += kept, samples += side) {
-                const bool dcOnly = history == nullptr || (history[firstBlock + column] & ~std::uint64_t{1}) == 0;
-                transform(values, quantisers.Of(i), dcOnly, samples, rows.Stride(i));
+                const int last = history == nullptr ? 0 : 63 - std::countl_zero(history[firstBlock + column] | 1);
+                transform(values, quantisers.Of(i), last, samples, rows.Stride(i));
             }
         }
     }

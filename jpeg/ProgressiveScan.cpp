@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <utility>
 
 namespace jpeg {
 
@@ -29,7 +30,7 @@ bool HasValidParameters(const ScanHeader& scan) {
 }
 
 ProgressiveScan::ProgressiveScan(const Frame& theFrame, CoefficientStore& theStore, int reduction)
-    : frame(theFrame), store(theStore) {
+    : frame(theFrame), store(theStore), keepsAll(reduction == 0) {
     const int side = KeptSide(reduction);
     for (int k = 0; k < kBlockSize; ++k) {
         const int row = kZigzag[k] / kBlockSide;
@@ -70,8 +71,10 @@ Status ProgressiveScan::Read(const ScanHeader& scan, const Tables& theTables, st
     }
     if (scan.spectralStart == 0) {
         ReadDc(scan);
+    } else if (keepsAll) {
+        ReadAc<true>(scan);
     } else {
-        ReadAc(scan);
+        ReadAc<false>(scan);
     }
     return Status::kOk;
 }
@@ -92,6 +95,11 @@ bool ProgressiveScan::BeginMcu() {
     return !reader.Finished();
 }
 
+// What is left of an interval whose data is used up, behind the present MCU; it counts as read.
+int ProgressiveScan::McusToRestart() {
+    return std::exchange(untilRestart, 0);
+}
+
 // T.81 G.1.2.1.
 void ProgressiveScan::ReadDcBlock(const ScanHeader& scan, int part, BitCursor& bits, std::int16_t& value) {
     if (scan.approxHigh != 0) {
@@ -108,59 +116,75 @@ void ProgressiveScan::ReadDc(const ScanHeader& scan) {
         const int component = scan.components[0].component;
         const int blocks = store.BlockCount(component);
         for (int block = 0; block < blocks && BeginMcu(); ++block) {
-            if (!reader.Exhausted()) {
-                BitCursor bits = reader.Bits();
-                ReadDcBlock(scan, 0, bits, *store.Values(component, block));
-                reader.Resume(bits);
+            if (reader.Exhausted()) {
+                block += McusToRestart();
+                continue;
             }
+            BitCursor bits = reader.Bits();
+            ReadDcBlock(scan, 0, bits, *store.Values(component, block));
+            reader.Resume(bits);
         }
         return;
     }
-    const int mcuCount = frame.McusPerLine() * frame.McuLines();
     const int mcusPerLine = frame.McusPerLine();
-    for (int mcu = 0; mcu < mcuCount; ++mcu) {
-        if (!BeginMcu()) {
-            return;
+    const int mcuCount = mcusPerLine * frame.McuLines();
+    for (int mcu = 0; mcu < mcuCount && BeginMcu(); ++mcu) {
+        if (reader.Exhausted()) {
+            mcu += McusToRestart();
+            continue;
         }
         for (int part = 0; part < scan.componentCount; ++part) {
-            const int index = scan.components[part].component;
-            const Component& component = frame.components[index];
-            for (int unit = 0; unit < component.h * component.v; ++unit) {
-                const int column = mcu % mcusPerLine * component.h + unit % component.h;
-                const int line = mcu / mcusPerLine * component.v + unit / component.h;
-                std::int16_t padding = 0;
-                const bool inside = column < store.BlocksPerLine(index) && line < store.BlockLines(index);
-                reader.Prepare();
-                if (reader.Exhausted()) {
-                    continue;
-                }
-                BitCursor bits = reader.Bits();
-                ReadDcBlock(scan, part, bits,
-                            inside ? *store.Values(index, line * store.BlocksPerLine(index) + column) : padding);
-                reader.Resume(bits);
-            }
+            ReadDcMcu(scan, part, mcu / mcusPerLine, mcu % mcusPerLine);
         }
     }
 }
 
-// One correction bit (T.81 G.1.2.3) for each coefficient of `which`. A coefficient that already has this bit came from
-// damaged data and stays. Bits are as good as random, so nothing here branches on them.
-inline void ProgressiveScan::Correct(BitCursor& bits, std::uint64_t which, int bit, std::int16_t* values) const {
+// The blocks of one component in an MCU; those of the padding are read into nothing.
+inline void ProgressiveScan::ReadDcMcu(const ScanHeader& scan, int part, int mcuLine, int mcu) {
+    const int index = scan.components[part].component;
+    const Component& component = frame.components[index];
+    const int columns = store.BlocksPerLine(index);
+    for (int row = 0; row < component.v; ++row) {
+        const int line = mcuLine * component.v + row;
+        for (int i = 0; i < component.h; ++i) {
+            reader.Prepare();
+            if (reader.Exhausted()) {
+                return;
+            }
+            const int column = mcu * component.h + i;
+            std::int16_t padding = 0;
+            const bool inside = column < columns && line < store.BlockLines(index);
+            BitCursor bits = reader.Bits();
+            ReadDcBlock(scan, part, bits, inside ? *store.Values(index, line * columns + column) : padding);
+            reader.Resume(bits);
+        }
+    }
+}
+
+// One correction bit (T.81 G.1.2.3) for coefficient `k`; `step` has the bit's place set. A coefficient that already has
+// this bit came from damaged data and stays. Bits are as good as random, so nothing here branches on them.
+template <bool kKeepsAll>
+inline void ProgressiveScan::Correct(BitCursor& bits, int k, int step, std::int16_t* values) const {
     std::int16_t discarded = 0;
+    const int place = places[k];
+    std::int16_t& value = !kKeepsAll && place == kDiscard ? discarded : values[place];
+    const int sign = value >> 15;
+    const int growth = bits.TakeMask() & step & ~value;
+    value = static_cast<std::int16_t>(value + (growth ^ sign) - sign);
+}
+
+// The same for each coefficient of `which`.
+template <bool kKeepsAll>
+inline void ProgressiveScan::CorrectAll(BitCursor& bits, std::uint64_t which, int step, std::int16_t* values) const {
     while (which != 0) {
         bits.Refill();
         for (int left = 56; which != 0 && left > 0; which &= which - 1, --left) {
-            const int place = places[std::countr_zero(which)];
-            std::int16_t& value = place == kDiscard ? discarded : values[place];
-            const int sign = value >> 15;
-            const int step = ((1 << bit) ^ sign) - sign;
-            const int grows = static_cast<int>(bits.Take(1)) & ~(value >> bit);
-            value = static_cast<std::int16_t>(value + (step & -(grows & 1)));
+            Correct<kKeepsAll>(bits, std::countr_zero(which), step, values);
         }
     }
 }
 
-void ProgressiveScan::ReadAc(const ScanHeader& scan) {
+template <bool kKeepsAll> void ProgressiveScan::ReadAc(const ScanHeader& scan) {
     const int component = scan.components[0].component;
     const int blocks = store.BlockCount(component);
     std::uint64_t* history = store.History(component);
@@ -187,17 +211,18 @@ void ProgressiveScan::ReadAc(const ScanHeader& scan) {
             return;
         }
         if (reader.Exhausted()) {
+            block += McusToRestart();
             continue;
         }
         if (first) {
             ReadAcFirst(scan, store.Values(component, block), history[block]);
         } else if (endOfBandRun == 0) {
-            ReadAcRefinement(scan, store.Values(component, block), history[block]);
+            ReadAcRefinement<kKeepsAll>(scan, store.Values(component, block), history[block]);
         } else {
             --endOfBandRun;
             if (const std::uint64_t which = history[block] & band; which != 0) {
                 BitCursor bits = reader.Bits();
-                Correct(bits, which, scan.approxLow, store.Values(component, block));
+                CorrectAll<kKeepsAll>(bits, which, 1 << scan.approxLow, store.Values(component, block));
                 reader.Resume(bits);
             }
             if (++runVisits > kMaxRunVisits) {
@@ -240,42 +265,50 @@ void ProgressiveScan::ReadAcFirst(const ScanHeader& scan, std::int16_t* values, 
 }
 
 // T.81 G.1.2.3, figures G.7 to G.9.
+template <bool kKeepsAll>
 void ProgressiveScan::ReadAcRefinement(const ScanHeader& scan, std::int16_t* values, std::uint64_t& history) {
     const HuffmanTable& table = tables[0];
-    const int bit = scan.approxLow;
-    const std::uint64_t band = UpTo(scan.spectralEnd);
-    const std::uint64_t known = history; // corrections are for what was there before this scan
-    BitCursor bits = reader.Bits();
+    const int step = 1 << scan.approxLow;
+    const int end = scan.spectralEnd;
     int k = scan.spectralStart;
-    while (k <= scan.spectralEnd) {
+    // Corrections are for what was there before this scan; a bit goes as its coefficient is passed.
+    std::uint64_t known = history & From(k) & UpTo(end);
+    std::uint64_t found = 0;
+    BitCursor bits = reader.Bits();
+    while (k <= end) {
         bits.Refill();
-        const HuffmanCode code = table.Find(bits.word);
-        bits.Consume(code.CodeBits());
+        const std::uint64_t word = bits.word;
+        const HuffmanCode code = table.Find(word);
+        const int signBits = code.ValueBits() != 0 ? 1 : 0;
+        bits.Consume(code.CodeBits() + signBits);
         if (code.Step() == kEndOfBlockStep) {
             endOfBandRun = (1 << code.Run()) - 1 + static_cast<int>(bits.Take(code.Run()));
-            Correct(bits, known & From(k) & band, bit, values);
+            CorrectAll<kKeepsAll>(bits, known, step, values);
             break;
         }
-        const bool isFresh = code.ValueBits() != 0;
-        const int fresh = isFresh ? (static_cast<int>(bits.Take(1)) * 2 - 1) * (1 << bit) : 0;
         // The place of the new coefficient: behind Run() coefficients that are 0. Those passed on the way are corrected.
-        std::uint64_t zeros = ~known & From(k) & band;
-        for (int run = code.Run(); run > 0; --run) {
-            zeros &= zeros - 1;
+        int place = k + code.Run();
+        while (known != 0) {
+            const int passed = std::countr_zero(known);
+            if (passed > place) {
+                break;
+            }
+            ++place;
+            known &= known - 1;
+            if (bits.count == 0) [[unlikely]] {
+                bits.Refill();
+            }
+            Correct<kKeepsAll>(bits, passed, step, values);
         }
-        const int place = zeros == 0 ? scan.spectralEnd + 1 : std::countr_zero(zeros);
-        const std::uint64_t passed = known & From(k) & band & ~From(place);
-        if (passed != 0) {
-            Correct(bits, passed, bit, values);
-        }
-        if (isFresh && zeros != 0) {
-            history |= std::uint64_t{1} << place;
-            if (places[place] != kDiscard) {
-                values[places[place]] = static_cast<std::int16_t>(fresh);
+        if (signBits != 0 && place <= end) {
+            found |= std::uint64_t{1} << place;
+            if (kKeepsAll || places[place] != kDiscard) {
+                values[places[place]] = static_cast<std::int16_t>((word << code.CodeBits()) >> 63 != 0 ? step : -step);
             }
         }
         k = place + 1;
     }
+    history |= found;
     reader.Resume(bits);
 }
 

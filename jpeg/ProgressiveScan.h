@@ -37,14 +37,20 @@ private:
     [[nodiscard]] Status BuildTables(const ScanHeader& scan, const Tables& tables);
     void ReadDc(const ScanHeader& scan);
     void ReadDcBlock(const ScanHeader& scan, int part, BitCursor& bits, std::int16_t& value);
-    void ReadAc(const ScanHeader& scan);
+    void ReadDcMcu(const ScanHeader& scan, int part, int mcuLine, int mcu);
+    template <bool kKeepsAll> void ReadAc(const ScanHeader& scan);
     void ReadAcFirst(const ScanHeader& scan, std::int16_t* values, std::uint64_t& history);
+    template <bool kKeepsAll>
     void ReadAcRefinement(const ScanHeader& scan, std::int16_t* values, std::uint64_t& history);
-    void Correct(BitCursor& bits, std::uint64_t which, int bit, std::int16_t* values) const;
+    template <bool kKeepsAll> void Correct(BitCursor& bits, int k, int step, std::int16_t* values) const;
+    template <bool kKeepsAll>
+    void CorrectAll(BitCursor& bits, std::uint64_t which, int step, std::int16_t* values) const;
     [[nodiscard]] bool BeginMcu();
+    [[nodiscard]] int McusToRestart();
 
     Frame frame;
     CoefficientStore& store;
+    bool keepsAll;                                 // the size is not reduced: every coefficient has a place
     std::array<std::uint8_t, kBlockSize> places{}; // of coefficient k in a stored block, kDiscard when not kept
     std::int64_t runVisits = 0;
 

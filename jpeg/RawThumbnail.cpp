@@ -2,6 +2,8 @@
 
 #include "jpeg/HeaderScan.h"
 
+#include <cstring>
+
 namespace jpeg {
 
 namespace {
@@ -41,17 +43,21 @@ Status RawThumbnail::Open(const ExifThumbnail& thumbnail, std::span<const std::u
         return Status::kRawThumbnail;
     }
     for (Buffer<std::uint8_t>& part : row) {
-        if (!part.Allocate(static_cast<std::uint64_t>(width) + 1)) {
+        if (!part.Allocate(static_cast<std::uint64_t>(width) + kRowSlack)) {
             return Status::kOutOfMemory;
         }
     }
     return Status::kOk;
 }
 
-SampleRow RawThumbnail::PlanarRow(int y) const {
-    const std::size_t plane = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
-    const std::uint8_t* first = samples.data() + static_cast<std::size_t>(y) * static_cast<std::size_t>(width);
-    return {first, first + plane, first + 2 * plane};
+// A plane for each component; copied, as nothing can be read behind the last row.
+void RawThumbnail::CopyPlanes(int y) {
+    const auto size = static_cast<std::size_t>(width);
+    const std::uint8_t* from = samples.data() + static_cast<std::size_t>(y) * size;
+    for (Buffer<std::uint8_t>& part : row) {
+        std::memcpy(part.Data(), from, size);
+        from += size * static_cast<std::size_t>(height);
+    }
 }
 
 // Three samples a pixel, side by side.
@@ -82,9 +88,8 @@ void RawThumbnail::SplitUnits(int y) {
 
 SampleRow RawThumbnail::Row(int y) {
     if (planar) {
-        return PlanarRow(y);
-    }
-    if (chromaShiftX == 0) {
+        CopyPlanes(y);
+    } else if (chromaShiftX == 0) {
         SplitPixels(y);
     } else {
         SplitUnits(y);

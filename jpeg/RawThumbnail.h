@@ -30,7 +30,7 @@ public:
     [[nodiscard]] SampleRow Row(int y);
 
 private:
-    [[nodiscard]] SampleRow PlanarRow(int y) const;
+    void CopyPlanes(int y);
     void SplitPixels(int y);
     void SplitUnits(int y);
 

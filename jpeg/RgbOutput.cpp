@@ -2,6 +2,7 @@
 
 #include "jpeg/Axis.h"
 #include "jpeg/Buffer.h"
+#include "jpeg/ResampleSse2.h"
 
 #include <algorithm>
 #include <array>
@@ -44,7 +45,11 @@ void PackFours(const PixelRows& pixels, int y, const std::uint32_t* words, int s
         }
         return;
     }
-    for (int x = 0; x < size; ++x) {
+    int x = 0;
+#if DMB_JPEG_SSE2
+    x = sse2::PackFours565(words, size, doubled, row);
+#endif
+    for (; x < size; ++x) {
         StoreRgb565(row, x, PackFourContributions565(words[x] << doubled));
     }
 }
@@ -89,7 +94,7 @@ public:
             return status;
         }
         steps.Open(lines);
-        return words.Allocate(static_cast<std::uint64_t>(width)) ? Status::kOk : Status::kOutOfMemory;
+        return words.Allocate(static_cast<std::uint64_t>(width) + kRowSlack) ? Status::kOk : Status::kOutOfMemory;
     }
 
 protected:
@@ -112,7 +117,16 @@ public:
         if (const Status status = ResampledRgb::Open(source, fit); status != Status::kOk) {
             return status;
         }
-        return fours.Allocate(static_cast<std::uint64_t>(fit.width)) ? Status::kOk : Status::kOutOfMemory;
+        const auto size = static_cast<std::uint64_t>(fit.width);
+        if (!pairs.Allocate(size) || !fours.Allocate(size)) {
+            return Status::kOutOfMemory;
+        }
+        for (int x = 0; x < fit.width; ++x) {
+            const int first = columns[x].first;
+            pairs.Data()[x] = {static_cast<std::uint16_t>(first),
+                               static_cast<std::uint16_t>(first + columns[x].count - 1)};
+        }
+        return Status::kOk;
     }
 
     void AddRow(int y, const SampleRow& row) override {
@@ -127,18 +141,25 @@ public:
     }
 
 private:
+    // The first and the last source column of an output column, often the same.
+    struct Pair {
+        std::uint16_t first;
+        std::uint16_t last;
+    };
+
     // In two steps, so that the second works on neighbours: sums across, then packing.
     void Emit(int y) {
         const int size = columns.Size();
-        const std::uint32_t* sums = words.Data();
-        std::uint32_t* four = fours.Data();
+        const std::uint32_t* __restrict sums = words.Data();
+        const Pair* __restrict pair = pairs.Data();
+        std::uint32_t* __restrict four = fours.Data();
         for (int x = 0; x < size; ++x) {
-            const Span span = columns[x];
-            four[x] = sums[span.first] + sums[span.first + span.count - 1];
+            four[x] = sums[pair[x].first] + sums[pair[x].last];
         }
         PackFours(pixels, y, four, size, lines[y].count == 1 ? 1 : 0);
     }
 
+    Buffer<Pair> pairs;
     Buffer<std::uint32_t> fours; // a word of four contributions for each output column
 };
 
@@ -170,7 +191,9 @@ public:
         if (const Status status = ResampledRgb::Open(source, fit); status != Status::kOk) {
             return status;
         }
-        return sums.Allocate(kChannels * static_cast<std::uint64_t>(width)) ? Status::kOk : Status::kOutOfMemory;
+        const bool enough = sums.Allocate(kChannels * (static_cast<std::uint64_t>(width) + 1)) &&
+                            averages.Allocate(static_cast<std::uint64_t>(fit.width));
+        return enough ? Status::kOk : Status::kOutOfMemory;
     }
 
     void AddRow(int y, const SampleRow& row) override {
@@ -198,7 +221,22 @@ private:
     static constexpr int kGreen = kLittle ? 1 : 2;
     static constexpr int kBlue = kLittle ? 0 : 3;
 
-    void Emit(int y) const {
+    void Emit(int y) {
+#if DMB_JPEG_SSE2
+        if constexpr (sizeof(Sum) == sizeof(std::uint16_t)) {
+            const int count = columns.MaxCount() * lines[y].count;
+            const bool alone = lines[y].count == 1 && columns.MaxCount() < 3;
+            if (count <= sse2::kMaxAveraged && !alone) {
+                sse2::AverageColumns(sums.Data(), columns, lines[y].count, averages.Data());
+                PackFours(pixels, y, averages.Data(), columns.Size(), 0);
+                return;
+            }
+        }
+#endif
+        EmitPlain(y);
+    }
+
+    void EmitPlain(int y) const {
         // Column counts differ by one at most.
         const std::uint32_t rows = lines[y].count;
         const auto most = static_cast<std::uint32_t>(columns.MaxCount());
@@ -226,7 +264,8 @@ private:
         }
     }
 
-    Buffer<Sum> sums; // four for each source column
+    Buffer<Sum> sums;               // four for each source column
+    Buffer<std::uint32_t> averages; // a word for each output column
 };
 
 constexpr int kMaxRowsOf16Bits = 65535 / 63;

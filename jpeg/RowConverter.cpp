@@ -35,18 +35,18 @@ Status RowConverter::Open(ColourModel model, int theChromaShift) {
     return Status::kOk;
 }
 
-// Calls sink(x, pixel) for the pixels from `from` on.
-template <typename Sink> void RowConverter::ForEachPixel(const SampleRow& row, int from, int width, Sink sink) const {
+// Calls sink(x, pixel) for all pixels.
+template <typename Sink> void RowConverter::ForEachPixel(const SampleRow& row, int width, Sink sink) const {
     if (colour == ColourModel::kGrey) {
-        for (int x = from; x < width; ++x) {
+        for (int x = 0; x < width; ++x) {
             sink(x, Rgb{row[0][x], row[0][x], row[0][x]});
         }
     } else if (colour == ColourModel::kRgb) {
-        for (int x = from; x < width; ++x) {
+        for (int x = 0; x < width; ++x) {
             sink(x, Rgb{row[0][x], row[1][x], row[2][x]});
         }
     } else {
-        for (int x = from; x < width; ++x) {
+        for (int x = 0; x < width; ++x) {
             const int chroma = x >> chromaShift;
             sink(x, YccToRgb(*tables, row[0][x], row[1][chroma], row[2][chroma]));
         }
@@ -54,15 +54,15 @@ template <typename Sink> void RowConverter::ForEachPixel(const SampleRow& row, i
 }
 
 void RowConverter::ToRgb565(const SampleRow& row, int width, std::uint8_t* pixels) const {
-    int done = 0;
 #if DMB_JPEG_SSE2
-    done = sse2::ToRgb565(KindOf(colour, chromaShift), row, width, pixels);
+    sse2::ToRgb565(KindOf(colour, chromaShift), row, width, pixels);
+#else
+    ForEachPixel(row, width, [pixels](int x, Rgb pixel) { StoreRgb565(pixels, x, PackRgb565(pixel)); });
 #endif
-    ForEachPixel(row, done, width, [pixels](int x, Rgb pixel) { StoreRgb565(pixels, x, PackRgb565(pixel)); });
 }
 
 void RowConverter::ToRgb24(const SampleRow& row, int width, std::uint8_t* pixels) const {
-    ForEachPixel(row, 0, width, [pixels](int x, Rgb pixel) {
+    ForEachPixel(row, width, [pixels](int x, Rgb pixel) {
         pixels[3 * x] = pixel.r;
         pixels[3 * x + 1] = pixel.g;
         pixels[3 * x + 2] = pixel.b;
@@ -70,19 +70,19 @@ void RowConverter::ToRgb24(const SampleRow& row, int width, std::uint8_t* pixels
 }
 
 void RowConverter::StoreContributions(const SampleRow& row, int width, std::uint32_t* words) const {
-    int done = 0;
 #if DMB_JPEG_SSE2
-    done = sse2::StoreContributions(KindOf(colour, chromaShift), row, width, words);
+    sse2::StoreContributions(KindOf(colour, chromaShift), row, width, words);
+#else
+    ForEachPixel(row, width, [words](int x, Rgb pixel) { words[x] = ContributionOf(pixel); });
 #endif
-    ForEachPixel(row, done, width, [words](int x, Rgb pixel) { words[x] = ContributionOf(pixel); });
 }
 
 void RowConverter::AddContributions(const SampleRow& row, int width, std::uint32_t* words) const {
-    int done = 0;
 #if DMB_JPEG_SSE2
-    done = sse2::AddContributions(KindOf(colour, chromaShift), row, width, words);
+    sse2::AddContributions(KindOf(colour, chromaShift), row, width, words);
+#else
+    ForEachPixel(row, width, [words](int x, Rgb pixel) { words[x] += ContributionOf(pixel); });
 #endif
-    ForEachPixel(row, done, width, [words](int x, Rgb pixel) { words[x] += ContributionOf(pixel); });
 }
 
 } // namespace jpeg

@@ -2,6 +2,9 @@
 
 #if DMB_JPEG_SSE2
 
+#include <array>
+#include <cstring>
+
 namespace jpeg::sse2 {
 
 namespace {
@@ -27,11 +30,11 @@ struct ChromaTerms {
     const Lanes bluePart = _mm_mulhi_epi16(_mm_add_epi16(cb5, _mm_set1_epi16(-11)), _mm_set1_epi16(-2988));
 
     const Lanes factors = _mm_set1_epi32(static_cast<int>(18734u << 16 | (static_cast<unsigned>(-22554) & 0xFFFFu)));
-    const Lanes half = _mm_set1_epi32(32768);
     const Lanes low = _mm_madd_epi16(_mm_unpacklo_epi16(cb, cr), factors);
     const Lanes high = _mm_madd_epi16(_mm_unpackhi_epi16(cb, cr), factors);
-    const Lanes greenPart =
-        _mm_packs_epi32(_mm_srai_epi32(_mm_add_epi32(low, half), 16), _mm_srai_epi32(_mm_add_epi32(high, half), 16));
+    // (sum + 32768) >> 16, the last bit of the shift in 16-bit lanes.
+    const Lanes doubled = _mm_packs_epi32(_mm_srai_epi32(low, 15), _mm_srai_epi32(high, 15));
+    const Lanes greenPart = _mm_srai_epi16(_mm_add_epi16(doubled, _mm_set1_epi16(1)), 1);
     return {_mm_add_epi16(cr, redPart), _mm_sub_epi16(greenPart, cr), _mm_add_epi16(_mm_add_epi16(cb, cb), bluePart)};
 }
 
@@ -90,23 +93,26 @@ Lanes Pack565(Lanes redBlue, Lanes green) {
     return _mm_or_si128(_mm_or_si128(red, blue), middle);
 }
 
-template <RowKind kKind> int RowToRgb565(const SampleRow& row, int width, std::uint8_t* pixels) {
+template <RowKind kKind> void RowToRgb565(const SampleRow& row, int width, std::uint8_t* pixels) {
     const Lanes zero = _mm_setzero_si128();
-    int x = 0;
-    for (; x + kStep <= width; x += kStep) {
+    for (int x = 0; x < width; x += kStep, pixels += sizeof(std::uint16_t) * kStep) {
         const Sixteen p = Convert<kKind>(row, x);
-        auto* out = reinterpret_cast<__m128i*>(pixels + 2 * static_cast<std::ptrdiff_t>(x));
-        _mm_storeu_si128(out, Pack565(_mm_unpacklo_epi8(p.b, p.r), _mm_unpacklo_epi8(p.g, zero)));
-        _mm_storeu_si128(out + 1, Pack565(_mm_unpackhi_epi8(p.b, p.r), _mm_unpackhi_epi8(p.g, zero)));
+        const Lanes low = Pack565(_mm_unpacklo_epi8(p.b, p.r), _mm_unpacklo_epi8(p.g, zero));
+        const Lanes high = Pack565(_mm_unpackhi_epi8(p.b, p.r), _mm_unpackhi_epi8(p.g, zero));
+        if (width - x < kStep) {
+            const Lanes last[2] = {low, high};
+            std::memcpy(pixels, last, sizeof(std::uint16_t) * static_cast<std::size_t>(width - x));
+            return;
+        }
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(pixels), low);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(pixels) + 1, high);
     }
-    return x;
 }
 
-template <RowKind kKind, bool kAdd> int RowToContributions(const SampleRow& row, int width, std::uint32_t* words) {
+template <RowKind kKind, bool kAdd> void RowToContributions(const SampleRow& row, int width, std::uint32_t* words) {
     const Lanes zero = _mm_setzero_si128();
     const auto sixBits = [](Lanes v) { return _mm_and_si128(_mm_srli_epi16(v, 2), _mm_set1_epi8(0x3F)); };
-    int x = 0;
-    for (; x + kStep <= width; x += kStep) {
+    for (int x = 0; x < width; x += kStep) {
         const Sixteen p = Convert<kKind>(row, x);
         const Lanes r = sixBits(p.r);
         const Lanes g = sixBits(p.g);
@@ -122,29 +128,28 @@ template <RowKind kKind, bool kAdd> int RowToContributions(const SampleRow& row,
             _mm_storeu_si128(out + i, kAdd ? _mm_add_epi32(_mm_loadu_si128(out + i), four[i]) : four[i]);
         }
     }
-    return x;
 }
 
 } // namespace
 
-int ToRgb565(RowKind kind, const SampleRow& row, int width, std::uint8_t* pixels) {
+void ToRgb565(RowKind kind, const SampleRow& row, int width, std::uint8_t* pixels) {
     constexpr std::array kFunctions = {RowToRgb565<RowKind::kYcc>, RowToRgb565<RowKind::kYccHalf>,
                                        RowToRgb565<RowKind::kGrey>, RowToRgb565<RowKind::kRgb>};
-    return kFunctions[static_cast<std::size_t>(kind)](row, width, pixels);
+    kFunctions[static_cast<std::size_t>(kind)](row, width, pixels);
 }
 
-int StoreContributions(RowKind kind, const SampleRow& row, int width, std::uint32_t* words) {
+void StoreContributions(RowKind kind, const SampleRow& row, int width, std::uint32_t* words) {
     constexpr std::array kFunctions = {
         RowToContributions<RowKind::kYcc, false>, RowToContributions<RowKind::kYccHalf, false>,
         RowToContributions<RowKind::kGrey, false>, RowToContributions<RowKind::kRgb, false>};
-    return kFunctions[static_cast<std::size_t>(kind)](row, width, words);
+    kFunctions[static_cast<std::size_t>(kind)](row, width, words);
 }
 
-int AddContributions(RowKind kind, const SampleRow& row, int width, std::uint32_t* words) {
+void AddContributions(RowKind kind, const SampleRow& row, int width, std::uint32_t* words) {
     constexpr std::array kFunctions = {
         RowToContributions<RowKind::kYcc, true>, RowToContributions<RowKind::kYccHalf, true>,
         RowToContributions<RowKind::kGrey, true>, RowToContributions<RowKind::kRgb, true>};
-    return kFunctions[static_cast<std::size_t>(kind)](row, width, words);
+    kFunctions[static_cast<std::size_t>(kind)](row, width, words);
 }
 
 } // namespace jpeg::sse2

@@ -3,6 +3,7 @@
 
 #include "jpeg/Buffer.h"
 #include "jpeg/Frame.h"
+#include "jpeg/RowConverter.h"
 #include "jpeg/Status.h"
 #include "jpeg/Transform.h"
 
@@ -22,7 +23,7 @@ public:
         for (int i = 0; i < frame.componentCount; ++i) {
             const Component& component = frame.components[i];
             strides[i] = static_cast<std::ptrdiff_t>(frame.McusPerLine()) * component.h * side;
-            if (!planes[i].Allocate(static_cast<std::uint64_t>(strides[i]) * component.v * side, 128)) {
+            if (!planes[i].Allocate(static_cast<std::uint64_t>(strides[i]) * component.v * side + kRowSlack, 128)) {
                 return Status::kOutOfMemory;
             }
         }

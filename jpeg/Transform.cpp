@@ -6,8 +6,6 @@
 #include "jpeg/TransformSse2.h"
 #endif
 
-#include <cmath>
-
 namespace jpeg {
 
 namespace {
@@ -16,20 +14,36 @@ namespace {
 constexpr std::array<double, kBlockSide> kScale = {1.0, 1.387039845, 1.306562965, 1.175875602,
                                                    1.0, 0.785694958, 0.541196100, 0.275899379};
 
-std::uint32_t Multiplier(unsigned quantiser, int row, int column) {
-    const auto scale = static_cast<std::uint32_t>(std::lround(kScale[row] * kScale[column] * 16384.0));
-    return (quantiser * scale + 2048) >> 12;
-}
-
 // What a unit of frequency k can add in one pass to any product's input or output: an output weighs it with at most
 // sqrt(2) cos(pi / 16) against its scale factor, and a product's input takes it as it is.
-double PassGain(int k) {
+constexpr double PassGain(int k) {
     if (k == 0) {
         return 1.0;
     }
     const double output = (k % 4 == 0 ? 1.0 : k % 2 == 0 ? 1.306562965 : 1.387039845) / kScale[k];
     return output < 1.0 ? 1.0 : output;
 }
+
+constexpr std::uint32_t Round(double value) {
+    const auto whole = static_cast<std::uint32_t>(value);
+    return value - whole < 0.5 ? whole : whole + 1;
+}
+
+// Both for each place of a block, row by row, so that a picture's tables are made without floating point.
+struct Factors {
+    std::array<std::uint32_t, kBlockSize> scale; // of a quantiser, times 2^14, rounded
+    std::array<std::uint32_t, kBlockSize> gain;  // of both passes, times 2^12, rounded up
+};
+constexpr Factors kFactors = [] {
+    Factors factors{};
+    for (int i = 0; i < kBlockSize; ++i) {
+        const int row = i / kBlockSide;
+        const int column = i % kBlockSide;
+        factors.scale[i] = Round(kScale[row] * kScale[column] * 16384.0);
+        factors.gain[i] = static_cast<std::uint32_t>(PassGain(row) * PassGain(column) * 4096.0) + 1;
+    }
+    return factors;
+}();
 
 } // namespace
 
@@ -43,10 +57,10 @@ Dequantiser MakeDequantiser(const QuantTable& table, int reduction) {
             continue;
         }
         const int at = row * side + column;
-        const std::uint32_t multiplier = Multiplier(table.values[i], row, column);
+        const std::uint32_t multiplier = (table.values[i] * kFactors.scale[kZigzag[i]] + 2048) >> 12;
         result.multiplier[at] = multiplier;
         result.lane[at] = static_cast<std::int16_t>(multiplier);
-        result.weight[at] = static_cast<std::int16_t>(std::ceil(multiplier * PassGain(row) * PassGain(column)));
+        result.weight[at] = static_cast<std::int16_t>((multiplier * kFactors.gain[kZigzag[i]] + 4095) >> 12);
     }
     return result;
 }

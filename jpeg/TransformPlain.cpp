@@ -82,12 +82,12 @@ int Average(int a, int b) {
 
 } // namespace
 
-void TransformFull(const std::int16_t* values, const Dequantiser& dequantiser, bool dcOnly, std::uint8_t* samples,
+void TransformFull(const std::int16_t* values, const Dequantiser& dequantiser, int last, std::uint8_t* samples,
                    std::ptrdiff_t stride) {
     const auto at = [&](int row, int column) {
         return Dequantise(values[row * 8 + column], dequantiser.multiplier[row * 8 + column]);
     };
-    if (dcOnly) {
+    if (last == 0) {
         Fill(ToSample(at(0, 0)), 8, samples, stride);
         return;
     }
@@ -115,12 +115,12 @@ void TransformFull(const std::int16_t* values, const Dequantiser& dequantiser, b
 }
 
 // The full butterfly over frequencies 0..3; outputs averaged in the pairs (0,1) (2,3) (4,5) (6,7) before the range limit.
-void TransformHalf(const std::int16_t* values, const Dequantiser& dequantiser, bool dcOnly, std::uint8_t* samples,
+void TransformHalf(const std::int16_t* values, const Dequantiser& dequantiser, int last, std::uint8_t* samples,
                    std::ptrdiff_t stride) {
     const auto at = [&](int row, int column) {
         return Dequantise(values[row * 4 + column], dequantiser.multiplier[row * 4 + column]);
     };
-    if (dcOnly) {
+    if (last == 0) {
         Fill(ToSample(at(0, 0)), 4, samples, stride);
         return;
     }
@@ -142,8 +142,8 @@ void TransformHalf(const std::int16_t* values, const Dequantiser& dequantiser, b
 
 // The full butterfly over frequencies 0 and 1; the averages of outputs (1,2) and (5,6), of the second pass after
 // the range limit.
-void TransformQuarter(const std::int16_t* values, const Dequantiser& dequantiser, bool /*dcOnly*/,
-                      std::uint8_t* samples, std::ptrdiff_t stride) {
+void TransformQuarter(const std::int16_t* values, const Dequantiser& dequantiser, int /*last*/, std::uint8_t* samples,
+                      std::ptrdiff_t stride) {
     const auto at = [&](int i) { return Dequantise(values[i], dequantiser.multiplier[i]); };
     // Outputs 1, 2, 5 and 6 of the butterfly for two inputs.
     const auto butterfly = [](std::int32_t dc, std::int32_t ac) {
@@ -161,9 +161,9 @@ void TransformQuarter(const std::int16_t* values, const Dequantiser& dequantiser
     }
 }
 
-void TransformEighth(const std::int16_t* values, const Dequantiser& dequantiser, bool /*dcOnly*/, std::uint8_t* samples,
+void TransformEighth(const std::int16_t* values, const Dequantiser& dequantiser, int /*last*/, std::uint8_t* samples,
                      std::ptrdiff_t /*stride*/) {
-    samples[0] = ToSample(Dequantise(values[0], dequantiser.multiplier[0]));
+    samples[0] = EighthSample(values[0], dequantiser);
 }
 
 } // namespace jpeg::plain

@@ -5,13 +5,13 @@
 
 namespace jpeg::plain {
 
-void TransformFull(const std::int16_t* values, const Dequantiser& dequantiser, bool dcOnly, std::uint8_t* samples,
+void TransformFull(const std::int16_t* values, const Dequantiser& dequantiser, int last, std::uint8_t* samples,
                    std::ptrdiff_t stride);
-void TransformHalf(const std::int16_t* values, const Dequantiser& dequantiser, bool dcOnly, std::uint8_t* samples,
+void TransformHalf(const std::int16_t* values, const Dequantiser& dequantiser, int last, std::uint8_t* samples,
                    std::ptrdiff_t stride);
-void TransformQuarter(const std::int16_t* values, const Dequantiser& dequantiser, bool dcOnly, std::uint8_t* samples,
+void TransformQuarter(const std::int16_t* values, const Dequantiser& dequantiser, int last, std::uint8_t* samples,
                       std::ptrdiff_t stride);
-void TransformEighth(const std::int16_t* values, const Dequantiser& dequantiser, bool dcOnly, std::uint8_t* samples,
+void TransformEighth(const std::int16_t* values, const Dequantiser& dequantiser, int last, std::uint8_t* samples,
                      std::ptrdiff_t stride);
 
 } // namespace jpeg::plain

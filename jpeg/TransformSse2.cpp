@@ -116,6 +116,22 @@ Lanes ScaleMinus669(Lanes value) {
     }
 }
 
+// The same with the columns 4..7 known to be 0; leaves the rows 4..7 unset.
+[[gnu::always_inline]] inline void TransposeLow(Lanes (&v)[8]) {
+    const Lanes a0 = _mm_unpacklo_epi16(v[0], v[4]);
+    const Lanes a1 = _mm_unpacklo_epi16(v[1], v[5]);
+    const Lanes a2 = _mm_unpacklo_epi16(v[2], v[6]);
+    const Lanes a3 = _mm_unpacklo_epi16(v[3], v[7]);
+    const Lanes even01 = _mm_unpacklo_epi16(a0, a2);
+    const Lanes even23 = _mm_unpackhi_epi16(a0, a2);
+    const Lanes odd01 = _mm_unpacklo_epi16(a1, a3);
+    const Lanes odd23 = _mm_unpackhi_epi16(a1, a3);
+    v[0] = _mm_unpacklo_epi16(even01, odd01);
+    v[1] = _mm_unpackhi_epi16(even01, odd01);
+    v[2] = _mm_unpacklo_epi16(even23, odd23);
+    v[3] = _mm_unpackhi_epi16(even23, odd23);
+}
+
 // Whether no value on the way can leave 16 bits: the sum of |coefficient| * weight stays below a limit that leaves room
 // for the truncations.
 class Bound {
@@ -171,42 +187,43 @@ Lanes AverageDown(Lanes a, Lanes b) {
 
 } // namespace
 
-void TransformFull(const std::int16_t* values, const Dequantiser& dequantiser, bool dcOnly, std::uint8_t* samples,
+void TransformFull(const std::int16_t* values, const Dequantiser& dequantiser, int last, std::uint8_t* samples,
                    std::ptrdiff_t stride) {
-    if (dcOnly) {
-        plain::TransformFull(values, dequantiser, true, samples, stride);
+    if (last == 0) {
+        plain::TransformFull(values, dequantiser, 0, samples, stride);
         return;
     }
+    // The first ten coefficients lie in the upper left quarter.
+    const bool isLow = last < 10;
+    const int rows = isLow ? 4 : 8;
     Bound bound;
     Lanes v[8];
-    Lanes high = _mm_setzero_si128();
-    for (int row = 0; row < 8; ++row) {
+    for (int row = 0; row < rows; ++row) {
         const Lanes in = Load(values + row * 8);
         bound.Add(in, Load(dequantiser.weight.data() + row * 8));
         v[row] = _mm_mullo_epi16(in, Load(dequantiser.lane.data() + row * 8));
-        if (row >= 4) {
-            high = _mm_or_si128(high, in);
-        }
     }
     if (!bound.Holds()) [[unlikely]] {
-        plain::TransformFull(values, dequantiser, false, samples, stride);
+        plain::TransformFull(values, dequantiser, last, samples, stride);
         return;
     }
-    if (_mm_movemask_epi8(_mm_cmpeq_epi16(high, _mm_setzero_si128())) == 0xFFFF) {
+    if (isLow) {
+        ButterflyLow(v);
+        TransposeLow(v);
         ButterflyLow(v);
     } else {
         Butterfly(v);
+        Transpose(v);
+        Butterfly(v);
     }
-    Transpose(v);
-    Butterfly(v);
     StoreColumns(PackSamples(v[0], v[1]), PackSamples(v[2], v[3]), PackSamples(v[4], v[5]), PackSamples(v[6], v[7]),
                  samples, stride);
 }
 
-void TransformHalf(const std::int16_t* values, const Dequantiser& dequantiser, bool dcOnly, std::uint8_t* samples,
+void TransformHalf(const std::int16_t* values, const Dequantiser& dequantiser, int last, std::uint8_t* samples,
                    std::ptrdiff_t stride) {
-    if (dcOnly) {
-        plain::TransformHalf(values, dequantiser, true, samples, stride);
+    if (last == 0) {
+        plain::TransformHalf(values, dequantiser, 0, samples, stride);
         return;
     }
     Bound bound;
@@ -219,7 +236,7 @@ void TransformHalf(const std::int16_t* values, const Dequantiser& dequantiser, b
         v[2 * pair + 1] = _mm_srli_si128(rows, 8);
     }
     if (!bound.Holds()) [[unlikely]] {
-        plain::TransformHalf(values, dequantiser, false, samples, stride);
+        plain::TransformHalf(values, dequantiser, last, samples, stride);
         return;
     }
     ButterflyLow(v);
@@ -263,8 +280,8 @@ Lanes LoadFour(const std::int16_t* at) {
 
 } // namespace
 
-void TransformQuarter(const std::int16_t* values, const Dequantiser& dequantiser, bool /*dcOnly*/,
-                      std::uint8_t* samples, std::ptrdiff_t stride) {
+void TransformQuarter(const std::int16_t* values, const Dequantiser& dequantiser, int /*last*/, std::uint8_t* samples,
+                      std::ptrdiff_t stride) {
     // Column pass: lanes 0 and 1 are the columns, inputs 1 come from lanes 2 and 3.
     const Lanes dc = _mm_madd_epi16(LoadFour(values), LoadFour(dequantiser.lane.data()));
     const Lanes ac = _mm_shuffle_epi32(dc, 0x0E);

@@ -21,12 +21,21 @@ QuantTable FlatTable(int quantiser) {
 using Samples = std::array<std::uint8_t, 64>;
 
 Samples Apply(TransformFunction transform, const std::array<std::int16_t, 64>& values, const Dequantiser& dequantiser,
-              bool dcOnly = false) {
+              int last = 63) {
     Samples samples{};
     Block block{};
     std::copy(values.begin(), values.end(), block.values.begin());
-    transform(block.values.data(), dequantiser, dcOnly, samples.data(), 8);
+    transform(block.values.data(), dequantiser, last, samples.data(), 8);
     return samples;
+}
+
+// The last coefficient of a full block that is not 0.
+int LastOf(const std::array<std::int16_t, 64>& values) {
+    int last = 63;
+    while (last > 0 && values[kZigzag[last]] == 0) {
+        --last;
+    }
+    return last;
 }
 
 // Coefficients of a plausible block: large ones first, most of them 0.
@@ -66,13 +75,13 @@ TEST(Transform, DcAloneFillsTheBlock) {
         const int side = KeptSide(reduction);
         std::array<std::int16_t, 64> values{};
         values[0] = 10; // 10 * 32 >> 5 = 10
-        const Samples samples = Apply(TransformFor(reduction), values, dequantiser, true);
+        const Samples samples = Apply(TransformFor(reduction), values, dequantiser, 0);
         for (int y = 0; y < side; ++y) {
             for (int x = 0; x < side; ++x) {
                 EXPECT_EQ(samples[y * 8 + x], 138);
             }
         }
-        EXPECT_EQ(Apply(TransformFor(reduction), values, dequantiser, false), samples);
+        EXPECT_EQ(Apply(TransformFor(reduction), values, dequantiser), samples);
     }
 }
 
@@ -122,6 +131,33 @@ TEST(Transform, VectorPathsEqualThePortableOnes) {
                       Apply(PlainTransformFor(reduction), values, dequantiser))
                 << "reduction " << reduction << " quantiser " << quantiser << " reach " << reach;
         }
+    }
+}
+
+// What is promised to be 0 may be left out, never what is not: blocks of every length.
+TEST(Transform, KnowingTheLastCoefficientChangesNothing) {
+    std::mt19937 random(4);
+    for (int last = 0; last < 64; ++last) {
+        for (const int reach : {3, 60, 400, 2047, 32767}) {
+            for (int round = 0; round < 50; ++round) {
+                std::array<std::int16_t, 64> values{};
+                for (int k = 0; k <= last; ++k) {
+                    values[kZigzag[k]] =
+                        static_cast<std::int16_t>(std::uniform_int_distribution<int>(-reach, reach)(random));
+                }
+                const int quantiser = std::uniform_int_distribution<int>(1, 255)(random);
+                const Dequantiser dequantiser = MakeDequantiser(FlatTable(quantiser), 0);
+                const Samples wanted = Apply(PlainTransformFor(0), values, dequantiser);
+                ASSERT_EQ(Apply(TransformFor(0), values, dequantiser, LastOf(values)), wanted) << last << " " << reach;
+                ASSERT_EQ(Apply(PlainTransformFor(0), values, dequantiser, LastOf(values)), wanted);
+            }
+        }
+    }
+    // A reduced size is told of the whole block's last coefficient.
+    const Dequantiser half = MakeDequantiser(FlatTable(200), 1);
+    const std::array<std::int16_t, 64> large{30000, 9000, -9000, 20000};
+    for (const int last : {1, 9, 10, 63}) {
+        EXPECT_EQ(Apply(TransformFor(1), large, half, last), Apply(PlainTransformFor(1), large, half)) << last;
     }
 }
 

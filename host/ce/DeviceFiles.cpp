@@ -327,7 +327,8 @@ std::optional<std::vector<FolderEntry>> DeviceFiles::List(const WCHAR* path) {
             continue;
         const bool isFolder = S_ISDIR(info.st_mode);
         if (isFolder || S_ISREG(info.st_mode))
-            entries.push_back({FromUtf8(entry->d_name), isFolder, isFolder ? 0 : static_cast<ULONGLONG>(info.st_size)});
+            entries.push_back({FromUtf8(entry->d_name), isFolder, isFolder ? 0 : static_cast<ULONGLONG>(info.st_size),
+                               TimeSeconds{info.st_mtime}});
     }
     std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) { return a.name < b.name; });
     return entries;

@@ -45,7 +45,8 @@ struct FileFaults {
 struct FolderEntry {
     WString name;
     bool isFolder;
-    ULONGLONG size; // bytes; 0 for a folder
+    ULONGLONG size;       // bytes; 0 for a folder
+    TimeSeconds modified; // when it was last written
 };
 
 struct VolumeSpace {

@@ -1,8 +1,11 @@
 // The wrappers of the codec library, each on its own.
 #include "host/filters/Formats.h"
 #include "host/filters/SoundDecoder.h"
+#include "host/filters/WavTap.h"
 #include "host/filters/av/Resampler.h"
 #include "host/filters/av/RgbConverter.h"
+
+#include "host/ce/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -30,14 +33,13 @@ TEST(Formats, ReadsAudioSpecificConfig) {
     EXPECT_EQ(AudioFormatOf(Bytes{0xFF}).codec, AudioCodec::kUnsupported);
 }
 
-TEST(Formats, ReadsAdtsHeaders) {
-    const Bytes frame = {0xFF, 0xF1, 0x4C, 0x80, 0x02, 0x1F, 0xFC, 0, 0, 0};
-    const auto header = AdtsHeader::Parse(frame);
-    ASSERT_TRUE(header);
-    EXPECT_EQ(header->headerBytes, 7u);
-    EXPECT_EQ(header->frameBytes, 16u);
-    EXPECT_EQ(header->configuration, (Bytes{0x11, 0x90}));
-    EXPECT_FALSE(AdtsHeader::Parse(ByteSpan(frame).first(6)));
+TEST(Formats, KnowsHowLongAConfigurationIs) {
+    EXPECT_EQ(AacConfigBits(Bytes{0x11, 0x90}), 16u);
+    EXPECT_EQ(AacConfigBits(Bytes{0x2B, 0x11, 0x88, 0x00}), 25u);
+    EXPECT_EQ(AacConfigBits(Bytes{0x11, 0x92, 0xFF, 0xFF}), 30u) << "with the delay of a core coder";
+    EXPECT_EQ(AacConfigBits(Bytes{0x11, 0x80}), 0u) << "channels in a list of their own";
+    EXPECT_EQ(AacConfigBits(Bytes{0xB1, 0x91, 0x08, 0x00, 0x00}), 0u) << "BSAC";
+    EXPECT_EQ(AacConfigBits(Bytes{0x11}), 0u);
 }
 
 TEST(Resampler, OwnRatePassesUnchanged) {
@@ -115,4 +117,24 @@ TEST(RgbConverter, GreyStaysGrey) {
         EXPECT_EQ(pixel & 0xFF, pixel >> 16);
     }
     EXPECT_TRUE(converter.Convert({}).empty());
+}
+
+TEST(WavTap, WritesAFileThatTellsItsOwnLength) {
+    const ce::TemporaryFolder folder;
+    const auto path = folder.path() / "a.wav";
+    {
+        WavTap tap(path);
+        ASSERT_TRUE(tap.Ok());
+        const std::vector<std::int16_t> samples = {1, -1, 0x1234, -32768};
+        tap.OnSound(samples);
+    }
+    const std::string bytes = ce::ContentOf(path);
+    ASSERT_EQ(bytes.size(), 44u + 8);
+    EXPECT_EQ(bytes.substr(0, 4) + bytes.substr(8, 8) + bytes.substr(36, 4), "RIFFWAVEfmt data");
+    EXPECT_EQ(bytes.substr(4, 4), std::string("\x2C\0\0\0", 4));    // 44: what follows
+    EXPECT_EQ(bytes.substr(20, 4), std::string("\1\0\2\0", 4));     // whole numbers, two channels
+    EXPECT_EQ(bytes.substr(24, 4), std::string("\x80\xBB\0\0", 4)); // 48000 a second
+    EXPECT_EQ(bytes.substr(40, 4), std::string("\x08\0\0\0", 4));
+    EXPECT_EQ(bytes.substr(44), std::string("\x01\0\xFF\xFF\x34\x12\0\x80", 8));
+    EXPECT_FALSE(WavTap(folder.path() / "none" / "a.wav").Ok());
 }

@@ -12,13 +12,13 @@ namespace {
 // Content types of MOT, EN 301 234 6.1: image, and of images JFIF.
 constexpr int kContentImage = 2;
 constexpr int kImageJpeg = 1;
-// The view's reading and the tuner's bytes need no finer pace.
-constexpr ce::Millis kLookAgainMs = 500;
+// Without a sound frame for so long something is missing.
+constexpr ce::Millis kSilenceMs = 500;
 
 } // namespace
 
-DabSource::DabSource(ce::Clock& clock, medmb::Broadcast& broadcast)
-    : FilterBase(CLSID_DABSource), clock_(clock), broadcast_(broadcast), wake_(clock) {
+DabSource::DabSource(ce::Clock& clock, const Outputs& outputs, medmb::Broadcast& broadcast)
+    : FilterBase(CLSID_DABSource), clock_(clock), broadcast_(broadcast), wake_(clock), reception_(outputs.status) {
     auto out = std::make_unique<SampleOutput<SoundUnit>>(*this, kDABSourcePin,
                                                          dshow::MediaType(MEDIATYPE_Audio, kSubtypeLayerTwo));
     out_ = out.get();
@@ -50,6 +50,7 @@ HRESULT DabSource::OnRun(REFERENCE_TIME) {
     if (worker_.joinable()) {
         out_->DeliverEndFlush();
         paused_ = false;
+        wake_.Raise();
         return S_OK;
     }
     quit_ = false;
@@ -79,16 +80,30 @@ void DabSource::Work() {
         hasLabel_ = false; // another service's
     }
     gap_ = true;
+    labelWaits_ = slideWaits_ = false;
+    silentAt_ = clock_.Now() + kSilenceMs;
+    reception_.Begin(broadcast_);
     medmb::BroadcastReader reader = broadcast_.Attach();
     broadcast_.SetNotify([this] { wake_.Raise(); });
     medmb::BroadcastItem item;
     while (!quit_) {
         while (!quit_ && reader.Attached() && reader.TryRead(item) == medmb::ReadResult::Item)
             Take(item);
-        if (!quit_)
-            (void)wake_.Wait(clock_.Now() + kLookAgainMs);
+        if (quit_)
+            break;
+        Look();
+        (void)wake_.Wait(silentAt_);
     }
     broadcast_.SetNotify(nullptr);
+    reception_.Report(ReceptionState::kIdle);
+}
+
+void DabSource::Look() {
+    if (clock_.Now() >= silentAt_) {
+        silentAt_ = clock_.Now() + kSilenceMs;
+        reception_.ReportMissing(broadcast_);
+    }
+    Announce();
 }
 
 void DabSource::Take(const medmb::BroadcastItem& item) {
@@ -100,19 +115,36 @@ void DabSource::Take(const medmb::BroadcastItem& item) {
             label_ = MakePadLabel(item.text->utf8);
             hasLabel_ = true;
         }
-        NotifyEvent(IDMB_EVENT_PAD, 0, 0);
+        labelWaits_ = true;
     } else if (item.kind == medmb::ItemKind::Slide && item.slide) {
         TakeSlide(*item.slide);
     }
+    Announce();
+}
+
+// The view heeds labels and slides only while it plays, so what came during a pause is told when it is over.
+void DabSource::Announce() {
+    if (paused_)
+        return;
+    if (std::exchange(labelWaits_, false))
+        NotifyEvent(IDMB_EVENT_PAD, 0, 0);
+    if (std::exchange(slideWaits_, false))
+        NotifyEvent(IDMB_EVENT_MOT, 0, 0);
 }
 
 void DabSource::TakeFrame(const medmb::BroadcastItem& item) {
+    const auto header = wire::ParseLayerTwoHeader(item.bytes);
+    // Told before what the frame's programme-associated data bring: the view takes no label before it is on air.
+    if (header && !item.damaged) {
+        silentAt_ = clock_.Now() + kSilenceMs;
+        const bool weak = broadcast_.Signal() == medmb::SignalState::Weak;
+        reception_.Report(weak ? ReceptionState::kWeak : ReceptionState::kPlaying);
+    }
     gap_ |= item.discontinuity;
     if (paused_) {
         gap_ = true;
         return;
     }
-    const auto header = wire::ParseLayerTwoHeader(item.bytes);
     if (header && (!format_ || format_->sampleRate != header->sampleRate || format_->channels != header->Channels())) {
         AudioFormat format;
         format.codec = AudioCodec::kLayerTwo;
@@ -142,7 +174,7 @@ void DabSource::TakeSlide(const medmb::RadioSlide& slide) {
         return;
     ce::Ce* system = ce::Ce::Current();
     if (system != nullptr && system->files().Replace(kSlideFile, slide.body))
-        NotifyEvent(IDMB_EVENT_MOT, 0, 0);
+        slideWaits_ = true;
 }
 
 STDMETHODIMP DabSource::PadFace::FetchPadInfo(PadInfo** record) {

@@ -5,6 +5,7 @@
 #include "graph/DMBFilterIds.h"
 #include "host/ce/Clock.h"
 #include "host/filters/PadRecord.h"
+#include "host/filters/Reception.h"
 #include "host/filters/Samples.h"
 #include "host/medmb/Broadcast.h"
 
@@ -18,7 +19,7 @@ inline constexpr const WCHAR* kSlideFile = WTEXT("\\MotBody.dat");
 
 class DabSource final : public dshow::FilterBase {
 public:
-    DabSource(ce::Clock& clock, medmb::Broadcast& broadcast);
+    DabSource(ce::Clock& clock, const Outputs& outputs, medmb::Broadcast& broadcast);
 
 protected:
     ~DabSource() override;
@@ -31,7 +32,9 @@ protected:
 private:
     void StopWorker();
     void Work();
+    void Look();
     void Take(const medmb::BroadcastItem& item);
+    void Announce();
     void TakeFrame(const medmb::BroadcastItem& item);
     void TakeSlide(const medmb::RadioSlide& slide);
 
@@ -63,6 +66,11 @@ private:
     // The worker's.
     std::shared_ptr<const AudioFormat> format_;
     bool gap_ = false;
+    Reception reception_;
+    ce::Millis silentAt_ = 0; // when a sound frame will have been missing for too long
+    // Events that nobody would have heeded during a pause.
+    bool labelWaits_ = false;
+    bool slideWaits_ = false;
 
     std::mutex guard_; // of the label
     PadLabel label_;

@@ -69,6 +69,7 @@ void Demultiplexer::Adopt() {
             audio_.assembler = UnitAssembler(next.audio->sl);
             audioFormat_ = next.audio->format;
             audio_.unitTicks = audioFormat_.UnitTicks();
+            audio_.framer = SoundFramer(next.audio->layout);
         }
     }
     Announce();
@@ -83,8 +84,8 @@ void Demultiplexer::Adopt() {
 
 void Demultiplexer::Announce() {
     AudioFormat audio = audioFormat_;
-    if (program_->audio && program_->audio->layout == UnitLayout::kAdts && audio.sampleRate == 0)
-        audio.codec = AudioCodec::kAac; // the first frame will tell the rest
+    if (program_->audio && IsFramed(program_->audio->layout) && audio.sampleRate == 0)
+        audio.codec = AudioCodec::kAac; // or another one: the first frame will tell
     const bool hasAudio = program_->audio && audio.codec != AudioCodec::kUnsupported;
     listener_.OnStreams(program_->video ? &program_->video->format : nullptr, hasAudio ? &audio : nullptr);
 }
@@ -184,47 +185,32 @@ void Demultiplexer::EmitVideo(ByteSpan bytes, const CodedUnit& coded, bool stamp
 }
 
 void Demultiplexer::TakeAudio(CodedUnit unit) {
-    if (program_->audio->layout == UnitLayout::kAdts)
-        TakeAdts(std::move(unit));
-    else if (audioFormat_.codec != AudioCodec::kUnsupported)
+    if (IsFramed(program_->audio->layout)) {
+        TakeFrames(unit);
+    } else if (audioFormat_.codec != AudioCodec::kUnsupported) {
+        audio_.discontinuity |= unit.lossBefore;
         EmitAudio(unit.bytes, unit, true);
+    }
 }
 
-// Frames lie anyhow in their packets; a stamp belongs to the first one that begins in its packet.
-void Demultiplexer::TakeAdts(CodedUnit unit) {
-    Bytes& rest = audio_.rest;
+// A stamp belongs to the first frame that begins in its packet.
+void Demultiplexer::TakeFrames(const CodedUnit& unit) {
     if (unit.lossBefore)
-        rest.clear();
-    const std::size_t before = rest.size();
-    rest.insert(rest.end(), unit.bytes.begin(), unit.bytes.end());
-    std::size_t at = 0;
+        audio_.framer.Reset();
+    audio_.discontinuity |= unit.lossBefore;
     bool stamped = false;
-    while (rest.size() - at >= 7) {
-        const auto header = AdtsHeader::Parse(ByteSpan(rest).subspan(at));
-        if (!header) {
-            ++at;
-            continue;
-        }
-        if (rest.size() - at < header->frameBytes)
-            break;
-        AudioFormat format = AudioFormatOf(header->configuration);
-        if (format.codec != AudioCodec::kUnsupported && format != audioFormat_) {
-            audioFormat_ = std::move(format);
+    audio_.framer.Push(unit.bytes, [&](const SoundFrame& frame) {
+        if (frame.format != audioFormat_) {
+            audioFormat_ = frame.format;
             audio_.unitTicks = audioFormat_.UnitTicks();
             Announce();
         }
-        const bool beginsHere = at >= before && !stamped;
-        stamped |= beginsHere;
-        EmitAudio(ByteSpan(rest).subspan(at + header->headerBytes, header->frameBytes - header->headerBytes), unit,
-                  beginsHere);
-        unit.lossBefore = false;
-        at += header->frameBytes;
-    }
-    rest.erase(rest.begin(), rest.begin() + static_cast<std::ptrdiff_t>(at));
+        EmitAudio(frame.bytes, unit, frame.beginsHere && !stamped);
+        stamped |= frame.beginsHere;
+    });
 }
 
 void Demultiplexer::EmitAudio(ByteSpan bytes, const CodedUnit& coded, bool stamped) {
-    audio_.discontinuity |= coded.lossBefore;
     AccessUnit unit;
     unit.bytes.assign(bytes.begin(), bytes.end());
     unit.randomAccess = true;
@@ -310,7 +296,7 @@ void Demultiplexer::Restart() {
         lane->lastStamp.reset();
         lane->lead.reset();
         lane->misplaced = 0;
-        lane->rest.clear();
+        lane->framer.Reset();
         lane->discontinuity = true;
     }
 }

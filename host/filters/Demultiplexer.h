@@ -3,7 +3,7 @@
 //   PacketSync        bytes -> packets (files only)
 //   Demultiplexer     packet -> its stream; continuity; what came before the tables is kept and read again
 //   SectionAssembler  -> sections     ProgramTables  -> what the streams are
-//   UnitAssembler     -> coded units  AvcUnits, AdtsHeader -> whole units of one framing
+//   UnitAssembler     -> coded units  AvcUnits, SoundFramer -> whole units of one framing
 //   ClockLine         -> times on one line
 //
 // No stage reads, writes or waits: packets in, typed results to the listener.
@@ -12,6 +12,7 @@
 #include "host/filters/AvcUnits.h"
 #include "host/filters/ClockLine.h"
 #include "host/filters/ProgramTables.h"
+#include "host/filters/SoundFramer.h"
 #include "host/filters/UnitAssembler.h"
 
 #include <deque>
@@ -20,7 +21,7 @@
 namespace filters {
 
 // One picture's or one sound frame's bytes. Pictures are byte streams with start codes, whatever the transmitter
-// uses; an AAC frame has no header.
+// uses; an AAC frame has no header, one of MPEG audio has.
 struct AccessUnit {
     Bytes bytes;
     Ticks time = 0; // of presentation, on the line
@@ -89,7 +90,7 @@ private:
         Ticks unitTicks = 0;            // how long a unit lasts, as far as is known
         std::optional<Ticks> lead;      // of units with a stamp, smoothed
         unsigned misplaced = 0;         // stamps in a row that belong to no clock
-        Bytes rest;                     // ADTS: the beginning of a frame
+        SoundFramer framer;             // of frames that lie anyhow
     };
 
     enum class Order : std::uint8_t { kNext, kRepeated, kAfterGap };
@@ -107,7 +108,7 @@ private:
     void TakeVideo(CodedUnit unit);
     void EmitVideo(ByteSpan bytes, const CodedUnit& unit, bool stamped);
     void TakeAudio(CodedUnit unit);
-    void TakeAdts(CodedUnit unit);
+    void TakeFrames(const CodedUnit& unit);
     void EmitAudio(ByteSpan bytes, const CodedUnit& unit, bool stamped);
     // Fills in time, lead and discontinuity; false when the unit has no place on the line.
     [[nodiscard]] bool SetTime(Lane& lane, const Lane& other, const CodedUnit* stamps,

@@ -14,7 +14,7 @@ constexpr ce::Millis kDrainPollMs = 20;
 } // namespace
 
 FileFeed::FileFeed(FeedHost host, const WString& path)
-    : Feed(std::move(host)), opened_(recording_.Open(path.c_str())) {}
+    : Feed(std::move(host)), opened_(recording_.Open(path.c_str())), reception_(host_.status) {}
 
 // --- the window's thread
 
@@ -61,10 +61,13 @@ void FileFeed::OnPause() {
 
 void FileFeed::Work() {
     host_.stream.BeginRun(false);
+    reception_.Report(ReceptionState::kWaiting);
     if (!opened_) {
+        reception_.Report(ReceptionState::kNoFile);
         host_.stream.End();
         while (!quit_)
             (void)wake_.Wait();
+        reception_.Report(ReceptionState::kIdle);
         return;
     }
     {
@@ -92,6 +95,7 @@ void FileFeed::Work() {
         else
             Step();
     }
+    reception_.Report(ReceptionState::kIdle);
 }
 
 std::optional<Ticks> FileFeed::TakeSeek() {
@@ -126,6 +130,7 @@ void FileFeed::Step() {
         host_.stream.Push(packet);
         (void)host_.stream.TakeClockLost(); // a file cannot be received anew
         SettleOrigin();
+        reception_.Report(host_.stream.State(), false);
         if (host_.stream.TakeAudioChange())
             ReportAudioChange();
         return;
@@ -141,6 +146,8 @@ void FileFeed::Step() {
     if (!packets_.empty())
         return; // the end comes at the next reading
     host_.stream.End();
+    if (host_.stream.State() == StreamState::kUnknown)
+        reception_.Report(ReceptionState::kNoFile);
     const std::scoped_lock lock(guard_);
     ended_ = true;
 }

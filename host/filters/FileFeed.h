@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/filters/Feed.h"
+#include "host/filters/Reception.h"
 #include "host/filters/Recording.h"
 
 #include <mutex>
@@ -37,6 +38,7 @@ private:
     std::uint64_t byteMoved_ = 0; // where reading began after the last move
     bool started_ = false;
     bool changeWaits_ = false;
+    Reception reception_;
     std::optional<Ticks> segment_; // to be told when the origin is known
 
     std::mutex guard_; // of all below

@@ -2,7 +2,6 @@
 
 #include "host/codec/BsacConfig.h"
 #include "host/wire/BitReader.h"
-#include "host/wire/BitWriter.h"
 
 #include <iterator>
 
@@ -68,30 +67,22 @@ AudioFormat AudioFormatOf(ByteSpan configuration) {
     return format;
 }
 
-std::optional<AdtsHeader> AdtsHeader::Parse(ByteSpan bytes) {
-    wire::BitReader bits(bytes);
-    const bool isSync = bits.Read(12) == 0xFFF;
-    bits.Skip(1); // MPEG-4 or MPEG-2, the same to us
-    const unsigned layer = bits.Read(2);
-    const bool noCheckSum = bits.ReadFlag();
-    const unsigned profile = bits.Read(2);
-    const unsigned rate = bits.Read(4);
-    bits.Skip(1);
-    const unsigned channels = bits.Read(3);
-    bits.Skip(4);
-    AdtsHeader header;
-    header.frameBytes = bits.Read(13);
-    header.headerBytes = noCheckSum ? 7 : 9;
-    bits.Skip(13);
-    if (bits.Overrun() || !isSync || layer != 0 || rate >= std::size(kRates) || header.frameBytes <= header.headerBytes)
-        return std::nullopt;
-    wire::BitWriter config;
-    config.Write(profile + 1, 5);
-    config.Write(rate, 4);
-    config.Write(channels, 4);
-    config.Write(0, 3);
-    header.configuration = config.Take();
-    return header;
+std::size_t AacConfigBits(ByteSpan configuration) {
+    wire::BitReader bits(configuration);
+    unsigned type = ReadObjectType(bits);
+    (void)ReadRate(bits);
+    const unsigned channels = bits.Read(4);
+    if (type == kObjectSbr || type == kObjectPs) {
+        (void)ReadRate(bits);
+        type = ReadObjectType(bits);
+    }
+    if (type != kObjectLc || channels == 0)
+        return 0;
+    bits.Skip(1); // frame length
+    if (bits.ReadFlag())
+        bits.Skip(14); // delay of the core coder
+    bits.Skip(1);      // extension: nothing follows for this type
+    return bits.Overrun() ? 0 : bits.Position();
 }
 
 } // namespace filters

@@ -14,9 +14,10 @@ struct VideoFormat {
 };
 
 enum class AudioCodec : std::uint8_t {
-    kBsac,     // configuration: AudioSpecificConfig, ISO/IEC 14496-3 1.6.2.1
-    kAac,      // likewise; units are raw data blocks
-    kLayerTwo, // no configuration; units are whole frames
+    kBsac,       // configuration: AudioSpecificConfig, ISO/IEC 14496-3 1.6.2.1
+    kAac,        // likewise; units are raw data blocks
+    kLayerTwo,   // no configuration; units are whole frames
+    kLayerThree, // likewise
     kUnsupported,
 };
 
@@ -37,13 +38,8 @@ struct AudioFormat {
 // What an AudioSpecificConfig describes; codec kUnsupported when there is no decoder for it.
 [[nodiscard]] AudioFormat AudioFormatOf(ByteSpan audioSpecificConfig);
 
-// An ADTS header (14496-3 1.A.3.2): how long header and frame are, and the format as an AudioSpecificConfig.
-struct AdtsHeader {
-    std::size_t headerBytes = 0;
-    std::size_t frameBytes = 0; // header included
-    Bytes configuration;
-    // Nothing when the bytes do not begin with a header.
-    [[nodiscard]] static std::optional<AdtsHeader> Parse(ByteSpan bytes);
-};
+// How many bits an AudioSpecificConfig of AAC-LC takes, with or without SBR in front of it; 0 for others, whose length is not known
+// here.
+[[nodiscard]] std::size_t AacConfigBits(ByteSpan audioSpecificConfig);
 
 } // namespace filters

@@ -20,6 +20,7 @@ void LiveFeed::Work() {
     started_ = host_.clock.Now();
     deadline_ = host_.clock.Now() + kNoSignalMs;
     noSignal_ = false;
+    reception_.Begin(broadcast_);
     host_.stream.BeginRun(true);
     host_.stream.MarkGap();
     medmb::BroadcastReader reader = broadcast_.Attach();
@@ -31,13 +32,13 @@ void LiveFeed::Work() {
         if (host_.clock.Now() >= deadline_) {
             noSignal_ = true;
             deadline_ += kNoSignalMs;
-            Report(ReceptionState::kNoSignal);
+            reception_.ReportMissing(broadcast_);
             host_.notify(IDMB_EVENT_NO_SIGNAL);
         }
         (void)wake_.Wait(deadline_);
     }
     broadcast_.SetNotify(nullptr);
-    Report(ReceptionState::kIdle);
+    reception_.Report(ReceptionState::kIdle);
 }
 
 void LiveFeed::Drain(medmb::BroadcastReader& reader) {
@@ -68,14 +69,9 @@ void LiveFeed::Take(const medmb::BroadcastItem& item) {
     if (!sound)
         return;
     deadline_ = host_.clock.Now() + kNoSignalMs;
-    Report(stream.Demux().IsScrambled() ? ReceptionState::kScrambled : ReceptionState::kPlaying);
+    reception_.Report(stream.State(), broadcast_.Signal() == medmb::SignalState::Weak);
     if (std::exchange(noSignal_, false))
         host_.notify(IDMB_EVENT_SIGNAL);
-}
-
-void LiveFeed::Report(ReceptionState state) {
-    if (std::exchange(state_, state) != state && host_.status != nullptr)
-        host_.status->OnReception(state);
 }
 
 } // namespace filters

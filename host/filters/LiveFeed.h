@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/filters/Feed.h"
+#include "host/filters/Reception.h"
 #include "host/medmb/Broadcast.h"
 
 namespace filters {
@@ -9,7 +10,7 @@ namespace filters {
 class LiveFeed final : public Feed {
 public:
     LiveFeed(FeedHost host, medmb::Broadcast& broadcast, CaptureTee& tee)
-        : Feed(std::move(host)), broadcast_(broadcast), tee_(tee) {}
+        : Feed(std::move(host)), broadcast_(broadcast), tee_(tee), reception_(host_.status) {}
     ~LiveFeed() override { Stop(); }
 
     void Position(std::uint64_t& now, std::int64_t& whole) override;
@@ -24,7 +25,6 @@ private:
     void OnResume() override;
     void Drain(medmb::BroadcastReader& reader);
     void Take(const medmb::BroadcastItem& item);
-    void Report(ReceptionState state);
 
     medmb::Broadcast& broadcast_;
     CaptureTee& tee_;
@@ -32,7 +32,7 @@ private:
     // The worker's.
     ce::Millis deadline_ = 0; // of the next report of no signal
     bool noSignal_ = false;
-    ReceptionState state_ = ReceptionState::kIdle;
+    Reception reception_;
 };
 
 } // namespace filters

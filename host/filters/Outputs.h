@@ -22,7 +22,17 @@ protected:
     ~SoundSource() = default;
 };
 
-// A sound card. Start and Stop come from one thread at a time; Pull is called on the device's own.
+// A sound card.
+//
+// What a device must do:
+// - Take 16-bit stereo at 48 kHz and ask for it in small portions (10 to 40 ms), steadily, on one thread of its own. A portion may
+//   have any length; it is always filled whole. Pull allocates and frees nothing and waits for short locks only.
+// - Hold no lock in Pull that Start, Stop or LatencyMs takes.
+// - When the card goes away, simply stop pulling: after half a second without a Pull the renderer calls Stop and keeps time itself;
+//   at the next run of a graph Start is tried again. A device that opens another card by itself may go on pulling instead.
+// - Every Start that answers true is followed by exactly one Stop, maybe from another thread, before the next Start. Neither may take
+//   longer than some tens of milliseconds, because a graph's Run and Stop wait for them.
+// - Play what it gets: volume and mute are the renderer's.
 class SoundDevice {
 public:
     virtual ~SoundDevice() = default;
@@ -30,11 +40,12 @@ public:
     [[nodiscard]] virtual bool Start(SoundSource& source) = 0;
     // When it returns, no Pull runs and none will come.
     virtual void Stop() = 0;
-    // From a Pull until its sound is heard, in milliseconds.
+    // From a Pull until its first sample is heard, in milliseconds: what waits in the card and its driver then. Asked once after each
+    // Start; pictures are shown that much later.
     [[nodiscard]] virtual int LatencyMs() const = 0;
 };
 
-// Hears what is played: a WAV file, a test. Any thread, never two at once.
+// Hears what is played: a WAV file, a test. On the thread that pulls, never two at once; a tap that is slow can make a device run dry.
 class SoundTap {
 public:
     virtual ~SoundTap() = default;
@@ -53,17 +64,31 @@ public:
     virtual void Place(const RECT& rectangle, bool visible) = 0;
 };
 
+// What a viewer would like to know when there is no picture or no sound.
 enum class ReceptionState : std::uint8_t {
-    kIdle,      // stopped
-    kPlaying,   // packets come
-    kNoSignal,  // no packets
-    kScrambled, // packets come, but picture and sound are scrambled
+    kIdle,      // no graph runs
+    kWaiting,   // running, but nothing has reached a decoder yet
+    kPlaying,   // picture or sound reach their decoders
+    kSoundOnly, // the same, but the service has no picture, or none that can be decoded
+    kWeak,      // plays, but the reception is damaged
+    kNoService, // the tuner has no service, or has left it
+    kNoSource,  // tuned, but the receiver sends nothing
+    kNoSync,    // the receiver sends bytes in which there are no frames of an ensemble
+    kNoSignal,  // frames come, but nothing usable of this service
+    kScrambled, // data come, but picture and sound are scrambled
+    kNoDecoder, // data come, but neither picture nor sound is coded in a way known here
+    kNoFile,    // the file cannot be opened, or holds no programme
 };
 
-// Tells how things are going. Any thread.
+[[nodiscard]] constexpr bool IsPlaying(ReceptionState state) {
+    return state == ReceptionState::kPlaying || state == ReceptionState::kSoundOnly || state == ReceptionState::kWeak;
+}
+
+// Tells how things are going. Any thread, one call at a time for each graph; must not wait for the window's thread.
 class StatusPort {
 public:
     virtual ~StatusPort() = default;
+    // Only changes are told. A run begins with kWaiting and ends with kIdle.
     virtual void OnReception(ReceptionState state) = 0;
     // A capture ended by itself: the card is full or gone. What was written stays playable.
     virtual void OnCaptureFailed(HRESULT reason) = 0;

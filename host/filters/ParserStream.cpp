@@ -23,7 +23,7 @@ ParserStream::ParserStream(SampleOutput<PictureUnit>& picture, SampleOutput<Soun
 void ParserStream::BeginRun(bool live) {
     live_ = live;
     dropping_ = false;
-    clockLost_ = audioChange_ = false;
+    clockLost_ = audioChange_ = pictureCame_ = soundCame_ = false;
     {
         const std::scoped_lock lock(guard_);
         if (announced_)
@@ -51,6 +51,16 @@ void ParserStream::Restart() {
 void ParserStream::MarkGap() {
     demultiplexer_.MarkGap();
     pictureGap_ = soundGap_ = true;
+}
+
+StreamState ParserStream::State() const {
+    if (demultiplexer_.IsScrambled())
+        return StreamState::kScrambled;
+    if (known_ ? !hasVideo_ && !hasAudio_ : demultiplexer_.Tables().IsForeign())
+        return StreamState::kForeign;
+    if (hasVideo_ ? !pictureCame_ : !soundCame_)
+        return StreamState::kUnknown;
+    return hasVideo_ ? StreamState::kPicture : StreamState::kSound;
 }
 
 bool ParserStream::WaitsForAudio() const {
@@ -112,6 +122,7 @@ void ParserStream::OnVideo(AccessUnit unit) {
         pictureGap_ = true;
         return;
     }
+    pictureCame_ = true;
     unit.discontinuity |= std::exchange(pictureGap_, false);
     unit.live = live_;
     const Ticks time = unit.time;
@@ -132,6 +143,7 @@ void ParserStream::OnAudio(AccessUnit unit) {
         sample.format = format_;
         lastTime_ = unit.time;
     }
+    soundCame_ = true;
     soundEnd_ = unit.time + sample.format->UnitTicks();
     unit.discontinuity |= std::exchange(soundGap_, false);
     unit.live = live_;

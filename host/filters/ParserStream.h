@@ -13,6 +13,15 @@
 
 namespace filters {
 
+// How far the stream has come.
+enum class StreamState : std::uint8_t {
+    kUnknown,   // no tables yet, or nothing of what they promise
+    kScrambled, // at present
+    kForeign,   // nothing in it can be decoded here
+    kSound,     // sound comes, and there is no picture in it that can be decoded
+    kPicture,   // a picture comes
+};
+
 class ParserStream final : private DemuxListener {
 public:
     ParserStream(SampleOutput<PictureUnit>& picture, SampleOutput<SoundUnit>& sound);
@@ -29,6 +38,7 @@ public:
     void Restart();
     // Something is missing from here on.
     void MarkGap();
+    [[nodiscard]] StreamState State() const;
     [[nodiscard]] const Demultiplexer& Demux() const { return demultiplexer_; }
     // True once after the stream's clock was lost, or another sound format was met.
     [[nodiscard]] bool TakeClockLost() { return std::exchange(clockLost_, false); }
@@ -62,6 +72,8 @@ private:
     bool hasAudio_ = false;
     bool pictureGap_ = false;
     bool soundGap_ = false;
+    bool pictureCame_ = false; // since the run began
+    bool soundCame_ = false;
     bool clockLost_ = false;
     bool audioChange_ = false;
     std::optional<Ticks> soundEnd_;

@@ -37,26 +37,37 @@ Ticks Playout::BufferedTicks() const {
 }
 
 bool Playout::Push(const SoundBlock& block) {
-    const std::scoped_lock lock(guard_);
-    if (BufferedTicks() > (block.live ? kLiveRoom : kFileRoom))
-        return false;
-    if (block.sampleRate <= 0 || block.channels <= 0 || block.samples.empty())
-        return true;
-    const auto frames = static_cast<std::int64_t>(block.samples.size()) / block.channels;
-    if (segment_ && block.time + frames * kTicksPerSecond / block.sampleRate <= *segment_)
-        return true;
-    if (queue_.empty() && !playing_)
-        waitingSince_ = clock_.Now();
-    live_ = block.live;
-    ended_ = false;
-    newestSchedule_ = block.time - std::clamp<Ticks>(block.lead, 0, kLargestLead);
-    Steer(block);
-    Piece piece;
+    const std::scoped_lock work(resampling_);
+    std::list<Piece> made;
+    {
+        const std::scoped_lock lock(guard_);
+        if (BufferedTicks() > (block.live ? kLiveRoom : kFileRoom))
+            return false;
+        if (block.sampleRate <= 0 || block.channels <= 0 || block.samples.empty())
+            return true;
+        const auto frames = static_cast<std::int64_t>(block.samples.size()) / block.channels;
+        if (segment_ && block.time + frames * kTicksPerSecond / block.sampleRate <= *segment_)
+            return true;
+        if (queue_.empty() && !playing_)
+            waitingSince_ = clock_.Now();
+        live_ = block.live;
+        ended_ = false;
+        newestSchedule_ = block.time - std::clamp<Ticks>(block.lead, 0, kLargestLead);
+        Steer(block);
+        if (!spare_.empty())
+            made.splice(made.end(), spare_, spare_.begin());
+    }
+    if (made.empty())
+        made.emplace_back();
+    Piece& piece = made.front();
     piece.time = block.time * kFinePerTick;
+    piece.done = 0;
+    piece.frames.clear();
     resampler_.Push(block.samples, block.sampleRate, block.channels, piece.frames);
+    const std::scoped_lock lock(guard_);
     queuedSamples_ += piece.frames.size();
-    if (!piece.frames.empty())
-        queue_.push_back(std::move(piece));
+    auto& to = piece.frames.empty() ? spare_ : queue_;
+    to.splice(to.end(), made);
     return true;
 }
 
@@ -80,10 +91,11 @@ void Playout::End() {
 }
 
 void Playout::Flush() {
-    const std::scoped_lock lock(guard_);
-    queue_.clear();
-    queuedSamples_ = 0;
+    const std::scoped_lock work(resampling_);
     resampler_.Reset();
+    const std::scoped_lock lock(guard_);
+    spare_.splice(spare_.end(), queue_);
+    queuedSamples_ = 0;
     anchored_ = playing_ = ended_ = filling_ = false;
     segment_.reset();
     marginBlocks_ = 0;
@@ -158,7 +170,7 @@ void Playout::Fill(std::span<std::int16_t> out) {
             continue;
         }
         if (piece.done >= piece.frames.size())
-            queue_.pop_front();
+            spare_.splice(spare_.end(), queue_, queue_.begin());
     }
 }
 

@@ -7,7 +7,8 @@
 // slower: transmitter and sound card never agree. When the queue runs dry, silence is played and the stream's time goes on;
 // sound that then comes too late for its place begins the holding back anew.
 //
-// Any thread may call; nobody waits inside.
+// Any thread may call. Pull waits for short locks only and neither allocates nor frees: blocks that were played go back to be filled
+// again, and resampling has a lock of its own.
 #pragma once
 
 #include "host/ce/Clock.h"
@@ -16,7 +17,7 @@
 #include "host/filters/SoundDecoder.h"
 #include "host/filters/av/Resampler.h"
 
-#include <deque>
+#include <list>
 #include <mutex>
 
 namespace filters {
@@ -69,9 +70,12 @@ private:
     [[nodiscard]] Fine PositionAt(ce::Millis now) const;
 
     ce::Clock& clock_;
-    mutable std::mutex guard_; // of all below
+    std::mutex resampling_; // before guard_
     Resampler resampler_{kDeviceRate};
-    std::deque<Piece> queue_;
+
+    mutable std::mutex guard_; // of all below
+    std::list<Piece> queue_;
+    std::list<Piece> spare_; // played, to be used again
     std::size_t queuedSamples_ = 0;
     bool anchored_ = false; // position_ means something
     bool playing_ = false;  // not holding back

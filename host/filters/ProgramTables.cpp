@@ -17,6 +17,21 @@ std::uint32_t KeyOf(const wire::PsiSection& section) {
            section.number;
 }
 
+// Of sound outside a sync layer, ISO/IEC 13818-1 table 2-34.
+std::optional<UnitLayout> FramingOf(std::uint8_t streamType) {
+    switch (streamType) {
+    case wire::kStreamTypeMpeg1Audio:
+    case wire::kStreamTypeMpeg2Audio:
+        return UnitLayout::kMpegAudio;
+    case wire::kStreamTypeAdtsAac:
+        return UnitLayout::kAdts;
+    case wire::kStreamTypeLatmAac:
+        return UnitLayout::kLatm;
+    default:
+        return std::nullopt;
+    }
+}
+
 std::optional<std::uint16_t> ElementaryIdOf(const wire::Pmt::Stream& stream) {
     for (const wire::PsiDescriptor& descriptor : stream.descriptors) {
         if (descriptor.tag == wire::kPsiTagSl && descriptor.body.size() >= 2)
@@ -123,10 +138,12 @@ void ProgramTables::TakePmt(std::uint16_t pid, const wire::PsiSection& section) 
         return;
     const bool plays = std::ranges::any_of(map->streams, [](const wire::Pmt::Stream& stream) {
         return stream.type == wire::kStreamTypeSlPes || stream.type == wire::kStreamTypeH264 ||
-               stream.type == wire::kStreamTypeAdtsAac;
+               FramingOf(stream.type).has_value();
     });
-    if (!plays)
+    if (!plays) {
+        foreign_ = true;
         return;
+    }
     mapPid_ = pid;
     objectSl_.reset();
     objectRounds_ = 0;
@@ -204,8 +221,8 @@ void ProgramTables::DeriveStream(const wire::Pmt::Stream& stream, Program& progr
         program.video = {stream.pid, UnitLayout::kPlain, std::nullopt, {}};
         return;
     }
-    if (stream.type == wire::kStreamTypeAdtsAac && !program.audio) {
-        program.audio = {stream.pid, UnitLayout::kAdts, std::nullopt, {}};
+    if (const auto framing = FramingOf(stream.type); framing && !program.audio) {
+        program.audio = {stream.pid, *framing, std::nullopt, {}};
         return;
     }
     if (stream.type != wire::kStreamTypeSlPes)

@@ -17,7 +17,10 @@ namespace filters {
 enum class UnitLayout : std::uint8_t {
     kSyncLayer, // SL packets
     kPlain,     // the PES payload is the unit, or several
-    kAdts,      // frames with ADTS headers, anyhow
+    // Frames of sound lie anyhow:
+    kAdts,      // with ADTS headers
+    kLatm,      // in LATM with its synchronisation layer
+    kMpegAudio, // of MPEG audio
 };
 
 template <class Format> struct ProgramStream {
@@ -32,7 +35,7 @@ struct Program {
     std::uint16_t number = 0;
     std::uint16_t clockPid = 0x1FFF;
     std::optional<ProgramStream<VideoFormat>> video;
-    // With ADTS the format stays empty: the frames tell it.
+    // Where frames lie anyhow the format stays empty: they tell it.
     std::optional<ProgramStream<AudioFormat>> audio;
     bool operator==(const Program&) const = default;
 };
@@ -52,6 +55,8 @@ public:
 
     // The first programme with picture or sound, once all of it is known.
     [[nodiscard]] const std::optional<Program>& Current() const { return program_; }
+    // There is a programme, but nothing in it that can be decoded here.
+    [[nodiscard]] bool IsForeign() const { return foreign_ && !map_; }
     // The tables last received, in the order in which a receiver needs them.
     [[nodiscard]] std::vector<TableSection> Sections() const;
     [[nodiscard]] std::uint64_t DamagedSections() const { return damaged_; }
@@ -78,6 +83,7 @@ private:
     std::map<std::uint16_t, wire::EsDescriptor> descriptors_; // by ES_ID
     std::optional<Program> program_;
     unsigned objectRounds_ = 0; // object descriptor sections since the map changed
+    bool foreign_ = false;      // a map without anything known has been met
     bool changed_ = false;
     std::uint64_t damaged_ = 0;
 };

@@ -34,6 +34,16 @@ protected:
         world.broadcast.Put(generation, std::move(item));
         world.clock.Settle();
     }
+    // A frame of layer II, of silence.
+    void PutFrame(bool damaged = false) {
+        static const auto frames =
+            headend::EncodeLayerTwo({.sampleRate = 48000, .channels = 2, .kbps = 192}, std::vector<float>(9600));
+        medmb::BroadcastItem item;
+        item.kind = medmb::ItemKind::Audio;
+        item.bytes = frames.front();
+        item.damaged = damaged;
+        Put(std::move(item));
+    }
     void PutText(const std::string& utf8) {
         auto text = std::make_shared<medmb::RadioText>();
         text->utf8 = utf8;
@@ -76,6 +86,57 @@ TEST_F(Radio, ALabelComesWithItsEvent) {
     EXPECT_EQ(record->dlsLength, 4);
     EXPECT_EQ(session->controller->GetPadInfo(&record), S_OK);
     EXPECT_EQ(record->dlsLength, 5);
+}
+
+// The view takes labels only from a service that is on air, and one label may stay for hours.
+TEST_F(Radio, PlaysBeforeItsFirstLabel) {
+    (void)session->control->Run();
+    world.clock.Settle();
+    EXPECT_EQ(world.status.States(), std::vector{ReceptionState::kWaiting});
+    PutFrame();
+    EXPECT_EQ(world.status.States().back(), ReceptionState::kPlaying);
+    EXPECT_EQ(session->TakeEvents()[IDMB_EVENT_PAD], 0);
+    PutText("NEWS");
+    EXPECT_EQ(session->TakeEvents()[IDMB_EVENT_PAD], 1);
+}
+
+TEST_F(Radio, SilenceHasAReason) {
+    (void)session->control->Run();
+    PutFrame();
+    world.broadcast.SetSignal(generation, medmb::SignalState::Good);
+    for (int i = 0; i < 30; ++i) {
+        world.clock.Sleep(24);
+        PutFrame(true);
+    }
+    EXPECT_EQ(world.status.States().back(), ReceptionState::kNoSignal) << "damaged frames alone are no signal";
+    world.broadcast.SetSignal(generation, medmb::SignalState::Lost);
+    world.clock.Sleep(600);
+    EXPECT_EQ(world.status.States().back(), ReceptionState::kNoSource);
+    world.broadcast.SetSignal(generation, medmb::SignalState::Weak);
+    PutFrame();
+    EXPECT_EQ(world.status.States().back(), ReceptionState::kWeak);
+    world.broadcast.End();
+    world.clock.Sleep(600);
+    EXPECT_EQ(world.status.States().back(), ReceptionState::kNoService);
+    (void)session->control->Stop();
+    EXPECT_EQ(world.status.States().back(), ReceptionState::kIdle);
+    EXPECT_FALSE(session->TakeEvents().contains(IDMB_EVENT_NO_SIGNAL))
+        << "radio has its own way, by the signal's strength";
+}
+
+TEST_F(Radio, WhatCameDuringAPauseIsToldAfterIt) {
+    (void)session->control->Run();
+    PutFrame();
+    (void)session->control->Pause();
+    PutText("NEWS");
+    PutSlide(1, "picture");
+    auto events = session->TakeEvents();
+    EXPECT_EQ(events[IDMB_EVENT_PAD] + events[IDMB_EVENT_MOT], 0);
+    (void)session->control->Run();
+    world.clock.Settle();
+    events = session->TakeEvents();
+    EXPECT_EQ(events[IDMB_EVENT_PAD], 1);
+    EXPECT_EQ(events[IDMB_EVENT_MOT], 1);
 }
 
 TEST_F(Radio, ASlideIsWholeBeforeItsEvent) {

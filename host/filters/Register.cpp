@@ -27,8 +27,8 @@ void Register(dshow::ClassTable& table, ce::Clock& clock, const Outputs& outputs
     table.Add(CLSID_DMBVideoRenderer, [&clock, outputs](REFIID iid, void** object) {
         return dshow::CreateObject<VideoRenderer>(iid, object, clock, outputs);
     });
-    table.Add(CLSID_DABSource, [&clock, &broadcast](REFIID iid, void** object) {
-        return dshow::CreateObject<DabSource>(iid, object, clock, broadcast);
+    table.Add(CLSID_DABSource, [&clock, outputs, &broadcast](REFIID iid, void** object) {
+        return dshow::CreateObject<DabSource>(iid, object, clock, outputs, broadcast);
     });
 }
 

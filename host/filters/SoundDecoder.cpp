@@ -16,27 +16,29 @@ constexpr std::size_t kRampFrames = 480;
 bool SoundDecoder::SetFormat(const AudioFormat& format) {
     format_ = format;
     bsac_.reset();
-    aac_.reset();
+    mpeg_.reset();
     layerTwo_.reset();
     Flush();
     if (format.codec == AudioCodec::kBsac) {
         if (const auto config = codec::ParseBsacConfig(format.configuration))
             bsac_ = std::make_unique<codec::BsacDecoder>(*config);
-    } else if (format.codec == AudioCodec::kAac) {
-        aac_ = std::make_unique<AacDecoder>(format.configuration);
-        if (!aac_->IsReady())
-            aac_.reset();
+    } else if (format.codec == AudioCodec::kAac || format.codec == AudioCodec::kLayerThree) {
+        using Kind = MpegSoundDecoder::Kind;
+        mpeg_ = std::make_unique<MpegSoundDecoder>(format.codec == AudioCodec::kAac ? Kind::kAac : Kind::kLayerThree,
+                                                   format.configuration);
+        if (!mpeg_->IsReady())
+            mpeg_.reset();
     } else if (format.codec == AudioCodec::kLayerTwo) {
         layerTwo_ = std::make_unique<codec::LayerTwoDecoder>();
     }
-    return bsac_ || aac_ || layerTwo_;
+    return bsac_ || mpeg_ || layerTwo_;
 }
 
 void SoundDecoder::Flush() {
     if (bsac_)
         bsac_->Flush();
-    if (aac_)
-        aac_->Flush();
+    if (mpeg_)
+        mpeg_->Flush();
     if (layerTwo_)
         layerTwo_->Flush();
     next_.reset();
@@ -45,7 +47,7 @@ void SoundDecoder::Flush() {
 }
 
 void SoundDecoder::Push(const AccessUnit& unit, const Sink& sink) {
-    if (!bsac_ && !aac_ && !layerTwo_)
+    if (!bsac_ && !mpeg_ && !layerTwo_)
         return;
     if (unit.discontinuity)
         Conceal(unit, sink);
@@ -89,9 +91,9 @@ void SoundDecoder::Decode(ByteSpan bytes, SoundBlock block, const Sink& sink) {
         block.sampleRate = samples.sampleRate;
         block.channels = samples.channels;
     };
-    if (aac_ && !bytes.empty()) {
-        AacSamples samples;
-        decoded = aac_->Decode(bytes, samples) && !samples.interleaved.empty();
+    if (mpeg_ && !bytes.empty()) {
+        MpegSamples samples;
+        decoded = mpeg_->Decode(bytes, samples) && !samples.interleaved.empty();
         take(samples);
     } else if (layerTwo_ && !bytes.empty()) {
         codec::LayerTwoSamples samples;

@@ -5,7 +5,7 @@
 #include "host/codec/BsacDecoder.h"
 #include "host/codec/av/LayerTwoDecoder.h"
 #include "host/filters/Demultiplexer.h"
-#include "host/filters/av/AacDecoder.h"
+#include "host/filters/av/MpegSoundDecoder.h"
 
 #include <functional>
 #include <memory>
@@ -45,7 +45,7 @@ private:
 
     AudioFormat format_;
     std::unique_ptr<codec::BsacDecoder> bsac_;
-    std::unique_ptr<AacDecoder> aac_;
+    std::unique_ptr<MpegSoundDecoder> mpeg_; // AAC and layer III
     std::unique_ptr<codec::LayerTwoDecoder> layerTwo_;
     std::optional<Ticks> next_;           // when the next unit is due
     std::vector<std::int16_t> lastFrame_; // the last sample of each channel

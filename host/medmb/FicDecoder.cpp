@@ -19,6 +19,7 @@ constexpr std::uint64_t kStaleFrames = 417;    // ten seconds
 constexpr std::uint64_t kReconfirmFrames = 42; // one second after a reconfiguration
 constexpr std::size_t kMaxServices = 256;      // far above what a FIC can repeat in time
 constexpr std::size_t kMaxLabels = 512;
+constexpr std::size_t kMaxApplications = 16; // of a component
 
 } // namespace
 
@@ -135,10 +136,8 @@ void FicDecoder::PushFig0(const wire::Fig0& fig) {
         time = wire::ParseFig0_10(body);
         break;
     case 13:
-        wire::ForEachFig0_13(body, longIds, [&](const wire::UserApplicationEntry& entry) {
-            if (applications.size() < kMaxServices)
-                applications[{{longIds, entry.serviceId}, entry.componentIdInService}] = entry.applications;
-        });
+        wire::ForEachFig0_13(body, longIds,
+                             [&](const wire::UserApplicationEntry& entry) { PushApplications(entry, longIds); });
         break;
     case 17:
         wire::ForEachFig0_17(body, [this](const wire::ProgrammeType& entry) {
@@ -189,6 +188,26 @@ void FicDecoder::PushServices(ByteSpan body, bool longIds) {
     });
 }
 
+// A component's applications may be told one group each, so they add up.
+void FicDecoder::PushApplications(const wire::UserApplicationEntry& entry, bool longIds) {
+    if (applications.size() >= kMaxServices)
+        return;
+    auto& known = applications[{{longIds, entry.serviceId}, entry.componentIdInService}];
+    for (const wire::UserApplication& application : entry.applications) {
+        const auto place = std::find_if(known.begin(), known.end(),
+                                        [&](const wire::UserApplication& one) { return one.type == application.type; });
+        if (place != known.end() && *place == application)
+            continue;
+        if (place != known.end())
+            *place = application;
+        else if (known.size() < kMaxApplications)
+            known.push_back(application);
+        else
+            continue;
+        ++changes;
+    }
+}
+
 void FicDecoder::PushLabel(const wire::Label& label) {
     // Component labels name parts of a service; nobody asks for them.
     if (label.target.of == LabelOf::Component || labels.size() >= kMaxLabels)
@@ -212,8 +231,11 @@ void FicDecoder::PushExtendedLabel(const wire::ExtendedLabelSegment& segment) {
         label.ucs2 = segment.ucs2;
         label.segmentCount = segment.segmentCount;
     }
-    label.segments[static_cast<std::size_t>(segment.segment)] =
-        wire::ByteVector(segment.text.begin(), segment.text.end());
+    auto& place = label.segments[static_cast<std::size_t>(segment.segment)];
+    if (place && std::equal(place->begin(), place->end(), segment.text.begin(), segment.text.end()))
+        return;
+    place = wire::ByteVector(segment.text.begin(), segment.text.end());
+    ++changes;
 }
 
 void FicDecoder::ForgetStale() {
@@ -237,6 +259,10 @@ void FicDecoder::ForgetStale() {
 std::optional<LabelBytes> FicDecoder::LabelFor(const LabelKey& key) const {
     if (const auto found = labels.find(key); found != labels.end() && !found->second.Utf8().empty())
         return found->second;
+    return ExtendedLabelFor(key);
+}
+
+std::optional<LabelBytes> FicDecoder::ExtendedLabelFor(const LabelKey& key) const {
     const auto found = extendedLabels.find(key);
     if (found == extendedLabels.end() || found->second.segmentCount == 0)
         return std::nullopt;
@@ -258,7 +284,9 @@ Service FicDecoder::BuildService(const ServiceKey& key, const KnownService& know
     service.longId = key.first;
     service.id = key.second;
     service.accessId = known.entry.accessId;
-    service.label = LabelFor({key.first ? LabelOf::Data : LabelOf::Programme, key.second});
+    const LabelKey labelKey{key.first ? LabelOf::Data : LabelOf::Programme, key.second};
+    service.label = LabelFor(labelKey);
+    service.extendedLabel = ExtendedLabelFor(labelKey);
     for (const wire::ComponentEntry& entry : known.entry.components) {
         Component component{entry, entry.subChannelId, entry.type};
         if (entry.transport == wire::Transport::Packet) {
@@ -317,13 +345,23 @@ Ensemble FicDecoder::Model() const {
     return ensemble;
 }
 
+const std::pair<const FicDecoder::ServiceKey, FicDecoder::KnownService>* FicDecoder::Find(std::uint32_t id) const {
+    for (const bool longId : {true, false})
+        if (const auto found = services.find({longId, id}); found != services.end())
+            return &*found;
+    return nullptr;
+}
+
 std::optional<Service> FicDecoder::FindService(std::uint32_t serviceId) const {
-    for (const bool longId : {true, false}) {
-        const ServiceKey key{longId, serviceId};
-        if (const auto found = services.find(key); found != services.end())
-            return BuildService(key, found->second);
-    }
-    return std::nullopt;
+    const auto* found = Find(serviceId);
+    if (found == nullptr)
+        return std::nullopt;
+    return BuildService(found->first, found->second);
+}
+
+std::uint64_t FicDecoder::AnnouncedAt(std::uint32_t serviceId) const {
+    const auto* found = Find(serviceId);
+    return found == nullptr ? 0 : found->second.lastSeen;
 }
 
 bool FicDecoder::Complete(const std::vector<int>& streams) const {

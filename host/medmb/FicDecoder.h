@@ -42,6 +42,7 @@ struct Service {
     int accessId = 0;
     std::vector<Component> components;
     std::optional<LabelBytes> label;
+    std::optional<LabelBytes> extendedLabel;         // FIG 2, when there is one
     std::vector<wire::UserApplication> applications; // of the primary component
     std::optional<int> programmeType;
 
@@ -73,6 +74,9 @@ public:
     [[nodiscard]] Ensemble Model() const;
     [[nodiscard]] std::optional<Service> FindService(std::uint32_t serviceId) const;
 
+    // A number that grows whenever FIG 0/2 lists the service again; 0 when it never did.
+    [[nodiscard]] std::uint64_t AnnouncedAt(std::uint32_t serviceId) const;
+
     // True when nothing is missing: every service has its label, every sub-channel of `streams` (ids) its service, and
     // no configuration news came for half a second, or as many services are known as FIG 0/7 tells.
     [[nodiscard]] bool Complete(const std::vector<int>& streams) const;
@@ -80,7 +84,7 @@ public:
 
     [[nodiscard]] std::uint64_t Fibs() const { return fibs; }
     [[nodiscard]] std::uint64_t FibErrors() const { return fibErrors; }
-    // Counts changes of configuration and labels.
+    // Counts changes of configuration, labels and applications.
     [[nodiscard]] std::uint64_t Changes() const { return changes; }
 
 private:
@@ -105,11 +109,14 @@ private:
     void PushFig0(const wire::Fig0& fig);
     void PushEnsemble(const wire::EnsembleInformation& info);
     void PushServices(wire::ByteSpan body, bool longIds);
+    void PushApplications(const wire::UserApplicationEntry& entry, bool longIds);
     void PushLabel(const wire::Label& label);
     void PushExtendedLabel(const wire::ExtendedLabelSegment& segment);
     void ForgetStale();
     void News();
+    [[nodiscard]] const std::pair<const ServiceKey, KnownService>* Find(std::uint32_t id) const;
     [[nodiscard]] std::optional<LabelBytes> LabelFor(const LabelKey& key) const;
+    [[nodiscard]] std::optional<LabelBytes> ExtendedLabelFor(const LabelKey& key) const;
     [[nodiscard]] Service BuildService(const ServiceKey& key, const KnownService& known) const;
     [[nodiscard]] std::vector<ServiceKey> ServiceOrder() const;
 

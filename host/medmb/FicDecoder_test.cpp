@@ -207,6 +207,7 @@ TEST(FicDecoder, ExtendedLabelsServeWhenThereIsNoOther) {
     EXPECT_EQ(fic.Model().services[0].label->CodePage949(), wire::ToCodePage949(text));
     PushFigs(fic, {{1, LabelFig(LabelOf::Programme, 0xE201, "FIG ONE")}});
     EXPECT_EQ(Labels(fic), std::vector<std::string>{"FIG ONE"});
+    EXPECT_EQ(fic.Model().services[0].extendedLabel->Utf8(), text);
 }
 
 TEST(FicDecoder, ServicesKeepTheOrderOfTheEnsemble) {
@@ -266,6 +267,18 @@ TEST(FicDecoder, TheSlideshowsTypeOrTheUsualOne) {
     wire::AppendFig0_13(body, {0xE201, 0, {{wire::kUserApplicationSlideshow, {0x10, 0x3C}}}}, false);
     PushFigs(fic, {{0, Fig0Of(13, false, body)}});
     EXPECT_EQ(fic.FindService(0xE201)->SlideshowType(), 16);
+}
+
+TEST(FicDecoder, LateApplicationsAreAChange) {
+    FicDecoder fic;
+    PushFigs(fic, {{0, ServicesFig({RadioService(0xE201, 1)}, false)}});
+    const std::uint64_t before = fic.Changes();
+    ByteVector body;
+    wire::AppendFig0_13(body, {0xE201, 0, {{wire::kUserApplicationSlideshow, {0x10, 0x3C}}}}, false);
+    PushFigs(fic, {{0, Fig0Of(13, false, body)}});
+    EXPECT_EQ(fic.Changes(), before + 1);
+    PushFigs(fic, {{0, Fig0Of(13, false, body)}});
+    EXPECT_EQ(fic.Changes(), before + 1);
 }
 
 } // namespace

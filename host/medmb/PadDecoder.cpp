@@ -131,6 +131,9 @@ void PadDecoder::Subfield(int type, ByteSpan data, std::vector<PadEvent>& events
         CollectObject(data, events);
     } else if (type == slideshowType + 1) {
         CollectObject(data, events);
+    } else {
+        // Somebody else's data group; the length was told for it.
+        announcedLength.reset();
     }
 }
 

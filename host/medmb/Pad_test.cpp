@@ -237,6 +237,40 @@ TEST(MotAssembler, TheTailFromBeforeTuningInIsNotMixedWithTheNextTurn) {
     EXPECT_TRUE(PushGroup(assembler, a.body[3]));
 }
 
+TEST(MotAssembler, TwoObjectsInterleavedWithTheirHeadersInTheMiddle) {
+    const Sent a = MakeObject(1, "a.jpg", Body(1, 350));
+    const Sent b = MakeObject(2, "b.jpg", Body(2, 350));
+    MotAssembler assembler;
+    for (const std::size_t i : {3u, 0u}) {
+        EXPECT_FALSE(PushGroup(assembler, a.body[i]));
+        EXPECT_FALSE(PushGroup(assembler, b.body[i]));
+    }
+    EXPECT_FALSE(PushGroup(assembler, b.header[0]));
+    EXPECT_FALSE(PushGroup(assembler, b.body[1]));
+    EXPECT_FALSE(PushGroup(assembler, a.body[1]));
+    EXPECT_EQ(PushGroup(assembler, b.body[2])->Name(), "b.jpg");
+    EXPECT_FALSE(PushGroup(assembler, a.header[0]));
+    EXPECT_EQ(PushGroup(assembler, a.body[2])->Name(), "a.jpg");
+}
+
+TEST(MotAssembler, TheTailOfAnOldObjectDoesNotCostTheNewOneItsTurn) {
+    // Every object has the same identifier here, as some encoders do it.
+    for (const std::size_t size : {349u, 250u}) {
+        const Sent old = MakeObject(1, "old.jpg", Body(1, 350));
+        const Sent now = MakeObject(1, "new.jpg", Body(2, size));
+        MotAssembler assembler;
+        EXPECT_FALSE(PushGroup(assembler, old.body[2]));
+        EXPECT_FALSE(PushGroup(assembler, old.body[3]));
+        EXPECT_FALSE(PushGroup(assembler, now.header[0]));
+        std::optional<MotObject> object;
+        for (const ByteVector& group : now.body)
+            object = PushGroup(assembler, group);
+        ASSERT_TRUE(object) << size;
+        EXPECT_EQ(object->Name(), "new.jpg");
+        EXPECT_EQ(object->body, Body(2, size));
+    }
+}
+
 TEST(MotAssembler, ManyUnfinishedObjectsAreBounded) {
     MotAssembler assembler;
     for (int id = 0; id < 1000; ++id)
@@ -260,6 +294,12 @@ TEST(MotAssembler, WhatIsRefusedHasAReason) {
     header.compressed = false;
     header.contentType = 1;
     EXPECT_NE(RefuseSlide(header), "");
+    header.contentType = wire::kMotContentGeneral;
+    EXPECT_NE(RefuseSlide(header), "");
+    header.mimeType = "image/jpeg";
+    EXPECT_EQ(RefuseSlide(header), "");
+    header.mimeType = "image/png";
+    EXPECT_NE(RefuseSlide(header).find("image/png"), std::string::npos);
 }
 
 // An audio frame that is nothing but PAD at its end.
@@ -386,6 +426,32 @@ TEST(PadDecoder, TheSignalledTypeCarriesTheSlideshow) {
     EXPECT_EQ(SendGroups(pad, sent.body, true, 16).size(), 1u);
 }
 
+TEST(PadDecoder, AnotherApplicationsLengthIsNotTheSlideshows) {
+    PadDecoder pad;
+    const Sent sent = MakeObject(1, "a.jpg", Body(1, 350));
+    const ByteVector other(40, 0x55);
+    (void)SendGroups(pad, {other}, true, 14);
+    EXPECT_TRUE(SendGroups(pad, sent.header, false, 12).empty());
+    EXPECT_EQ(SendGroups(pad, sent.body, false, 12).size(), 1u);
+    EXPECT_EQ(pad.Count().dataGroupErrors, 0u);
+}
+
+TEST(PadDecoder, DataGroupsWithoutCheckSum) {
+    PadDecoder pad;
+    Sent sent = MakeObject(1, "a.jpg", Body(1, 350));
+    for (std::vector<ByteVector>* groups : {&sent.header, &sent.body})
+        for (ByteVector& group : *groups) {
+            group[0] &= 0xBF;
+            group.resize(group.size() - 2);
+        }
+    for (const bool announce : {true, false}) {
+        pad.Reset();
+        EXPECT_TRUE(SendGroups(pad, sent.header, announce, 12).empty());
+        EXPECT_EQ(SendGroups(pad, sent.body, announce, 12).size(), 1u) << announce;
+    }
+    EXPECT_EQ(pad.Count().dataGroupErrors, 0u);
+}
+
 TEST(PadDecoder, IndicatorsLongerThanTheFrameAreDamage) {
     ByteVector small(60, 0x11);
     const ByteVector indicators = {0xEC, 0xEC, 0xEC, 0xEC}; // four times 48 bytes
@@ -430,6 +496,23 @@ TEST(RadioChannel, FindsTheFirstHalfOfATwentyFourKilohertzFrame) {
     ASSERT_TRUE(frame);
     EXPECT_TRUE(frame->damaged);
     EXPECT_EQ(radio.Count().bad, 1u);
+}
+
+TEST(RadioChannel, FramesWithoutCheckSumAreBelievedWhenThereIsNoOtherKind) {
+    ByteVector without(384, 0);
+    const ByteVector header = {0xFF, 0xFD, 0x84, 0x00};
+    std::copy(header.begin(), header.end(), without.begin());
+    RadioChannel radio;
+    for (int i = 0; i < 3; ++i)
+        EXPECT_FALSE(radio.Push(without)->damaged);
+    // In a stream with check sums the missing one is a wrong bit.
+    ByteVector with = without;
+    with[1] = 0xFC;
+    const std::size_t bits = 2 * (11 * 4 + 12 * 3 + 4 * 2);
+    wire::Put16(with, 4, wire::AudioCrc(with, 48, bits, wire::AudioCrc(with, 16, 16)));
+    EXPECT_FALSE(radio.Push(with)->damaged);
+    EXPECT_TRUE(radio.Push(without)->damaged);
+    EXPECT_FALSE(radio.Push(with)->damaged);
 }
 
 } // namespace

@@ -17,6 +17,11 @@ std::optional<LayerTwoHeader> HeaderFor(ByteSpan logicalFrame) {
 
 } // namespace
 
+// A frame without a check sum, which DAB does not know but some encoders send, is believed when no other kind was heard.
+bool RadioChannel::IsGood(const LayerTwoHeader& header) const {
+    return header.hasCrc ? wire::LayerTwoCrcOk(header, frame) : !format || !format->hasCrc;
+}
+
 void RadioChannel::Gap() {
     pending.reset();
     awaitingSecond = false;
@@ -32,7 +37,7 @@ std::optional<RadioFrame> RadioChannel::Push(ByteSpan logicalFrame) {
         const LayerTwoHeader first = *pending;
         if (frame.size() == logicalFrame.size()) {
             wire::AppendBytes(frame, logicalFrame);
-            const bool good = wire::LayerTwoCrcOk(first, frame);
+            const bool good = IsGood(first);
             // A second half that looks like a header, after a first that proves wrong, is a first half.
             if (good || !header) {
                 pending.reset();
@@ -49,7 +54,7 @@ std::optional<RadioFrame> RadioChannel::Push(ByteSpan logicalFrame) {
             pending = header;
             return std::nullopt;
         }
-        return Finish(*header, wire::LayerTwoCrcOk(*header, frame));
+        return Finish(*header, IsGood(*header));
     }
     if (!format)
         return std::nullopt;

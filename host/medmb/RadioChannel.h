@@ -37,6 +37,7 @@ public:
     [[nodiscard]] std::optional<wire::LayerTwoHeader> Format() const { return format; }
 
 private:
+    [[nodiscard]] bool IsGood(const wire::LayerTwoHeader& header) const;
     [[nodiscard]] std::optional<RadioFrame> Finish(const wire::LayerTwoHeader& header, bool good);
 
     wire::ByteVector frame;

@@ -1,6 +1,7 @@
 #include "host/medmb/ServiceReceiver.h"
 
 #include <algorithm>
+#include <utility>
 #include <variant>
 
 #include "platform/medmblib.h"
@@ -14,6 +15,8 @@ namespace {
 
 // A longer gap of the frame count (one second) is a jump: how much is missing is not known.
 constexpr std::uint64_t kLongestGap = 42;
+// A FIC that is silent about the service for so long after the stream table changed (one second) is waited for no longer.
+constexpr std::size_t kMostHeld = 42;
 
 } // namespace
 
@@ -23,9 +26,8 @@ std::uint64_t ServiceReceiver::CountGap(const EtiFrame& frame, bool restarted) {
     const auto last = lastFrameCount;
     lastFrameCount = count;
     if (restarted) {
-        outer.Reset();
         radio.Gap();
-        discontinuity = true;
+        discontinuity = discontinuity || libraryType == DMB_SERVICE_TYPE_DAB_AUDIO;
         return 0;
     }
     if (!last || count == *last)
@@ -56,14 +58,42 @@ void ServiceReceiver::FollowService() {
         radio.Pad().SetSlideshowType(service->SlideshowType());
 }
 
+// Whether it is uncertain whose this frame's sub-channels are. `announced`: when the FIC had named the service before this frame.
+bool ServiceReceiver::MustHold(const EtiFrame& frame, std::uint64_t announced) {
+    const ByteSpan table = frame.StreamTable();
+    const bool isOld = std::equal(table.begin(), table.end(), heardTable.begin(), heardTable.end());
+    const bool changed = !isOld && !heardTable.empty() && frame.HeaderCrcOk();
+    if (!isOld && frame.HeaderCrcOk())
+        heardTable.assign(table.begin(), table.end());
+    // A FIC that has named another sub-channel already runs ahead of the main stream.
+    const Component* primary = service ? service->Primary() : nullptr;
+    const bool known = subChannelId >= 0 && primary != nullptr && primary->subChannelId == subChannelId;
+    if (held.empty() && !changed)
+        return false;
+    if (held.empty())
+        announcedBefore = announced;
+    return known && held.size() < kMostHeld && fic.AnnouncedAt(serviceId) == announcedBefore;
+}
+
+void ServiceReceiver::ReleaseHeld() {
+    for (HeldFrame& early : std::exchange(held, {})) {
+        if (const auto frame = EtiFrame::Parse(early.bytes))
+            Deliver(*frame, early.framesLost, early.quality);
+        meter.Add(early.quality);
+    }
+}
+
 void ServiceReceiver::Push(const EtiFrame& frame, bool restarted) {
-    std::uint64_t framesLost = CountGap(frame, restarted);
+    if (restarted)
+        ReleaseHeld();
+    const std::uint64_t framesLost = CountGap(frame, restarted);
     counters.framesLost += framesLost;
     ++counters.frames;
     frameTime += 1 + framesLost;
     meter.AddMissing(framesLost);
 
     FrameQuality quality;
+    const std::uint64_t announced = fic.AnnouncedAt(serviceId);
     const std::uint64_t fibsBefore = fic.Fibs();
     const std::uint64_t errorsBefore = fic.FibErrors();
     fic.PushFic(frame.Fic());
@@ -71,6 +101,17 @@ void ServiceReceiver::Push(const EtiFrame& frame, bool restarted) {
     quality.fibErrors = static_cast<int>(fic.FibErrors() - errorsBefore);
     FollowService();
 
+    if (MustHold(frame, announced)) {
+        held.push_back({wire::ByteVector(frame.Bytes().begin(), frame.Bytes().end()), framesLost, quality});
+        receiving = false;
+        return;
+    }
+    ReleaseHeld();
+    Deliver(frame, framesLost, quality);
+    meter.Add(quality);
+}
+
+void ServiceReceiver::Deliver(const EtiFrame& frame, std::uint64_t framesLost, FrameQuality& quality) {
     receiving = false;
     const Component* primary = service ? service->Primary() : nullptr;
     if (primary != nullptr && TableTrusted(frame)) {
@@ -103,7 +144,6 @@ void ServiceReceiver::Push(const EtiFrame& frame, bool restarted) {
     }
     if (!receiving && subChannelId >= 0)
         unusable = std::min(kLongestGap, unusable + 1 + framesLost);
-    meter.Add(quality);
 }
 
 void ServiceReceiver::PushTelevision(ByteSpan data, std::uint64_t framesLost, FrameQuality& quality) {

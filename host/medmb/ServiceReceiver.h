@@ -2,10 +2,14 @@
 //
 // Follows the service through renames and reconfigurations. A frame whose main stream is lost (a gap in the frame count, a
 // damaged stream table) leaves the phase of the outer code where it was.
+//
+// When the stream table changes, nobody knows whose the sub-channels are until the FIC has told it again. The frames in between
+// are held back, so that neither another service's bytes are taken for ours nor ours are lost.
 #pragma once
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "host/medmb/Broadcast.h"
 #include "host/medmb/FicDecoder.h"
@@ -32,8 +36,11 @@ public:
     ServiceReceiver(std::uint32_t serviceIdentifier, ServiceSink& target, FicDecoder known = {})
         : serviceId(serviceIdentifier), sink(target), fic(std::move(known)) {}
 
-    // `restarted`: the frame does not follow the one before, as when a file starts over.
+    // `restarted`: the frame does not follow the one before, as when a file starts over. Its end may fit to its beginning, so
+    // the outer code goes on and finds out; sound is marked, so that the edges are softened.
     void Push(const wire::EtiFrame& frame, bool restarted = false);
+    // No frame will come any more: those held back are delivered as what is known tells.
+    void Finish() { ReleaseHeld(); }
     // Time for so many frames went by without one.
     void Missing(std::uint64_t frames) { meter.AddMissing(frames); }
 
@@ -51,6 +58,9 @@ private:
     [[nodiscard]] std::uint64_t CountGap(const wire::EtiFrame& frame, bool restarted);
     [[nodiscard]] bool TableTrusted(const wire::EtiFrame& frame);
     void FollowService();
+    [[nodiscard]] bool MustHold(const wire::EtiFrame& frame, std::uint64_t announced);
+    void ReleaseHeld();
+    void Deliver(const wire::EtiFrame& frame, std::uint64_t framesLost, FrameQuality& quality);
     void PushTelevision(wire::ByteSpan data, std::uint64_t framesLost, FrameQuality& quality);
     void PushRadio(wire::ByteSpan data, std::uint64_t framesLost, FrameQuality& quality);
     void EmitPackets(const wire::ByteVector& packets, bool gap);
@@ -70,7 +80,15 @@ private:
     bool discontinuity = false;
     std::optional<int> lastFrameCount;
     wire::ByteVector lastTable;
-    std::uint64_t unusable = 0; // frames in a row whose stream table was not to be trusted
+    struct HeldFrame {
+        wire::ByteVector bytes;
+        std::uint64_t framesLost = 0;
+        FrameQuality quality;
+    };
+    std::vector<HeldFrame> held;
+    std::uint64_t announcedBefore = 0; // the hold
+    wire::ByteVector heardTable;       // the last one whose check sum was right
+    std::uint64_t unusable = 0;        // frames in a row whose stream table was not to be trusted
     std::uint64_t frameTime = 0;
     StageCounters counters;
 };

@@ -18,7 +18,7 @@ public:
         gaps += discontinuity ? 1 : 0;
     }
     void OnAudio(const RadioFrame& frame, bool discontinuity) override {
-        firstBytes.push_back(frame.bytes[20]);
+        firstBytes.push_back(frame.bytes[40]);
         damaged += frame.damaged ? 1 : 0;
         gaps += discontinuity ? 1 : 0;
     }
@@ -118,6 +118,69 @@ TEST(ServiceReceiver, AMoveToAnotherSubChannelIsFollowed) {
     EXPECT_EQ(sink.firstBytes.size(), 40u);
     EXPECT_EQ(sink.damaged, 0);
     EXPECT_EQ(sink.gaps, 1);
+}
+
+TEST(ServiceReceiver, AfterANewStreamTableTheFicIsWaitedFor) {
+    Collector sink;
+    ServiceReceiver receiver(0xE201, sink);
+    const TestEnsemble before = RadioOnly();
+    for (int i = 0; i < 10; ++i)
+        Push(receiver, before, i);
+    // The main stream has changed: sub-channel 1 is another service's, as large as ours. The FIC tells it three frames later.
+    TestEnsemble after = before;
+    after.radio = {RadioService(0xE2FF, 1), RadioService(0xE201, 5)};
+    after.subs = {{1, [](int) { return AudioBytes(0xEE); }}, {5, [](int frame) { return AudioBytes(frame); }}};
+    TestEnsemble silent = after;
+    silent.firstServiceFrame = 100;
+    for (int i = 10; i < 20; ++i)
+        Push(receiver, i < 13 ? silent : after, i);
+    std::vector<int> expected(20);
+    for (int i = 0; i < 20; ++i)
+        expected[static_cast<std::size_t>(i)] = i;
+    EXPECT_EQ(sink.firstBytes, expected);
+    EXPECT_EQ(sink.damaged, 0);
+    EXPECT_EQ(sink.gaps, 1);
+}
+
+TEST(ServiceReceiver, AFicThatStaysSilentIsNotWaitedForForEver) {
+    Collector sink;
+    ServiceReceiver receiver(0xE201, sink);
+    TestEnsemble ensemble = RadioOnly();
+    for (int i = 0; i < 10; ++i)
+        Push(receiver, ensemble, i);
+    ensemble.firstServiceFrame = 1000;
+    ensemble.subs.push_back({9, [](int) { return ByteVector(24, 0); }});
+    for (int i = 10; i < 50; ++i)
+        Push(receiver, ensemble, i);
+    EXPECT_EQ(sink.firstBytes.size(), 10u);
+    for (int i = 50; i < 60; ++i)
+        Push(receiver, ensemble, i);
+    EXPECT_EQ(sink.firstBytes.size(), 60u);
+    EXPECT_EQ(sink.gaps, 0);
+    // What is held at the end is not lost.
+    ensemble.subs.pop_back();
+    for (int i = 60; i < 65; ++i)
+        Push(receiver, ensemble, i);
+    receiver.Finish();
+    EXPECT_EQ(sink.firstBytes.size(), 65u);
+}
+
+TEST(ServiceReceiver, ASlideshowToldLateIsFound) {
+    Collector sink;
+    ServiceReceiver receiver(0xE201, sink);
+    TestEnsemble ensemble = RadioOnly();
+    for (int i = 0; i < 5; ++i)
+        Push(receiver, ensemble, i);
+    EXPECT_EQ(receiver.Current()->SlideshowType(), 12);
+    ByteVector body;
+    wire::AppendFig0_13(body, {0xE201, 0, {{wire::kUserApplicationSlideshow, {0x10, 0x3C}}}}, false);
+    wire::EtiFrameContent content;
+    content.frameCount = 5;
+    content.fic = Fib({{0, Fig0Of(13, false, body)}});
+    content.fic.resize(96, 0);
+    content.streams.push_back({{1, 0, 0x22, 0}, AudioBytes(5)});
+    receiver.Push(*wire::EtiFrame::Parse(wire::WriteEtiFrame(content)));
+    EXPECT_EQ(receiver.Current()->SlideshowType(), 16);
 }
 
 TEST(ServiceReceiver, ADamagedStreamTableIsNotBelieved) {

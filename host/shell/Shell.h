@@ -10,6 +10,7 @@
 #include "platform/velshell/VelPlayerView.h"
 
 #include "host/shell/core/BoxRecord.h"
+#include "host/shell/core/Reason.h"
 #include "host/shell/gdi/VideoPlane.h"
 #include "host/shell/skin/SkinDescription.h"
 #include "host/shell/skin/SkinError.h"
@@ -72,7 +73,11 @@ public:
     // A touch at a point of the screen.
     void Click(int x, int y);
     void TouchDown(int x, int y);
+    // Further points of the touch; dragging scrolls lists, makes the view small, moves and sizes the small window.
+    void TouchMove(int x, int y);
     void TouchUp(int x, int y);
+    // The wheel over a point of the screen; positive is away from the user.
+    void Wheel(int x, int y, int notches);
     // A key is let go; `repeat` is what its message says.
     void Key(UINT code, UINT repeat = 1);
 
@@ -94,7 +99,17 @@ public:
     bool Minimize();
     void MoveSmall(const RECT& place);
     void Restore();
+    // The home screen comes to the front and the view is held behind it; the view comes back, also from its small form, and a
+    // closed one is opened again. False when nothing changes, or a modal window is up.
+    bool ShowHome();
+    bool ShowView();
+    // Told every view that is opened, before it begins, and null when it is gone.
+    void SetViewListener(std::function<void(CVelPlayerView*)> listener);
+    // Asked twice a second why the view shows no picture; the answer is shown over it.
+    void SetReasonSource(std::function<ReasonShown()> source);
     void SetDebugMode(bool on);
+    // How loud views play, 0 to 100, and whether they are silent. Kept from one session to the next.
+    void SetVolume(int percent, bool muted);
     // Asks every view to save at its next SaveProfile, and has it save.
     void SaveAll();
     void SetLanguage(Language language);
@@ -122,6 +137,14 @@ public:
     [[nodiscard]] bool ScreenshotWindow(HWND window, const std::filesystem::path& file);
     // The screen as rows of 32-bit pixels (0xFFRRGGBB), 800 a row. Valid until the next call.
     [[nodiscard]] const std::uint32_t* Screen();
+    // The screen for a window that shows the moving picture by itself.
+    struct Layers {
+        std::vector<std::uint32_t> pixels; // 0xAARRGGBB, colours not multiplied with alpha; 800 a row
+        std::optional<RECT> video;         // where the moving picture shows through; nothing: it does not show
+        bool keepAspect = false;           // of the moving picture
+    };
+    // What has been painted so far. May be called while the shell is in the middle of something.
+    [[nodiscard]] Layers ComposeLayers();
     // Called after something on the screen changed.
     void SetScreenListener(std::function<void()> listener);
     [[nodiscard]] VideoPlane& Video();

@@ -79,6 +79,7 @@ struct UserApplication {
 
     // X-PAD application type of an application in the PAD of a programme; 0 when none is told.
     [[nodiscard]] int XPadType() const { return data.size() >= 2 ? data[0] & 0x1F : 0; }
+    bool operator==(const UserApplication&) const = default;
 };
 
 struct UserApplicationEntry {

@@ -2,6 +2,7 @@
 
 #include <iconv.h>
 
+#include <algorithm>
 #include <array>
 #include <optional>
 
@@ -160,6 +161,30 @@ char BaseLetterOf(char32_t c) {
     return '?';
 }
 
+// Labels end after so many bytes, wherever in a character that is. What is left of one there is no text.
+ByteSpan WithoutCutCharacter(ByteSpan text, int charset) {
+    if (charset == kCharsetUtf8) {
+        std::size_t tail = 0; // continuation bytes at the end
+        while (tail < 3 && tail < text.size() && (text[text.size() - 1 - tail] & 0xC0) == 0x80)
+            ++tail;
+        if (tail == text.size())
+            return text;
+        const std::uint8_t lead = text[text.size() - 1 - tail];
+        const std::size_t wanted = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : lead >= 0xC0 ? 1 : 0;
+        return tail < wanted ? text.first(text.size() - 1 - tail) : text;
+    }
+    const bool mayBeKorean = charset != kCharsetUcs2 && charset != kCharsetLatin1 && charset != kCharsetLatin2;
+    // Two pairs before it, or it is as likely a Latin letter.
+    constexpr std::size_t kSurePairBytes = 4;
+    if (mayBeKorean && text.size() > kSurePairBytes && text.back() >= 0xA1 && !IsStrictKorean(text)) {
+        const ByteSpan rest = text.first(text.size() - 1);
+        const auto high = std::count_if(rest.begin(), rest.end(), [](std::uint8_t byte) { return byte >= 0x80; });
+        if (static_cast<std::size_t>(high) >= kSurePairBytes && IsStrictKorean(rest))
+            return rest;
+    }
+    return text;
+}
+
 } // namespace
 
 bool IsStrictKorean(ByteSpan text) {
@@ -179,6 +204,8 @@ std::string DecodeText(ByteSpan text, int charset) {
     std::string out;
     if (charset == kCharsetUcs2)
         return DecodeUcs2(text);
+    if (charset == kCharsetLatin2)
+        return Convert("UTF-8", "ISO-8859-2", {reinterpret_cast<const char*>(text.data()), text.size()}).value_or("");
     if (charset == kCharsetUtf8) {
         while (!text.empty())
             AppendUtf8(out, TakeUtf8(text));
@@ -197,7 +224,7 @@ std::string DecodeText(ByteSpan text, int charset) {
 }
 
 std::string DecodeLabel(ByteSpan text, int charset) {
-    std::string out = DecodeText(text, charset);
+    std::string out = DecodeText(WithoutCutCharacter(text, charset), charset);
     while (!out.empty() && (out.back() == ' ' || out.back() == '\0'))
         out.pop_back();
     // A zero inside would end the label for everybody who reads it as a C string.
@@ -208,7 +235,7 @@ std::string DecodeLabel(ByteSpan text, int charset) {
 }
 
 ByteVector RemoveControlCodes(ByteSpan text, int charset) {
-    const auto isControl = [](std::uint32_t c) { return c == 0x0A || c == 0x0B || c == 0x1F; };
+    const auto isControl = [](std::uint32_t c) { return c == 0x00 || c == 0x0A || c == 0x0B || c == 0x1F; };
     ByteVector out;
     if (charset == kCharsetUcs2) {
         for (std::size_t i = 0; i + 1 < text.size(); i += 2)

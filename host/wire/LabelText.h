@@ -12,6 +12,7 @@
 namespace wire {
 
 inline constexpr int kCharsetEbuLatin = 0;
+inline constexpr int kCharsetLatin2 = 3;
 inline constexpr int kCharsetLatin1 = 4;
 inline constexpr int kCharsetUcs2 = 6; // big-endian
 inline constexpr int kCharsetUtf8 = 15;
@@ -22,11 +23,12 @@ inline constexpr int kCharsetUtf8 = 15;
 // UTF-8 of a text as broadcast. Malformed parts become U+FFFD; an unknown charset is read like 0.
 [[nodiscard]] std::string DecodeText(ByteSpan text, int charset);
 
-// The same without the trailing blanks and zeros that pad a label.
+// The same without the trailing blanks and zeros that pad a label, and without what is left of a character that the label's
+// end cut off.
 [[nodiscard]] std::string DecodeLabel(ByteSpan text, int charset);
 
-// The text's bytes without line break (0x0A), end of headline (0x0B) and word break (0x1F) (EN 300 401 7.4.5.2);
-// in UCS-2 those are 16-bit characters.
+// The text's bytes without line break (0x0A), end of headline (0x0B) and word break (0x1F) (EN 300 401 7.4.5.2), and without
+// zeros, which would end the text for whoever takes it for a C string; in UCS-2 those are 16-bit characters.
 [[nodiscard]] ByteVector RemoveControlCodes(ByteSpan text, int charset);
 
 // Code page 949 bytes. A letter that the page lacks loses its accent, anything else becomes a question mark.

@@ -36,6 +36,22 @@ TEST(LabelText, APairCutAtTheEndIsNotKorean) {
     EXPECT_FALSE(IsStrictKorean(ByteVector{0xFE, 0xFE})); // a pair, but nothing is assigned there
 }
 
+TEST(LabelText, ALabelsEndMayCutItsLastCharacter) {
+    const std::string korean = "\xC7\xD1\xB1\xB9\xB9\xE6\xBC\xDB"; // four syllables
+    EXPECT_EQ(DecodeLabel(Bytes("A" + korean + "\xB0\xF8\xBB\xE7\xB6\xF3\xB5"), kCharsetEbuLatin), "A한국방송공사라");
+    // One pair before it may be two Latin letters as well.
+    EXPECT_EQ(DecodeLabel(ByteVector{0xC7, 0xD1, 0xB5}, kCharsetEbuLatin), "ÒÄİ");
+    const std::string utf8 = "라디오 방송";
+    EXPECT_EQ(DecodeLabel(Bytes(utf8.substr(0, 14)), kCharsetUtf8), "라디오 방");
+    EXPECT_EQ(DecodeLabel(Bytes(utf8.substr(0, 15)), kCharsetUtf8), "라디오 방");
+    EXPECT_EQ(DecodeLabel(Bytes(utf8), kCharsetUtf8), utf8);
+    EXPECT_EQ(DecodeLabel(Bytes("\x80\x80"), kCharsetUtf8), "\uFFFD\uFFFD");
+}
+
+TEST(LabelText, LatinTwoHasItsOwnLetters) {
+    EXPECT_EQ(DecodeText(ByteVector{'R', 0xE1, 'd', 'i', 'o', ' ', 0xA9}, kCharsetLatin2), "Rádio Š");
+}
+
 TEST(LabelText, Ucs2IsBigEndianAndMayHoldZeroBytes) {
     const ByteVector text = {0xD5, 0x5C, 0x00, 0x20, 0x00, 0x41, 0xD8, 0x3D, 0xDE, 0x00, 0x12};
     EXPECT_EQ(DecodeText(text, kCharsetUcs2), "한 A\U0001F600");
@@ -53,6 +69,8 @@ TEST(LabelText, ControlCodesAreRemovedAsCharactersNotAsBytes) {
     // U+0A0B holds both bytes and stays; U+000A goes.
     EXPECT_EQ(RemoveControlCodes(ByteVector{0x0A, 0x0B, 0x00, 0x0A, 0x00, 0x41}, kCharsetUcs2),
               (ByteVector{0x0A, 0x0B, 0x00, 0x41}));
+    EXPECT_EQ(RemoveControlCodes(ByteVector{'a', 0, 'b', 0, 0}, kCharsetEbuLatin), Bytes("ab"));
+    EXPECT_EQ(RemoveControlCodes(ByteVector{0, 'a', 0, 0}, kCharsetUcs2), (ByteVector{0, 'a'}));
 }
 
 TEST(LabelText, PaddingIsCutFromLabelsOnly) {

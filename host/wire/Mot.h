@@ -10,6 +10,7 @@
 namespace wire {
 
 // Content types and subtypes (TS 101 756 table 17).
+inline constexpr int kMotContentGeneral = 0; // what it is stands in the MIME type
 inline constexpr int kMotContentImage = 2;
 inline constexpr int kMotImageGif = 0;
 inline constexpr int kMotImageJfif = 1;
@@ -29,6 +30,7 @@ struct MotHeader {
     int contentSubtype = 0;
     int contentNameCharset = 0;
     std::string contentName; // bytes as sent
+    std::string mimeType;    // empty when none is told
     bool compressed = false; // a CompressionType parameter is present
 };
 
@@ -67,6 +69,9 @@ struct MotHeader {
             header.contentNameCharset = bytes[at] >> 4;
             header.contentName.assign(bytes.begin() + static_cast<std::ptrdiff_t>(at + 1),
                                       bytes.begin() + static_cast<std::ptrdiff_t>(at + length));
+        } else if (id == kMotParameterMimeType) {
+            header.mimeType.assign(bytes.begin() + static_cast<std::ptrdiff_t>(at),
+                                   bytes.begin() + static_cast<std::ptrdiff_t>(at + length));
         } else if (id == kMotParameterCompressionType) {
             header.compressed = true;
         }

@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+#include "host/wire/Bytes.h"
+
 namespace wire {
 
 // Class tags, 14496-1 7.2.2.1.
@@ -35,32 +37,6 @@ inline constexpr std::uint8_t kStreamObjectDescriptor = 0x01;
 inline constexpr std::uint8_t kStreamScene = 0x03;
 inline constexpr std::uint8_t kStreamVisual = 0x04;
 inline constexpr std::uint8_t kStreamAudio = 0x05;
-
-namespace detail {
-
-inline void Put16(std::vector<std::uint8_t>& out, unsigned value) {
-    out.push_back(static_cast<std::uint8_t>(value >> 8 & 0xFF));
-    out.push_back(static_cast<std::uint8_t>(value & 0xFF));
-}
-
-inline void Put32(std::vector<std::uint8_t>& out, std::uint32_t value) {
-    Put16(out, value >> 16);
-    Put16(out, value & 0xFFFF);
-}
-
-[[nodiscard]] inline unsigned Get16(std::span<const std::uint8_t> at) {
-    return static_cast<unsigned>(at[0]) << 8 | at[1];
-}
-
-[[nodiscard]] inline std::uint32_t Get32(std::span<const std::uint8_t> at) {
-    return static_cast<std::uint32_t>(Get16(at)) << 16 | Get16(at.subspan(2));
-}
-
-inline void Append(std::vector<std::uint8_t>& out, std::span<const std::uint8_t> bytes) {
-    out.insert(out.end(), bytes.begin(), bytes.end());
-}
-
-} // namespace detail
 
 // 8.3.3, an expandable class: tag, size in groups of seven bits, body.
 struct Mp4Descriptor {
@@ -93,7 +69,7 @@ struct Mp4Descriptor {
                 out.push_back(static_cast<std::uint8_t>(0x80 | (body.size() >> shift & 0x7F)));
         }
         out.push_back(static_cast<std::uint8_t>(body.size() & 0x7F));
-        detail::Append(out, body);
+        AppendBytes(out, body);
     }
 };
 
@@ -143,13 +119,13 @@ struct SlConfig {
         config.useTimeStamps = (flags & 0x04) != 0;
         config.useIdle = (flags & 0x02) != 0;
         config.hasDuration = (flags & 0x01) != 0;
-        config.timeStampResolution = detail::Get32(body.subspan(2));
-        config.ocrResolution = detail::Get32(body.subspan(6));
+        config.timeStampResolution = Get32(body, 2);
+        config.ocrResolution = Get32(body, 6);
         config.timeStampLength = body[10];
         config.ocrLength = body[11];
         config.accessUnitLengthLength = body[12];
         config.instantBitrateLength = body[13];
-        const unsigned lengths = detail::Get16(body.subspan(14));
+        const unsigned lengths = Get16(body, 14);
         config.degradationPriorityLength = lengths >> 12;
         config.accessUnitSequenceLength = lengths >> 7 & 0x1F;
         config.packetSequenceLength = lengths >> 2 & 0x1F;
@@ -160,9 +136,9 @@ struct SlConfig {
         if (config.hasDuration) {
             if (body.size() < 24)
                 return std::nullopt;
-            config.timeScale = detail::Get32(body.subspan(16));
-            config.accessUnitDuration = static_cast<std::uint16_t>(detail::Get16(body.subspan(20)));
-            config.compositionUnitDuration = static_cast<std::uint16_t>(detail::Get16(body.subspan(22)));
+            config.timeScale = Get32(body, 16);
+            config.accessUnitDuration = static_cast<std::uint16_t>(Get16(body, 20));
+            config.compositionUnitDuration = static_cast<std::uint16_t>(Get16(body, 22));
         }
         return config;
     }
@@ -176,16 +152,16 @@ struct SlConfig {
                                                 useRandomAccessPoint << 5 | hasRandomAccessUnitsOnly << 4 |
                                                 usePadding << 3 | useTimeStamps << 2 | useIdle << 1 |
                                                 static_cast<int>(hasDuration)));
-        detail::Put32(out, timeStampResolution);
-        detail::Put32(out, ocrResolution);
+        Append32(out, timeStampResolution);
+        Append32(out, ocrResolution);
         out.insert(out.end(), {timeStampLength, ocrLength, accessUnitLengthLength, instantBitrateLength});
-        detail::Put16(out, static_cast<unsigned>(degradationPriorityLength) << 12 |
-                               static_cast<unsigned>(accessUnitSequenceLength) << 7 |
-                               static_cast<unsigned>(packetSequenceLength) << 2 | 3);
+        Append16(out, static_cast<unsigned>(degradationPriorityLength) << 12 |
+                          static_cast<unsigned>(accessUnitSequenceLength) << 7 |
+                          static_cast<unsigned>(packetSequenceLength) << 2 | 3);
         if (hasDuration) {
-            detail::Put32(out, timeScale);
-            detail::Put16(out, accessUnitDuration);
-            detail::Put16(out, compositionUnitDuration);
+            Append32(out, timeScale);
+            Append16(out, accessUnitDuration);
+            Append16(out, compositionUnitDuration);
         }
         return out;
     }
@@ -210,9 +186,9 @@ struct DecoderConfig {
         config.objectType = body[0];
         config.streamType = body[1] >> 2;
         config.upStream = (body[1] & 2) != 0;
-        config.bufferSize = detail::Get32(body.subspan(1)) & 0xFF'FFFF;
-        config.maxBitrate = detail::Get32(body.subspan(5));
-        config.averageBitrate = detail::Get32(body.subspan(9));
+        config.bufferSize = Get32(body, 1) & 0xFF'FFFF;
+        config.maxBitrate = Get32(body, 5);
+        config.averageBitrate = Get32(body, 9);
         std::span<const std::uint8_t> rest = body.subspan(13);
         while (!rest.empty()) {
             const auto inner = Mp4Descriptor::Take(rest);
@@ -228,9 +204,9 @@ struct DecoderConfig {
         std::vector<std::uint8_t> out = {objectType,
                                          static_cast<std::uint8_t>(streamType << 2 | (upStream ? 2 : 0) | 1)};
         out.push_back(static_cast<std::uint8_t>(bufferSize >> 16 & 0xFF));
-        detail::Put16(out, bufferSize & 0xFFFF);
-        detail::Put32(out, maxBitrate);
-        detail::Put32(out, averageBitrate);
+        Append16(out, bufferSize & 0xFFFF);
+        Append32(out, maxBitrate);
+        Append32(out, averageBitrate);
         if (!specificInfo.empty())
             Mp4Descriptor::Put(out, kTagDecoderSpecificInfo, specificInfo);
         return out;
@@ -254,7 +230,7 @@ struct EsDescriptor {
         if (body.size() < 3)
             return std::nullopt;
         EsDescriptor es;
-        es.esId = static_cast<std::uint16_t>(detail::Get16(body));
+        es.esId = static_cast<std::uint16_t>(Get16(body, 0));
         const std::uint8_t flags = body[2];
         es.priority = flags & 0x1F;
         std::span<const std::uint8_t> rest = body.subspan(3);
@@ -290,17 +266,17 @@ struct EsDescriptor {
     [[nodiscard]] std::vector<std::uint8_t> Write() const {
         std::vector<std::uint8_t> out;
         out.reserve(64);
-        detail::Put16(out, esId);
+        Append16(out, esId);
         out.push_back(static_cast<std::uint8_t>((dependsOn ? 0x80 : 0) | (url.empty() ? 0 : 0x40) |
                                                 (clockEsId ? 0x20 : 0) | (priority & 0x1F)));
         if (dependsOn)
-            detail::Put16(out, *dependsOn);
+            Append16(out, *dependsOn);
         if (!url.empty()) {
             out.push_back(static_cast<std::uint8_t>(url.size()));
             out.insert(out.end(), url.begin(), url.end());
         }
         if (clockEsId)
-            detail::Put16(out, *clockEsId);
+            Append16(out, *clockEsId);
         Mp4Descriptor::Put(out, kTagDecoderConfig, decoder.Write());
         Mp4Descriptor::Put(out, kTagSlConfig, sl.Write());
         return out;
@@ -310,7 +286,7 @@ private:
     [[nodiscard]] static bool Take16(std::span<const std::uint8_t>& rest, std::optional<std::uint16_t>& value) {
         if (rest.size() < 2)
             return false;
-        value = static_cast<std::uint16_t>(detail::Get16(rest));
+        value = static_cast<std::uint16_t>(Get16(rest, 0));
         rest = rest.subspan(2);
         return true;
     }
@@ -353,7 +329,7 @@ struct ObjectDescriptor {
     [[nodiscard]] static std::optional<ObjectDescriptor> Parse(std::span<const std::uint8_t> body) {
         if (body.size() < 2)
             return std::nullopt;
-        const unsigned head = detail::Get16(body);
+        const unsigned head = Get16(body, 0);
         ObjectDescriptor object;
         object.id = static_cast<std::uint16_t>(head >> 6);
         std::span<const std::uint8_t> rest = body.subspan(2);
@@ -373,7 +349,7 @@ struct ObjectDescriptor {
     [[nodiscard]] std::vector<std::uint8_t> Write() const {
         std::vector<std::uint8_t> out;
         out.reserve(64);
-        detail::Put16(out, static_cast<unsigned>(id) << 6 | (url.empty() ? 0 : 0x20) | 0x1F);
+        Append16(out, static_cast<unsigned>(id) << 6 | (url.empty() ? 0 : 0x20) | 0x1F);
         if (url.empty()) {
             detail::PutEsList(out, streams);
         } else {
@@ -452,7 +428,7 @@ struct IodDescriptor {
         const auto inner = Mp4Descriptor::Take(rest);
         if (!inner || inner->tag != kTagInitialObjectDescriptor || inner->body.size() < 7)
             return std::nullopt;
-        const unsigned head = detail::Get16(inner->body);
+        const unsigned head = Get16(inner->body, 0);
         if ((head & 0x20) != 0)
             return std::nullopt;
         iod.id = static_cast<std::uint16_t>(head >> 6);
@@ -472,7 +448,7 @@ struct IodDescriptor {
     [[nodiscard]] std::vector<std::uint8_t> Write() const {
         std::vector<std::uint8_t> inner;
         inner.reserve(64);
-        detail::Put16(inner, static_cast<unsigned>(id) << 6 | (inlineProfiles ? 0x10 : 0) | 0x0F);
+        Append16(inner, static_cast<unsigned>(id) << 6 | (inlineProfiles ? 0x10 : 0) | 0x0F);
         inner.insert(inner.end(), {objectProfile, sceneProfile, audioProfile, visualProfile, graphicsProfile});
         detail::PutEsList(inner, streams);
         std::vector<std::uint8_t> out = {scope, label};

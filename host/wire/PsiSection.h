@@ -20,7 +20,10 @@ inline constexpr std::uint8_t kTableIdScene = 0x04;             // ISO_IEC_14496
 inline constexpr std::uint8_t kTableIdObjectDescriptors = 0x05; // ISO_IEC_14496_object_descriptor_section
 
 // Stream types of a program map (table 2-34).
+inline constexpr std::uint8_t kStreamTypeMpeg1Audio = 0x03;
+inline constexpr std::uint8_t kStreamTypeMpeg2Audio = 0x04;
 inline constexpr std::uint8_t kStreamTypeAdtsAac = 0x0F;
+inline constexpr std::uint8_t kStreamTypeLatmAac = 0x11;
 inline constexpr std::uint8_t kStreamTypeSlPes = 0x12;
 inline constexpr std::uint8_t kStreamTypeSlSections = 0x13;
 inline constexpr std::uint8_t kStreamTypeH264 = 0x1B;

@@ -64,9 +64,21 @@ private:
 
 class MemoryTap final : public filters::SoundTap {
 public:
+    explicit MemoryTap(ce::Clock& clock) : clock_(clock) {}
     void OnSound(std::span<const std::int16_t> frames) override {
         const std::scoped_lock lock(guard_);
+        if (samples_.empty())
+            since_ = clock_.Now();
         samples_.insert(samples_.end(), frames.begin(), frames.end());
+    }
+    // When the first of the samples was heard; the others follow without a gap.
+    [[nodiscard]] ce::Millis Since() const {
+        const std::scoped_lock lock(guard_);
+        return since_;
+    }
+    void Forget() {
+        const std::scoped_lock lock(guard_);
+        samples_.clear();
     }
     [[nodiscard]] std::vector<std::int16_t> Samples() const {
         const std::scoped_lock lock(guard_);
@@ -74,8 +86,10 @@ public:
     }
 
 private:
+    ce::Clock& clock_;
     mutable std::mutex guard_;
     std::vector<std::int16_t> samples_;
+    ce::Millis since_ = 0;
 };
 
 class MemoryStatus final : public filters::StatusPort {
@@ -119,7 +133,7 @@ template <class Clock> struct World {
     dshow::ClassTable classes{clock};
     medmb::Broadcast broadcast;
     MemoryScreen screen{clock};
-    MemoryTap tap;
+    MemoryTap tap{clock};
     MemoryStatus status;
     filters::SoundDevice* device = nullptr;
 };

@@ -61,12 +61,10 @@ Service MakeService(const ServiceWish& wish) {
     if (wish.withPictures)
         pictures = Pictures(wish);
     const double change = wish.changeAt > 0 ? wish.changeAt : wish.seconds;
-    if (wish.withSound) {
-        AppendSound({.kbps = 64}, 0, change, sound, stretches);
-        if (wish.changeAt > 0)
-            AppendSound({.sampleRate = wish.changedRate, .channels = wish.changedChannels, .kbps = 32}, change,
-                        wish.seconds, sound, stretches);
-    }
+    AppendSound({.kbps = 64}, 0, change, sound, stretches);
+    if (wish.changeAt > 0)
+        AppendSound({.sampleRate = wish.changedRate, .channels = wish.changedChannels, .kbps = 32}, change,
+                    wish.seconds, sound, stretches);
     headend::TsMuxSettings settings = wish.mux;
     settings.subChannelKbps = wish.kbps;
     settings.videoBitRate = static_cast<std::uint32_t>(wish.kbps) * 500;

@@ -22,7 +22,6 @@ struct ServiceWish {
     double changeAt = 0;
     int changedRate = 24000;
     int changedChannels = 1;
-    bool withSound = true;
     bool withPictures = true;
 };
 

@@ -238,7 +238,10 @@ void* ScriptedFilter::FindCustom(REFIID iid) {
 }
 
 STDMETHODIMP ScriptedFilter::Stop() {
-    return Note("Stop", FAILED(script().stop) ? script().stop : FilterBase::Stop());
+    if (FAILED(script().stop))
+        return Note("Stop", script().stop);
+    const HRESULT result = FilterBase::Stop();
+    return Note("Stop", FAILED(script().stopped) ? script().stopped : result);
 }
 
 STDMETHODIMP ScriptedFilter::Pause() {

@@ -63,6 +63,7 @@ struct Script {
     HRESULT pause = S_OK;
     HRESULT run = S_OK;
     HRESULT stop = S_OK;
+    HRESULT stopped = S_OK;         // what Stop answers once it has stopped
     bool ready = true;              // false: Pause answers S_FALSE and GetState "on the way"
     bool live = false;              // GetState answers "can not cue" while paused
     bool clock = false;             // offers IReferenceClock

@@ -105,6 +105,19 @@ TEST_F(EventStory, AudioChangeStopsAdaptsAndRuns) {
     EXPECT_EQ(view->GetPlayMode(), kPlayModePlaying);
 }
 
+// Found by the random walk: the event waits in the graph while a scan, posted before its notice, closes the session.
+TEST_F(EventStory, AudioChangeWhoseSessionWasClosedMeanwhileAdaptsNothing) {
+    Tune(kNews);
+    BYTE mask[kChannelTableRows] = {};
+    view->SetScanFrequency(mask);
+    Forget();
+    PostMessageW(view->GetSafeHwnd(), WM_COMMAND, kCmdScan, 0);
+    Report(Kind::Parser, IDMB_EVENT_AUDIO_CHANGE);
+    EXPECT_EQ(stage.Alive(), 0);
+    EXPECT_EQ(Count("parser.GetParam"), 0);
+    EXPECT_TRUE(InOrder({"parser.End", "mode 2", "mode 4"})); // run again all the same
+}
+
 TEST_F(EventStory, UnknownEventsAreReadAndIgnored) {
     Tune(kNews);
     Report(Kind::Parser, 0x7777);
@@ -167,6 +180,22 @@ TEST_F(EventStory, LabelOfImpossibleLengthIsBounded) {
     pad->dlsLength = -5;
     Report(Kind::DABSource, IDMB_EVENT_PAD);
     EXPECT_EQ(peer->Labels().size(), 1u);
+}
+
+// Found by the random walk: the label waits in the graph while a scan closes its session, and an audio change runs the graph again.
+TEST_F(EventStory, LabelWhoseSessionWasClosedMeanwhileIsNotRead) {
+    Tune(kMusic);
+    OnAir();
+    BYTE mask[kChannelTableRows] = {};
+    view->SetScanFrequency(mask);
+    Forget();
+    PostMessageW(view->GetSafeHwnd(), WM_COMMAND, kCmdScan, 0);
+    stage.Last(Kind::DABSource)->Report(IDMB_EVENT_AUDIO_CHANGE);
+    Report(Kind::DABSource, IDMB_EVENT_PAD);
+    EXPECT_EQ(stage.Alive(), 0);
+    EXPECT_EQ(view->GetPlayMode(), kPlayModePlaying); // of a graph without filters
+    EXPECT_EQ(Count("FetchPadInfo"), 0);
+    EXPECT_TRUE(peer->Labels().empty());
 }
 
 TEST_F(EventStory, MissingPadRecordIsNoLabel) {

@@ -15,7 +15,7 @@ std::vector<ChannelRecord> UsualChannels() {
             harness::Channel(183008000, "MOVIE", 0x13, kKindDMB)};
 }
 
-Story::Story() : device(harness::ProductSkin()), pad(std::make_unique<PadInfo>()) {
+Story::Story(const std::filesystem::path& skin) : device(skin), pad(std::make_unique<PadInfo>()) {
     for (std::size_t i = 0; i < scripted::kKinds; ++i) {
         const auto kind = static_cast<Kind>(i);
         device.classes.Add(scripted::InfoOf(kind).classId,

@@ -26,7 +26,7 @@ enum Usual : LONG { kNews = 0, kMusic = 1, kSport = 2, kJazz = 3, kMovie = 4 };
 
 class Story : public ::testing::Test {
 protected:
-    Story();
+    explicit Story(const std::filesystem::path& skin = harness::ProductSkin());
     ~Story() override;
     void TearDown() override;
 

@@ -140,6 +140,8 @@ int Run(const std::string& source) {
             for (const Watched& watched : found.watched)
                 watched.receiver->Push(frame, restarted);
         });
+        for (const Watched& watched : found.watched)
+            watched.receiver->Finish();
         if (input.frames)
             found.framer = input.frames->Count();
         if (!found.watched.empty())

@@ -25,6 +25,8 @@ struct PadOptions {
 };
 
 const char* ExtensionOf(const wire::MotHeader& header) {
+    if (header.contentType == wire::kMotContentGeneral)
+        return header.mimeType == "image/jpeg" ? ".jpg" : ".bin";
     switch (header.contentSubtype) {
     case wire::kMotImageGif:
         return ".gif";
@@ -57,7 +59,7 @@ public:
 
     // Every image as it was sent, under its own name; a picture that is sent again is the same file.
     void OnObject(const medmb::MotObject& object) override {
-        if (object.header.compressed || object.header.contentType != wire::kMotContentImage) {
+        if (object.header.compressed || !medmb::IsImage(object.header)) {
             std::cerr << "dmbprobe pad: " << object.Name() << " left out: " << medmb::RefuseSlide(object.header)
                       << '\n';
             return;

@@ -7,6 +7,7 @@
 
 #include "host/app/dmbprobe/Commands.h"
 #include "host/medmb/BlockTable.h"
+#include "host/wire/LabelText.h"
 #include "platform/medmblib.h"
 
 namespace dmbprobe {
@@ -24,18 +25,24 @@ struct KeptFrame {
 bool Matches(const medmb::Service& service, const std::string& name) {
     if (HexId(service.id, service.longId) == name || HexId(service.id, service.longId) == "0x" + name)
         return true;
-    if (!service.label)
-        return false;
-    const std::string label = service.label->Utf8();
     // A channel list shows labels through code page 949, which lacks some letters.
-    return label == name || service.label->CodePage949() == name;
+    const auto isNamed = [&](const std::optional<medmb::LabelBytes>& label) {
+        return label && (label->Utf8() == name || label->CodePage949() == name ||
+                         wire::FromCodePage949(wire::CutCodePage949(label->CodePage949(), DMB_LABEL_BYTES)) == name);
+    };
+    return isNamed(service.label) || isNamed(service.extendedLabel);
 }
 
-std::optional<medmb::Service> FindByName(const medmb::FicDecoder& fic, const std::string& name) {
+// Labels need not be unique: a service of the wanted type goes before others of the same name.
+std::optional<medmb::Service> FindByName(const medmb::FicDecoder& fic, const std::string& name, int libraryType) {
+    std::optional<medmb::Service> found;
     for (medmb::Service& service : fic.Model().services)
-        if (Matches(service, name))
-            return std::move(service);
-    return std::nullopt;
+        if (Matches(service, name) && (!found || service.LibraryType() == libraryType)) {
+            found = std::move(service);
+            if (found->LibraryType() == libraryType)
+                break;
+        }
+    return found;
 }
 
 } // namespace
@@ -94,6 +101,7 @@ int PlayService(const std::string& source, const std::string& name, int libraryT
     if (!walk.Open(source, command))
         return kNoInput;
     bool anyFrame = false;
+    bool anyOfAnotherKind = false;
     for (WalkInput& input : walk.Inputs()) {
         medmb::FicDecoder fic;
         std::deque<KeptFrame> kept;
@@ -113,7 +121,7 @@ int PlayService(const std::string& source, const std::string& name, int libraryT
             if (fic.Changes() == seen)
                 return;
             seen = fic.Changes();
-            const auto service = FindByName(fic, name);
+            const auto service = FindByName(fic, name, libraryType);
             wrongKind = service && service->LibraryType() != libraryType;
             if (!service || wrongKind)
                 return;
@@ -124,6 +132,7 @@ int PlayService(const std::string& source, const std::string& name, int libraryT
             kept.clear();
         });
         if (receiver) {
+            receiver->Finish();
             counters = receiver->Counters();
             counters.bytesSkipped = input.frames->Count().bytesSkipped;
             const auto& service = receiver->Current();
@@ -131,12 +140,12 @@ int PlayService(const std::string& source, const std::string& name, int libraryT
                 std::cerr << "dmbprobe " << command << ": the service is scrambled\n";
             return kDone;
         }
-        if (wrongKind) {
-            std::cerr << "dmbprobe " << command << ": " << name << " is a service of another kind\n";
-            return kNoService;
-        }
+        anyOfAnotherKind = anyOfAnotherKind || wrongKind;
     }
-    std::cerr << "dmbprobe " << command << ": " << (anyFrame ? "no service named " + name : "no ETI frame in " + source)
+    std::cerr << "dmbprobe " << command << ": "
+              << (anyOfAnotherKind ? name + " is a service of another kind"
+                  : anyFrame       ? "no service named " + name
+                                   : "no ETI frame in " + source)
               << '\n';
     return anyFrame ? kNoService : kNoSync;
 }

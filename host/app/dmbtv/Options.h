@@ -2,39 +2,43 @@
 #pragma once
 
 #include <filesystem>
-#include <optional>
 #include <string>
 
-namespace dmbtv {
+#include "host/app/dmbtv/Log.h"
 
-// Exit statuses of all programs that play.
-enum ExitStatus : int {
-    kExitDone = 0,
-    kExitFailed = 1,  // something went wrong while running, or a script expectation did not hold
-    kExitUsage = 2,   // the command line, a script or the skin is not understood
-    kExitNoInput = 3, // the source or the script cannot be opened
-};
+namespace CLI {
+class App;
+}
+
+namespace dmbtv {
 
 struct Options {
     std::string source;  // empty: the built-in demo
     std::string command; // template of a demodulator's command line
+    std::string gain;    // for {gain} in it
     std::filesystem::path script;
+    std::filesystem::path transcript; // what the script did
     std::filesystem::path deviceRoot; // host folder of the device's "\"
     std::filesystem::path card;       // host folder of the memory card
     std::filesystem::path profile;    // settings and channel list
+    std::filesystem::path keys;       // key map that goes over the built-in one
     std::filesystem::path audioOut;   // WAV file of what is heard
     std::filesystem::path screenshot; // written at the end
     std::string language;             // "ko", "en", or empty: by the locale
+    std::string logLevel = "info";
     bool headless = false;
+    bool fullScreen = false;
     bool debugMode = false;
+    bool once = false;        // files end at their end instead of starting over
+    bool noBroadcast = false; // nothing is received: the command needs no source
 };
 
-// The options, or the exit status after --help, --version or a usage error (which is told on stderr).
-[[nodiscard]] std::optional<Options> ReadOptions(int argc, char** argv, int& exitStatus);
+// SOURCE and how to get it.
+void AddSourceOptions(CLI::App& app, Options& options);
+// Folders, language, log: what every command takes.
+void AddCommonOptions(CLI::App& app, Options& options);
 
-// Folders that the user did not name, by the desktop's conventions (XDG): settings and list together in the configuration folder,
-// recordings in the user's video folder, what can be made again in the cache folder.
-void FillFolders(Options& options);
-[[nodiscard]] std::filesystem::path CacheFolder();
+// Checks what the parser cannot and fills in the folders that the user did not name. The reason why it makes no sense, or nothing.
+[[nodiscard]] std::string Complete(Options& options);
 
 } // namespace dmbtv

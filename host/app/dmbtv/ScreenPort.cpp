@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <string>
+#include <utility>
 
+#include "host/app/dmbtv/Log.h"
 #include "view/DMBViewIds.h"
 
 namespace dmbtv {
@@ -21,12 +24,13 @@ std::uint32_t Pixel(int y, int u, int v) {
 
 } // namespace
 
-void ToRgb(const filters::Picture& picture, std::vector<std::uint32_t>& pixels) {
+void ToRgb(const filters::Picture& picture, std::span<std::uint32_t> pixels) {
     const std::size_t width = static_cast<std::size_t>(picture.width);
     const std::size_t height = static_cast<std::size_t>(picture.height);
-    pixels.assign(width * height, 0);
-    if (picture.i420.size() < picture.LumaBytes() + 2 * picture.ChromaBytes())
+    if (picture.i420.size() < picture.LumaBytes() + 2 * picture.ChromaBytes() || pixels.size() < width * height) {
+        std::fill(pixels.begin(), pixels.end(), 0);
         return;
+    }
     const std::size_t chromaWidth = (width + 1) / 2;
     const std::uint8_t* luma = picture.i420.data();
     const std::uint8_t* u = luma + picture.LumaBytes();
@@ -38,36 +42,48 @@ void ToRgb(const filters::Picture& picture, std::vector<std::uint32_t>& pixels) 
     }
 }
 
-void ScreenPort::Join(shell::Shell* shell) {
+void ScreenPort::Join(shell::Shell* shell, PictureSink pictures) {
     const std::lock_guard lock(mutex);
     joined = shell;
+    sink = std::move(pictures);
 }
 
 void ScreenPort::Show(const std::shared_ptr<const filters::Picture>& picture) {
     const std::lock_guard lock(mutex);
     if (joined == nullptr || picture == nullptr)
         return;
-    ToRgb(*picture, pixels);
-    joined->Video().Present(picture->width, picture->height, pixels, picture->aspect);
+    // Most pictures go to a window as they are; only one that the shell itself draws is converted.
+    joined->Video().PresentLater(picture->width, picture->height, picture->aspect,
+                                 [picture](std::span<std::uint32_t> pixels) { ToRgb(*picture, pixels); });
+    if (sink)
+        sink(picture);
 }
 
 void ScreenPort::Clear() {
     const std::lock_guard lock(mutex);
     if (joined != nullptr)
         joined->Video().Clear();
+    if (sink)
+        sink(nullptr);
 }
 
 void ScreenPort::Place(const RECT& /*rectangle*/, bool /*visible*/) {}
 
 void OnAirNotice::OnReception(filters::ReceptionState state) {
+    last = state;
+    const bool plays = filters::IsPlaying(state);
+    const bool begins = !onAir.exchange(plays) && plays;
     const HWND view = window.load();
-    if (view != nullptr && state == filters::ReceptionState::kPlaying)
+    if (view != nullptr && begins)
         PostMessageW(view, WM_DMB_ONAIR, 0, 0); // a television view ignores it
 }
 
 void OnAirNotice::OnCaptureFailed(HRESULT reason) {
-    std::fprintf(stderr, "dmbtv: the recording ended by itself (%08X); what was written stays playable\n",
-                 static_cast<unsigned>(reason));
+    char code[16];
+    std::snprintf(code, sizeof code, "%08X", static_cast<unsigned>(reason));
+    Log(LogLevel::Error, std::string("the recording ended by itself (") + code + "); what was written stays playable");
+    if (const HWND listener = captureEnd.load())
+        PostMessageW(listener, kCaptureEndedMessage, static_cast<WPARAM>(reason), 0);
 }
 
 } // namespace dmbtv

@@ -3,18 +3,26 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <mutex>
-#include <vector>
+#include <span>
 
 #include "host/filters/Outputs.h"
 #include "host/shell/Shell.h"
 
 namespace dmbtv {
 
+// To whoever wants to know: a recording ended by itself; the first parameter is the reason (HRESULT).
+inline constexpr UINT kCaptureEndedMessage = WM_USER + 310;
+
 class ScreenPort final : public filters::VideoPort {
 public:
-    // The shell comes after the filters' registration and goes before them: null until then and after.
-    void Join(shell::Shell* shell);
+    using PictureSink = std::function<void(std::shared_ptr<const filters::Picture>)>;
+
+    // The shell comes after the filters' registration and goes before them: null until then and after. `pictures`, when there is
+    // one, gets every picture as it is.
+    void Join(shell::Shell* shell, PictureSink pictures);
 
     void Show(const std::shared_ptr<const filters::Picture>& picture) override;
     void Clear() override;
@@ -24,23 +32,30 @@ public:
 private:
     std::mutex mutex; // guards what follows
     shell::Shell* joined = nullptr;
-    std::vector<std::uint32_t> pixels;
+    PictureSink sink;
 };
 
-// Tells the view when a service's first packets play: texts and slides are taken from then on, also from a radio that starts with
-// a good signal.
+// Tells the view when a service begins to play: labels and slides are taken from then on, also from a radio that starts with a good
+// signal.
 class OnAirNotice final : public filters::StatusPort {
 public:
     void Join(HWND view) { window.store(view); }
+    // Gets kCaptureEndedMessage with the reason when a recording ends by itself.
+    void JoinCaptureEnd(HWND listener) { captureEnd.store(listener); }
 
     void OnReception(filters::ReceptionState state) override;
+    // The newest state. Any thread.
+    [[nodiscard]] filters::ReceptionState Last() const { return last.load(); }
     void OnCaptureFailed(HRESULT reason) override;
 
 private:
     std::atomic<HWND> window = nullptr;
+    std::atomic<HWND> captureEnd = nullptr;
+    std::atomic<bool> onAir = false;
+    std::atomic<filters::ReceptionState> last = filters::ReceptionState::kIdle;
 };
 
-// The picture as 0x00RRGGBB, by ITU-R BT.601 with studio range.
-void ToRgb(const filters::Picture& picture, std::vector<std::uint32_t>& pixels);
+// The picture as rows of 0x00RRGGBB, by ITU-R BT.601 with studio range. `pixels` has room for all of it.
+void ToRgb(const filters::Picture& picture, std::span<std::uint32_t> pixels);
 
 } // namespace dmbtv

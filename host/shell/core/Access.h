@@ -2,7 +2,7 @@
 #pragma once
 
 #include "host/shell/skin/Element.h"
-#include "platform/velshell/VelDialog.h"
+#include "platform/velshell/VelFileDialog.h"
 #include "platform/velshell/VelPlayerView.h"
 
 class VelShellAccess {
@@ -11,6 +11,7 @@ public:
     [[nodiscard]] static GFactory::Impl& Widgets(GFactory& facet) { return *facet.m_pFactory; }
     [[nodiscard]] static CVelBaseView::BaseImpl& Base(CVelBaseView& view) { return *view.m_pBase; }
     [[nodiscard]] static CVelDialog::DialogImpl& Dialog(CVelDialog& dialog) { return *dialog.m_pDialog; }
+    static void Scroll(CVelFileDialog& list, int rows) { list.Scroll(rows); }
     static void ChooseTexts(CVelBaseView& view) { view.SetMessageResource(view.GetResourceName()); }
     static void ChooseTexts(CVelDialog& dialog) { dialog.SetMessageResource(dialog.GetResourceName()); }
 };

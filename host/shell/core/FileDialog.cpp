@@ -2,13 +2,17 @@
 #include "platform/velshell/VelFileDialog.h"
 
 #include "host/shell/core/ShellCore.h"
+#include "host/shell/gdi/ImagePainter.h"
 
 #include <algorithm>
+#include <utility>
 
 using shell::ShellCore;
 
 struct CVelFileDialog::FileDialogImpl {
-    std::vector<ULONGLONG> sizes; // of the files, in the order of the lines
+    std::vector<ce::FolderEntry> files; // in the order of the lines
+
+    static WString RowText(const CVelFileDialog& dialog, const GButton& row, const WString& line);
 };
 
 namespace {
@@ -16,8 +20,50 @@ namespace {
 constexpr UINT kFirstRow = 40;
 constexpr int kMostRows = 10;
 constexpr UINT kScrollUp = 71, kScrollDown = 72;
-// Distance of the length from the right side of its row.
-constexpr int kSizeMargin = 16;
+// The date and the length of a file stand at the right of its row, one above the other.
+constexpr int kDetailMargin = 16;
+constexpr int kDetailWidth = 180;
+
+WString DateOf(const ce::FolderEntry& file) {
+    const LocalTime time = LocalTimeOf(file.modified);
+    return FormatW(u"%04d-%02d-%02d %02d:%02d", time.year, time.month, time.day, time.hour, time.minute);
+}
+
+WString LengthOf(const ce::FolderEntry& file) {
+    constexpr ULONGLONG kTenthOfMegabyte = 104858;
+    const auto tenths = static_cast<UINT>(file.size / kTenthOfMegabyte);
+    return FormatW(u"%u.%u MB", tenths / 10, tenths % 10);
+}
+
+SIZE Measure(HDC dc, const WString& text) {
+    SIZE size = {};
+    GetTextExtentExPointW(dc, text.c_str(), static_cast<int>(text.size()), 0, nullptr, nullptr, &size);
+    return size;
+}
+
+// The sign of a recording, in the margin before its name.
+void DrawSign(HDC dc, const GButton& row) {
+    constexpr UINT kSign = 2101;
+    ShellCore& core = *ShellCore::Current();
+    const shell::SkinImage* sign = core.skins.Bitmap(kSign);
+    shell::Context* context = core.gdi.Find(dc);
+    RECT place = row.GetRect();
+    place.right = place.left + static_cast<const shell::Element&>(row).State().margin;
+    if (sign && context) {
+        shell::DrawCentred(*context, sign->surface, place);
+    }
+}
+
+// The text, with its end cut off when it is wider.
+WString FittedTo(HDC dc, WString text, LONG width) {
+    if (Measure(dc, text).cx <= width) {
+        return text;
+    }
+    while (!text.empty() && Measure(dc, text + u"\u2026").cx > width) {
+        text.pop_back();
+    }
+    return text + u'\u2026';
+}
 
 } // namespace
 
@@ -73,7 +119,7 @@ void CVelFileDialog::OnOK() {
     EndDialog(kDialogOk);
 }
 
-// The widgets, and beside each file its length.
+// The widgets, and beside each file its date and its length.
 void CVelFileDialog::OnDraw(HDC dc) {
     CVelDialog::OnDraw(dc);
     if (m_pItems != &m_FileItems) {
@@ -85,15 +131,18 @@ void CVelFileDialog::OnDraw(HDC dc) {
     for (int row = 0; row < GetVisibleRows(); ++row) {
         const auto index = static_cast<std::size_t>(m_FileItems.top + row);
         const GButton* widget = Find(kFirstRow + static_cast<UINT>(row));
-        if (widget && index < m_pFileDialog->sizes.size()) {
-            constexpr ULONGLONG kTenthOfMegabyte = 104858;
-            const auto tenths = static_cast<UINT>(m_pFileDialog->sizes[index] / kTenthOfMegabyte);
-            const WString text = FormatW(u"%u.%u MB", tenths / 10, tenths % 10);
-            SIZE size = {};
-            GetTextExtentExPointW(dc, text.c_str(), static_cast<int>(text.size()), 0, nullptr, nullptr, &size);
-            RECT area = widget->GetRect();
-            area.left = area.right - kSizeMargin - size.cx;
-            area.top = (area.top + area.bottom - size.cy) / 2;
+        if (!widget || index >= m_pFileDialog->files.size()) {
+            continue;
+        }
+        const ce::FolderEntry& file = m_pFileDialog->files[index];
+        const RECT& rect = widget->GetRect();
+        DrawSign(dc, *widget);
+        const LONG middle = (rect.top + rect.bottom) / 2;
+        for (const auto& [text, above] : {std::pair{DateOf(file), 1}, std::pair{LengthOf(file), 0}}) {
+            const SIZE size = Measure(dc, text);
+            RECT area = rect;
+            area.left = rect.right - kDetailMargin - size.cx;
+            area.top = middle - above * size.cy;
             DrawTextW(dc, text.c_str(), -1, &area, 0);
         }
     }
@@ -112,7 +161,7 @@ void CVelFileDialog::SetItemCount(ItemList& items, int count) {
 
 void CVelFileDialog::ReadFolder() {
     m_arrFileLines.clear();
-    m_pFileDialog->sizes.clear();
+    m_pFileDialog->files.clear();
     ShellCore* core = ShellCore::Current();
     const auto entries = core ? core->ce.files().List(m_strFolder.c_str()) : std::nullopt;
     if (entries) {
@@ -122,11 +171,22 @@ void CVelFileDialog::ReadFolder() {
                 m_nFileType == kListTypeRecordings ? type == kFileTypeDMB || type == kFileTypeTS : type == m_nFileType;
             if (!entry.isFolder && wanted) {
                 m_arrFileLines.push_back(entry.name);
-                m_pFileDialog->sizes.push_back(entry.size);
+                m_pFileDialog->files.push_back(entry);
             }
         }
     }
     SetItemCount(m_FileItems, static_cast<int>(m_arrFileLines.size()));
+}
+
+// A line of the current list; a file's name leaves room for what stands beside it.
+WString CVelFileDialog::FileDialogImpl::RowText(const CVelFileDialog& dialog, const GButton& row, const WString& line) {
+    const HDC canvas = dialog.GetCanvas();
+    const HGDIOBJ before = SelectObject(canvas, row.GetFont() ? row.GetFont() : dialog.GetDefaultFont());
+    const RECT& rect = row.GetRect();
+    const int margin = static_cast<const shell::Element&>(row).State().margin;
+    WString text = FittedTo(canvas, line, rect.right - rect.left - margin - kDetailWidth);
+    SelectObject(canvas, before);
+    return text;
 }
 
 void CVelFileDialog::UpdateRows() {
@@ -135,7 +195,11 @@ void CVelFileDialog::UpdateRows() {
         if (GButton* widget = Find(kFirstRow + static_cast<UINT>(row))) {
             const int index = m_pItems->top + row;
             const bool used = row < visible && index < m_pItems->count && index < static_cast<int>(m_pLines->size());
-            widget->SetText(used ? (*m_pLines)[static_cast<std::size_t>(index)].c_str() : nullptr, 0);
+            WString text = used ? (*m_pLines)[static_cast<std::size_t>(index)] : WString();
+            if (used && m_pItems == &m_FileItems) {
+                text = FileDialogImpl::RowText(*this, *widget, text);
+            }
+            widget->SetText(text.c_str(), 0);
             widget->SetSelected(used && index == m_pItems->marked, 0);
         }
     }
@@ -173,9 +237,9 @@ void CVelFileDialog::PickRow(int row) {
     UpdateRows();
 }
 
-// Arrow keys move the mark, the channel keys move it by a page; the rest is every dialog's.
+// Arrow keys move the mark, the channel keys move it by a page, Home and End to an end; the rest is every dialog's.
 void CVelFileDialog::OnKeyUp(UINT key, UINT repeatCount, UINT flags) {
-    constexpr UINT kPageUp = 33, kPageDown = 34, kUp = 38, kDown = 40;
+    constexpr UINT kPageUp = 33, kPageDown = 34, kEnd = 35, kHome = 36, kUp = 38, kDown = 40;
     switch (key) {
     case kUp:
         MoveMark(-1);
@@ -188,6 +252,12 @@ void CVelFileDialog::OnKeyUp(UINT key, UINT repeatCount, UINT flags) {
         break;
     case kPageDown:
         MoveMark(GetVisibleRows());
+        break;
+    case kHome:
+        MoveMark(-m_pItems->count);
+        break;
+    case kEnd:
+        MoveMark(m_pItems->count);
         break;
     default:
         CVelDialog::OnKeyUp(key, repeatCount, flags);

@@ -45,6 +45,9 @@ void ShellCore::MoveSmall(const RECT& place) {
     if (!view || !document.IsMinimized() || !IsUsable(place)) {
         return;
     }
+    if (PlaceText(place) == PlaceText(smallPlace)) {
+        return;
+    }
     const RECT before = smallPlace;
     smallPlace = place;
     smallMoved = true;

@@ -4,11 +4,18 @@
 #include "host/shell/core/ShellCore.h"
 #include "platform/dshow_api.h"
 
+#include <cmath>
+
 namespace {
 
 // The graph posts this message for each of its events.
 constexpr LONG kGraphEventMessage = WM_USER + 1;
 constexpr LONG kSilence = -10000; // hundredths of a decibel
+
+// Half of the scale sounds about half as loud: the square of the share, 40 decibels for a tenth.
+LONG HundredthsOf(int percent) {
+    return percent <= 0 ? kSilence : static_cast<LONG>(std::lround(4000 * std::log10(percent / 100.0)));
+}
 
 template <typename Interface> void Release(Interface*& pointer) {
     if (pointer) {
@@ -44,6 +51,10 @@ int CVelPlayerView::ConnectInterface() {
     (void)Obtain(m_pGraph, IID_IBasicAudio, m_pAudio);
     if (!control || !event) {
         return 0;
+    }
+    const shell::ShellCore* core = shell::ShellCore::Current();
+    if (core && (core->muted || core->volume < 100)) {
+        ForceMute(core->muted); // a new graph plays at full volume
     }
     return SUCCEEDED(m_pEvent->SetNotifyWindow(reinterpret_cast<OAHWND>(m_hWnd), kGraphEventMessage, 0));
 }
@@ -110,6 +121,7 @@ void CVelPlayerView::Resume() {
 
 void CVelPlayerView::ForceMute(int mute) {
     if (m_pAudio) {
-        m_pAudio->put_Volume(mute ? kSilence : 0);
+        const shell::ShellCore* core = shell::ShellCore::Current();
+        m_pAudio->put_Volume(mute ? kSilence : HundredthsOf(core ? core->volume : 100));
     }
 }

@@ -5,7 +5,24 @@
 #include "host/shell/core/BaseImpl.h"
 #include "host/shell/core/ShellCore.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace shell {
+
+namespace {
+
+// A pixel whose colours are multiplied with its alpha, without that.
+std::uint32_t Straight(std::uint32_t pixel) {
+    const std::uint32_t alpha = pixel >> 24;
+    if (alpha == 0 || alpha == 255) {
+        return pixel;
+    }
+    const auto divide = [alpha](std::uint32_t colour) { return std::min((colour * 255 + alpha / 2) / alpha, 255u); };
+    return alpha << 24 | divide(pixel >> 16 & 0xFF) << 16 | divide(pixel >> 8 & 0xFF) << 8 | divide(pixel & 0xFF);
+}
+
+} // namespace
 
 Shell::Shell(ce::Ce& ce, const Setup& setup)
     : core(std::make_unique<ShellCore>(ce, setup)), screen(std::make_unique<Surface>(kScreenWidth, kScreenHeight)) {}
@@ -20,7 +37,11 @@ std::string Shell::LoadModule(const std::filesystem::path& file) {
 
 bool Shell::UnloadModule(const std::filesystem::path& file) {
     core->CloseView();
-    return !core->view && core->modules.Unload(file);
+    if (core->view || !core->modules.Unload(file)) {
+        return false;
+    }
+    core->lastClass = nullptr; // it may have been the module's
+    return true;
 }
 
 CVelPlayerView* Shell::OpenView(const char* className) {
@@ -65,16 +86,36 @@ void Shell::TouchDown(int x, int y) {
     Touch(WM_LBUTTONDOWN, x, y);
 }
 
+void Shell::TouchMove(int x, int y) {
+    Touch(kTouchMoveMessage, x, y);
+}
+
 void Shell::TouchUp(int x, int y) {
     Touch(WM_LBUTTONUP, x, y);
 }
 
 void Shell::Touch(UINT message, int x, int y) {
+    const bool begins = message == WM_LBUTTONDOWN;
+    const Window* window = begins ? core->windows.At({x, y}) : core->windows.Find(core->touched);
+    if (begins) {
+        core->touched = window ? window->handle : nullptr;
+    } else if (message == WM_LBUTTONUP) {
+        core->touched = nullptr;
+    }
+    if (!window || !core->TakesInput(*window)) {
+        return;
+    }
+    const auto pack = [](LONG left, LONG top) { return static_cast<LPARAM>((top & 0xFFFF) << 16 | (left & 0xFFFF)); };
+    // A window that is moved by the finger would shift its own points, so a way is told in points of the screen.
+    core->ce.loop().Post(window->handle, message, 0,
+                         message == kTouchMoveMessage ? pack(x, y)
+                                                      : pack(x - window->place.left, y - window->place.top));
+}
+
+void Shell::Wheel(int x, int y, int notches) {
     const Window* window = core->windows.At({x, y});
     if (window && core->TakesInput(*window)) {
-        const auto place =
-            static_cast<LPARAM>(((y - window->place.top) & 0xFFFF) << 16 | ((x - window->place.left) & 0xFFFF));
-        core->ce.loop().Post(window->handle, message, 0, place);
+        core->ce.loop().Post(window->handle, kWheelMessage, 0, notches);
     }
 }
 
@@ -119,8 +160,32 @@ void Shell::Restore() {
     core->Restore();
 }
 
+bool Shell::ShowHome() {
+    return core->ShowHome();
+}
+
+bool Shell::ShowView() {
+    return core->ShowView();
+}
+
+void Shell::SetViewListener(std::function<void(CVelPlayerView*)> listener) {
+    core->viewListener = std::move(listener);
+}
+
+void Shell::SetReasonSource(std::function<ReasonShown()> source) {
+    core->reasonSource = std::move(source);
+}
+
 void Shell::SetDebugMode(bool on) {
     core->document.SetDebugMode(on);
+}
+
+void Shell::SetVolume(int percent, bool muted) {
+    core->volume = std::clamp(percent, 0, 100);
+    core->muted = muted;
+    if (core->view) {
+        core->view->ForceMute(muted);
+    }
 }
 
 void Shell::SaveAll() {
@@ -135,6 +200,7 @@ void Shell::SetLanguage(Language language) {
     core->main->Locale();
     if (core->view) {
         core->view->Locale();
+        core->ApplyReason();
     }
 }
 
@@ -186,6 +252,19 @@ const std::uint32_t* Shell::Screen() {
     return screen->Row(0);
 }
 
+Shell::Layers Shell::ComposeLayers() {
+    core->windows.ComposeAround(*screen, core->video);
+    Layers layers;
+    layers.video = core->windows.VideoPlace(core->video);
+    layers.keepAspect = core->video.keepAspect;
+    const std::size_t count = static_cast<std::size_t>(kScreenWidth) * kScreenHeight;
+    layers.pixels.assign(screen->Row(0), screen->Row(0) + count);
+    if (layers.video) { // elsewhere everything is opaque
+        std::transform(layers.pixels.begin(), layers.pixels.end(), layers.pixels.begin(), Straight);
+    }
+    return layers;
+}
+
 bool Shell::Screenshot(const std::filesystem::path& file) {
     return Screen() != nullptr && screen->WritePng(file);
 }
@@ -227,9 +306,10 @@ std::vector<std::string> Shell::Leaks() const {
         }
     };
     constexpr std::size_t kOwnWindows = 1;
+    constexpr std::size_t kOwnTimers = 1; // the home screen's clock
     check(core->windows.Count(), kOwnWindows, "windows");
     check(core->ce.loop().WaitingMessages(), 0, "waiting messages");
-    check(core->ce.loop().RunningTimers(), 0, "running timers");
+    check(core->ce.loop().RunningTimers(), kOwnTimers, "running timers");
     check(core->gdi.OpenWindowContexts(), 0, "contexts not released");
     check(core->gdi.CallerObjects(), 0, "drawing objects not deleted");
     check(core->ce.files().OpenCount(), 0, "open files");

@@ -9,8 +9,10 @@
 #include "host/shell/core/Boxes.h"
 #include "host/shell/core/Document.h"
 #include "host/shell/core/EffectLog.h"
+#include "host/shell/core/Gesture.h"
 #include "host/shell/core/MainWindow.h"
 #include "host/shell/core/ModuleLoader.h"
+#include "host/shell/core/Reason.h"
 #include "host/shell/core/RunTimeClasses.h"
 #include "host/shell/core/WindowTree.h"
 #include "host/shell/gdi/VideoPlane.h"
@@ -31,13 +33,27 @@ inline constexpr RECT kScreen = {0, 0, kScreenWidth, kScreenHeight};
 
 // The shell's own messages to its main window.
 inline constexpr UINT kCloseViewMessage = WM_USER + 300;
+// A finger that moves (the point of the screen) and the wheel (its notches), to the window they belong to.
+inline constexpr UINT kTouchMoveMessage = WM_USER + 301;
+inline constexpr UINT kWheelMessage = WM_USER + 302;
 // Requests that views post: the picture under the view, and a message box.
 inline constexpr UINT kVideoMessage = WM_USER + 5;
 inline constexpr UINT kBoxMessage = WM_USER + 7;
+// No tap yet that a second one could follow.
+inline constexpr ce::Millis kNoTap = -1000000;
 // Commands of the shell's own.
 inline constexpr UINT kCommandFullSize = 17;
 inline constexpr UINT kCommandSmallSize = 19;
 inline constexpr UINT kCommandPreload = 64954;
+
+// A touch that lasts.
+struct Finger {
+    bool down = false;
+    POINT from = {}; // on the screen
+    RECT place = {}; // of its window then
+    Drag drag = Drag::None;
+    int rows = 0; // how far a list has followed
+};
 
 class ShellCore final : public SkinHost {
 public:
@@ -66,11 +82,17 @@ public:
     // ---- Touches and keys (Input.cpp) ----
 
     void TouchDown(Window& window, POINT client);
+    // The finger goes on, anywhere on the screen: from here on it is a drag, once it has gone far enough.
+    void TouchMove(Window& window, POINT screenPoint);
     void TouchUp(Window& window, POINT client);
+    // The wheel over a window; positive is away from the user.
+    void Wheel(Window& window, int notches);
     // May this window take input now? While a modal window is up, only it and message boxes may.
     [[nodiscard]] bool TakesInput(const Window& window) const;
     // Presses and lets go an element. False when it is not to be pressed or the window refuses.
     bool Click(Window& window, const Element& element);
+    // A short touch beside every button of the small window: one shows or hides its controls, a second one soon after restores it.
+    void TapSmall(Window& window);
     // The windows that take touches now, the one in front first: a box that nobody waits for, then a modal window, else the
     // view, else the home screen.
     [[nodiscard]] std::vector<Window*> InputWindows();
@@ -97,6 +119,16 @@ public:
     void MoveSmall(const RECT& place);
     void Restore();
 
+    // ---- Who is in front (Home.cpp) ----
+
+    // The home screen comes to the front and the view is held. False when there is no view at full size, or a modal window is up.
+    bool ShowHome();
+    // The view comes to the front: a small one at full size, a held one as it was, a closed one anew.
+    bool ShowView();
+    // Asks why there is no picture, and shows the answer over the view.
+    void RefreshReason();
+    void ApplyReason();
+
     // ---- SkinHost ----
 
     [[nodiscard]] GdiState& Gdi() override { return gdi; }
@@ -119,9 +151,21 @@ public:
     CVelPlayerView* view = nullptr;
     std::vector<HWND> modalWindows; // last: in front
     bool closePending = false;
+    bool homeInFront = false;                 // the view is held behind the home screen
+    const GRuntimeClass* lastClass = nullptr; // of the view that was opened last, while its module is there
+    WString lastTitle;
+    std::function<ReasonShown()> reasonSource;
+    ReasonShown reason;
+    bool reasonIsSmall = false;
+    std::function<void(CVelPlayerView*)> viewListener;
     bool quitting = false;
+    int volume = 100; // per cent
+    bool muted = false;
+    HWND touched = nullptr; // where the touch that lasts began; its way and its end belong there too
+    Finger finger;
     RECT smallPlace = {};    // where the small window is now
     bool smallMoved = false; // the user moved it
+    ce::Millis lastTap = kNoTap;
     std::deque<std::function<void()>> modalActions;
     std::function<bool()> idleInput;
     std::function<void()> screenListener;

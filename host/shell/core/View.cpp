@@ -2,11 +2,16 @@
 #include "host/ce/Text.h"
 #include "host/shell/core/ShellCore.h"
 
+#include <iterator>
+
 using shell::ShellCore;
 
 const GRuntimeClass GView::classGView = {"GView", nullptr, &GObject::classGObject};
 
 const GMessageMap GView::messageMap = [] {
+    static const auto pointOf = [](LPARAM packed) {
+        return POINT{static_cast<SHORT>(packed & 0xFFFF), static_cast<SHORT>((packed >> 16) & 0xFFFF)};
+    };
     static const GMessageEntry rows[] = {
         GMap::OnCreate<&GView::OnCreate>(),
         GMap::OnTimer<&GView::OnTimer>(),
@@ -16,13 +21,28 @@ const GMessageMap GView::messageMap = [] {
          [](GView* self, WPARAM, LPARAM lParam) -> LRESULT {
              ShellCore* core = ShellCore::Current();
              if (shell::Window* window = core->windows.Find(self->GetSafeHwnd())) {
-                 core->TouchUp(*window,
-                               {static_cast<SHORT>(lParam & 0xFFFF), static_cast<SHORT>((lParam >> 16) & 0xFFFF)});
+                 core->TouchUp(*window, pointOf(lParam));
+             }
+             return 0;
+         }},
+        {shell::kTouchMoveMessage, 0, 0,
+         [](GView* self, WPARAM, LPARAM lParam) -> LRESULT {
+             ShellCore* core = ShellCore::Current();
+             if (shell::Window* window = core->windows.Find(self->GetSafeHwnd())) {
+                 core->TouchMove(*window, pointOf(lParam));
+             }
+             return 0;
+         }},
+        {shell::kWheelMessage, 0, 0,
+         [](GView* self, WPARAM, LPARAM notches) -> LRESULT {
+             ShellCore* core = ShellCore::Current();
+             if (shell::Window* window = core->windows.Find(self->GetSafeHwnd())) {
+                 core->Wheel(*window, static_cast<int>(notches));
              }
              return 0;
          }},
     };
-    return GMessageMap{nullptr, rows, 5};
+    return GMessageMap{nullptr, rows, static_cast<UINT>(std::size(rows))};
 }();
 
 GView::GView() = default;

@@ -6,7 +6,9 @@
 #include "platform/velshell/GEngine.h"
 #include "platform/velshell/GWorkspace.h"
 
+#include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace shell {
@@ -20,6 +22,7 @@ struct Window {
     GFactory* widgets = nullptr;
     RECT place = {}; // on the screen
     bool visible = false;
+    bool dims = false;                // what lies under it is darkened: it waits for an answer
     std::unique_ptr<Surface> surface; // as large as the window
     Region invalid;                   // in client coordinates
     bool painting = false;
@@ -47,8 +50,16 @@ public:
 
     // All visible windows on one picture; the moving picture lies under the view.
     void Compose(Surface& screen, const VideoPlane& video) const;
+    // Where the moving picture lies, or nothing when none shows.
+    [[nodiscard]] std::optional<RECT> VideoPlace(const VideoPlane& video) const;
+    // The same picture with a hole where the moving picture would be.
+    void ComposeAround(Surface& screen, const VideoPlane& video) const;
 
 private:
+    [[nodiscard]] bool IsCovered(const Window& window) const;
+    // `under` draws what lies directly under the view while the moving picture shows.
+    void ComposeWith(Surface& screen, const VideoPlane& video, const std::function<void(const RECT&)>& under) const;
+
     std::vector<std::unique_ptr<Window>> windows; // lowest first
 };
 

@@ -2,24 +2,59 @@
 
 #include <algorithm>
 #include <cairo.h>
+#include <utility>
 
 namespace shell {
 
+namespace {
+
+std::size_t PixelCount(int width, int height) {
+    return static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+}
+
+bool FitsSurface(int width, int height) {
+    return width >= 1 && height >= 1 && width <= kMaxSurfaceSide && height <= kMaxSurfaceSide;
+}
+
+} // namespace
+
+// With the lock held.
+void VideoPlane::MakeFrame(int width, int height, double aspect) {
+    if (!frame || frame->Width() != width || frame->Height() != height) {
+        frame = std::make_unique<Surface>(width, height);
+    }
+    frameAspect = aspect > 0.1 && aspect < 10 ? aspect : static_cast<double>(width) / height;
+    pending = nullptr;
+    ++frames;
+}
+
 void VideoPlane::Present(int width, int height, std::span<const std::uint32_t> pixels, double aspect) {
-    if (width < 1 || height < 1 || width > kMaxSurfaceSide || height > kMaxSurfaceSide ||
-        pixels.size() < static_cast<std::size_t>(width) * height) {
+    if (!FitsSurface(width, height) || pixels.size() < PixelCount(width, height)) {
         return;
     }
     std::function<void()> notify;
     {
         const std::lock_guard lock(mutex);
-        if (!frame || frame->Width() != width || frame->Height() != height) {
-            frame = std::make_unique<Surface>(width, height);
-        }
-        std::transform(pixels.begin(), pixels.begin() + static_cast<std::ptrdiff_t>(width) * height, frame->Row(0),
-                       [](std::uint32_t pixel) { return pixel | kOpaque; });
-        frameAspect = aspect > 0.1 && aspect < 10 ? aspect : static_cast<double>(width) / height;
-        ++frames;
+        MakeFrame(width, height, aspect);
+        std::transform(pixels.begin(), pixels.begin() + static_cast<std::ptrdiff_t>(PixelCount(width, height)),
+                       frame->Row(0), [](std::uint32_t pixel) { return pixel | kOpaque; });
+        notify = listener;
+    }
+    if (notify) {
+        notify();
+    }
+}
+
+void VideoPlane::PresentLater(int width, int height, double aspect,
+                              std::function<void(std::span<std::uint32_t>)> fill) {
+    if (!FitsSurface(width, height)) {
+        return;
+    }
+    std::function<void()> notify;
+    {
+        const std::lock_guard lock(mutex);
+        MakeFrame(width, height, aspect);
+        pending = std::move(fill);
         notify = listener;
     }
     if (notify) {
@@ -32,6 +67,7 @@ void VideoPlane::Clear() {
     {
         const std::lock_guard lock(mutex);
         frame.reset();
+        pending = nullptr;
         notify = listener;
     }
     if (notify) {
@@ -56,6 +92,13 @@ void VideoPlane::Paint(Surface& target, const RECT& rect) const {
     cairo_set_source_rgb(cairo, 0, 0, 0);
     cairo_paint(cairo);
     const std::lock_guard lock(mutex);
+    if (frame && pending) {
+        const std::span<std::uint32_t> pixels(frame->Row(0), PixelCount(frame->Width(), frame->Height()));
+        std::fill(pixels.begin(), pixels.end(), 0);
+        std::exchange(pending, nullptr)(pixels);
+        std::transform(pixels.begin(), pixels.end(), pixels.begin(),
+                       [](std::uint32_t pixel) { return pixel | kOpaque; });
+    }
     if (frame) {
         double width = rect.right - rect.left;
         double height = rect.bottom - rect.top;
