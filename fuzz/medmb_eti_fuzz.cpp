@@ -1,4 +1,4 @@
-// Any bytes as an ETI source: frames, FIC, both kinds of service and everything behind them.
+// Any bytes as an ETI source: frames, FIC, one of the two kinds of service and everything behind it.
 #include <cstdint>
 #include <cstdlib>
 
@@ -33,18 +33,16 @@ public:
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size < 1)
         return 0;
-    // The first byte chooses how the stream is cut into portions.
-    const std::size_t portion = 1 + std::size_t{data[0]} * 37;
+    // The first byte chooses the service, and how the stream is cut into portions.
+    const std::size_t portion = 1 + std::size_t{data[0]} / 2 * 75;
+    const std::uint32_t service = (data[0] & 1) != 0 ? 0xF1E00401 : 0xE201;
     const wire::ByteSpan stream(data + 1, size - 1);
     Sink sink;
-    medmb::ServiceReceiver radio(0xE201, sink);
-    medmb::ServiceReceiver television(0xF1E00401, sink);
+    medmb::ServiceReceiver receiver(service, sink);
     medmb::EtiFramer framer;
     const auto drain = [&] {
-        while (const auto frame = framer.Next()) {
-            radio.Push(*frame);
-            television.Push(*frame);
-        }
+        while (const auto frame = framer.Next())
+            receiver.Push(*frame);
     };
     for (std::size_t at = 0; at < stream.size(); at += portion) {
         framer.Push(stream.subspan(at, std::min(portion, stream.size() - at)));
@@ -52,5 +50,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     framer.Finish();
     drain();
+    receiver.Finish();
     return 0;
 }

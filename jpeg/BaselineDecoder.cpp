@@ -34,6 +34,12 @@ Status BaselineScan::Open(const Frame& theFrame, const ScanHeader& header, const
                           std::span<const std::uint8_t> coded, int reduction) {
     frame = theFrame;
     partCount = header.componentCount;
+    if (reduction > 0) {
+        skipTables.reset(new (std::nothrow) SkipTables);
+        if (!skipTables) {
+            return Status::kOutOfMemory;
+        }
+    }
     std::array<bool, kTableSlots> haveDc{};
     std::array<bool, kTableSlots> haveAc{};
     for (int i = 0; i < partCount; ++i) {
@@ -41,7 +47,7 @@ Status BaselineScan::Open(const Frame& theFrame, const ScanHeader& header, const
         parts[i].component = ids.component;
         parts[i].dcTable = &dcTables[ids.dcTable];
         parts[i].acTable = &acTables[ids.acTable];
-        parts[i].skipTable = &skipTables[ids.acTable];
+        parts[i].skipTable = skipTables ? &(*skipTables)[ids.acTable] : nullptr;
         if (!tables.dc[ids.dcTable].sent || !tables.ac[ids.acTable].sent) {
             return Status::kHuffmanTableMissing;
         }
@@ -54,8 +60,8 @@ Status BaselineScan::Open(const Frame& theFrame, const ScanHeader& header, const
             if (const Status status = acTables[ids.acTable].Build(tables.ac[ids.acTable]); status != Status::kOk) {
                 return status;
             }
-            if (reduction > 0) {
-                skipTables[ids.acTable].Build(acTables[ids.acTable]);
+            if (skipTables) {
+                (*skipTables)[ids.acTable].Build(acTables[ids.acTable]);
             }
         }
     }
@@ -94,6 +100,18 @@ void BaselineScan::DecodeInterleaved(const ComponentQuantisers& quantisers, Samp
     const int mcus = frame.McusPerLine();
     for (int mcu = 0; mcu < mcus; ++mcu) {
         BeginMcu();
+        if constexpr (kReduction == 3) {
+            if (const int count = McusWithoutData(mcus - mcu); count > 0) {
+                for (int i = 0; i < partCount; ++i) {
+                    const int index = parts[i].component;
+                    FillEighths(parts[i], quantisers.Of(index), count,
+                                rows.Row(index, 0) + mcu * frame.components[index].h, rows.Stride(index));
+                }
+                PassMcus(count - 1);
+                mcu += count - 1;
+                continue;
+            }
+        }
         for (int i = 0; i < partCount; ++i) {
             Part& part = parts[i];
             const int index = part.component;
@@ -124,6 +142,15 @@ void BaselineScan::DecodeSingle(int mcuLine, const ComponentQuantisers& quantise
         std::uint8_t* samples = rows.Row(index, line * side);
         for (int column = 0; column < columns; ++column, samples += side) {
             BeginMcu();
+            if constexpr (kReduction == 3) {
+                if (const int count = McusWithoutData(columns - column); count > 0) {
+                    FillEighths(part, quantisers.Of(index), count, samples, rows.Stride(index));
+                    PassMcus(count - 1);
+                    column += count - 1;
+                    samples += count - 1;
+                    continue;
+                }
+            }
             const int last = DecodeBlock<kReduction>(part, block);
             transform(block.values.data(), quantisers.Of(index), last, samples, rows.Stride(index));
         }
@@ -146,12 +173,31 @@ void BaselineScan::BeginMcu() {
     --untilRestart;
 }
 
+// Counts MCUs of which BeginMcu() need not be told: no restart among them can bring data.
+void BaselineScan::PassMcus(int count) {
+    if (restartInterval != 0) {
+        // Restarts fall on multiples of the interval; untilRestart is what is left of the present one.
+        const int passed = restartInterval - untilRestart + count;
+        untilRestart = restartInterval - (passed - 1) % restartInterval - 1;
+    }
+}
+
 // Returns the place of the last coefficient that may differ from 0, in zig-zag order.
 template <int kReduction> int BaselineScan::DecodeBlock(Part& part, Block& block) {
     reader.Prepare();
     if (!reader.Exhausted()) [[likely]] {
         return DecodeCodedBlock<kReduction>(part, block);
     }
+    LearnZeros<kReduction>(part);
+    const ZeroBlock& zeros = part.zeros;
+    std::memcpy(block.values.data(), zeros.block.values.data(), KeptCount(kReduction) * sizeof(std::int16_t));
+    part.prediction = static_cast<std::int16_t>(part.prediction + zeros.difference);
+    block.values[0] = static_cast<std::int16_t>(part.prediction);
+    return zeros.last;
+}
+
+// Once the reader has nothing but zeros.
+template <int kReduction> void BaselineScan::LearnZeros(Part& part) {
     ZeroBlock& zeros = part.zeros;
     if (!zeros.known) {
         const int prediction = std::exchange(part.prediction, 0);
@@ -159,10 +205,44 @@ template <int kReduction> int BaselineScan::DecodeBlock(Part& part, Block& block
         zeros.difference = std::exchange(part.prediction, prediction);
         zeros.known = true;
     }
-    std::memcpy(block.values.data(), zeros.block.values.data(), KeptCount(kReduction) * sizeof(std::int16_t));
-    part.prediction = static_cast<std::int16_t>(part.prediction + zeros.difference);
-    block.values[0] = static_cast<std::int16_t>(part.prediction);
-    return zeros.last;
+}
+
+// How many of the `left` MCUs of a line, the one just begun among them, have nothing but zeros to read: up to the next
+// restart or, where none can follow, all.
+int BaselineScan::McusWithoutData(int left) {
+    reader.Prepare();
+    if (!reader.Exhausted()) {
+        return 0;
+    }
+    for (int i = 0; i < partCount; ++i) {
+        LearnZeros<3>(parts[i]);
+    }
+    return reader.Finished() ? left : std::min(left, untilRestart + 1);
+}
+
+// What decoding `count` MCUs from zeros comes to at an eighth of the size, where a block is one sample. A picture of six
+// million MCUs may end after the first.
+void BaselineScan::FillEighths(Part& part, const Dequantiser& dequantiser, int count, std::uint8_t* samples,
+                               std::ptrdiff_t stride) const {
+    const bool isAlone = partCount == 1;
+    const int columns = isAlone ? 1 : frame.components[part.component].h;
+    const int lines = isAlone ? 1 : frame.components[part.component].v;
+    int prediction = part.prediction;
+    int left = untilRestart + 1;
+    for (int mcu = 0; mcu < count; ++mcu, samples += columns) {
+        if (left == 0 && restartInterval != 0) {
+            prediction = 0;
+            left = restartInterval;
+        }
+        --left;
+        for (int line = 0; line < lines; ++line) {
+            for (int column = 0; column < columns; ++column) {
+                prediction = static_cast<std::int16_t>(prediction + part.zeros.difference);
+                samples[line * stride + column] = EighthSample(static_cast<std::int16_t>(prediction), dequantiser);
+            }
+        }
+    }
+    part.prediction = prediction;
 }
 
 // T.81 F.2.2.

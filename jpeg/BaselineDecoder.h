@@ -16,7 +16,7 @@
 
 namespace jpeg {
 
-// One scan being read. About 80 KB, so it lives on the heap.
+// One scan being read. About 25 KB and as much again when the size is reduced, so it lives on the heap.
 class BaselineScan {
 public:
     // `coded` begins with the coded data. Refuses missing or oversubscribed Huffman tables.
@@ -26,7 +26,8 @@ public:
     void DecodeLine(int mcuLine, const ComponentQuantisers& quantisers, SampleRows& rows);
 
 private:
-    // A block read from nothing but zero bits. Once the data is used up every block of the component is this one.
+    // A block read from nothing but zero bits. Once the data is used up every block of the component is this one, but for
+    // its first coefficient, which grows by the same difference from block to block.
     struct ZeroBlock {
         bool known = false;
         int last = 0;
@@ -46,7 +47,12 @@ private:
     template <int kReduction> void DecodeSingle(int mcuLine, const ComponentQuantisers& quantisers, SampleRows& rows);
     template <int kReduction> int DecodeBlock(Part& part, Block& block);
     template <int kReduction> int DecodeCodedBlock(Part& part, Block& block);
+    template <int kReduction> void LearnZeros(Part& part);
+    [[nodiscard]] int McusWithoutData(int left);
+    void FillEighths(Part& part, const Dequantiser& dequantiser, int count, std::uint8_t* samples,
+                     std::ptrdiff_t stride) const;
     void BeginMcu();
+    void PassMcus(int count);
 
     using LineFunction = void (BaselineScan::*)(int, const ComponentQuantisers&, SampleRows&);
     template <int kReduction> void DecodeLineAt(int mcuLine, const ComponentQuantisers& quantisers, SampleRows& rows);
@@ -61,7 +67,8 @@ private:
     BitReader reader;
     std::array<HuffmanTable, kTableSlots> dcTables;
     std::array<HuffmanTable, kTableSlots> acTables;
-    std::array<SkipTable, kTableSlots> skipTables; // only when the size is reduced
+    using SkipTables = std::array<SkipTable, kTableSlots>;
+    std::unique_ptr<SkipTables> skipTables; // only when the size is reduced
 };
 
 class BaselineDecoder : public SampleSource {

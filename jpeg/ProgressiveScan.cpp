@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <utility>
 
 namespace jpeg {
 
@@ -94,6 +95,11 @@ bool ProgressiveScan::BeginMcu() {
     return !reader.Finished();
 }
 
+// What is left of an interval whose data is used up, behind the present MCU; it counts as read.
+int ProgressiveScan::McusToRestart() {
+    return std::exchange(untilRestart, 0);
+}
+
 // T.81 G.1.2.1.
 void ProgressiveScan::ReadDcBlock(const ScanHeader& scan, int part, BitCursor& bits, std::int16_t& value) {
     if (scan.approxHigh != 0) {
@@ -110,24 +116,25 @@ void ProgressiveScan::ReadDc(const ScanHeader& scan) {
         const int component = scan.components[0].component;
         const int blocks = store.BlockCount(component);
         for (int block = 0; block < blocks && BeginMcu(); ++block) {
-            if (!reader.Exhausted()) {
-                BitCursor bits = reader.Bits();
-                ReadDcBlock(scan, 0, bits, *store.Values(component, block));
-                reader.Resume(bits);
+            if (reader.Exhausted()) {
+                block += McusToRestart();
+                continue;
             }
+            BitCursor bits = reader.Bits();
+            ReadDcBlock(scan, 0, bits, *store.Values(component, block));
+            reader.Resume(bits);
         }
         return;
     }
     const int mcusPerLine = frame.McusPerLine();
-    const int mcuLines = frame.McuLines();
-    for (int mcuLine = 0; mcuLine < mcuLines; ++mcuLine) {
-        for (int mcu = 0; mcu < mcusPerLine; ++mcu) {
-            if (!BeginMcu()) {
-                return;
-            }
-            for (int part = 0; part < scan.componentCount; ++part) {
-                ReadDcMcu(scan, part, mcuLine, mcu);
-            }
+    const int mcuCount = mcusPerLine * frame.McuLines();
+    for (int mcu = 0; mcu < mcuCount && BeginMcu(); ++mcu) {
+        if (reader.Exhausted()) {
+            mcu += McusToRestart();
+            continue;
+        }
+        for (int part = 0; part < scan.componentCount; ++part) {
+            ReadDcMcu(scan, part, mcu / mcusPerLine, mcu % mcusPerLine);
         }
     }
 }
@@ -204,6 +211,7 @@ template <bool kKeepsAll> void ProgressiveScan::ReadAc(const ScanHeader& scan) {
             return;
         }
         if (reader.Exhausted()) {
+            block += McusToRestart();
             continue;
         }
         if (first) {

@@ -46,6 +46,7 @@ private:
     template <bool kKeepsAll>
     void CorrectAll(BitCursor& bits, std::uint64_t which, int step, std::int16_t* values) const;
     [[nodiscard]] bool BeginMcu();
+    [[nodiscard]] int McusToRestart();
 
     Frame frame;
     CoefficientStore& store;

@@ -54,12 +54,12 @@ TEST(RowConverter, RowsEqualTheTablesForEveryChroma) {
     RowConverter half;
     ASSERT_EQ(full.Open(ColourModel::kYcc, 0), Status::kOk);
     ASSERT_EQ(half.Open(ColourModel::kYcc, 1), Status::kOk);
-    constexpr int kWidth = 256 + 5; // a tail that no vector holds
-    std::vector<std::uint8_t> y(kWidth);
-    std::vector<std::uint8_t> cb(kWidth);
-    std::vector<std::uint8_t> cr(kWidth);
+    constexpr int kWidth = 256 + 5; // a tail that fills no vector
+    std::vector<std::uint8_t> y(kWidth + kRowSlack);
+    std::vector<std::uint8_t> cb(kWidth + kRowSlack);
+    std::vector<std::uint8_t> cr(kWidth + kRowSlack);
     std::vector<std::uint8_t> pixels(2 * kWidth);
-    std::vector<std::uint32_t> words(kWidth);
+    std::vector<std::uint32_t> words(kWidth + kRowSlack);
     std::vector<std::uint8_t> bytes(3 * kWidth);
     for (int c = 0; c < 256; ++c) {
         for (int x = 0; x < kWidth; ++x) {
@@ -91,11 +91,42 @@ TEST(RowConverter, RowsEqualTheTablesForEveryChroma) {
     }
 }
 
+// Of any width, also less than a vector: all pixels, and none behind the last.
+TEST(RowConverter, EveryWidthEndsWhereItShould) {
+    std::vector<std::uint8_t> samples(100 + kRowSlack);
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        samples[i] = static_cast<std::uint8_t>(i * 29);
+    }
+    const SampleRow row{samples.data(), samples.data() + 1, samples.data() + 2};
+    for (const ColourModel model : {ColourModel::kYcc, ColourModel::kGrey, ColourModel::kRgb}) {
+        for (const int shift : {0, 1}) {
+            if (shift == 1 && model != ColourModel::kYcc) {
+                continue;
+            }
+            RowConverter converter;
+            ASSERT_EQ(converter.Open(model, shift), Status::kOk);
+            for (int width = 1; width <= 70; ++width) {
+                std::vector<std::uint8_t> pixels(2 * 80, 0xEE);
+                std::vector<std::uint8_t> bytes(3 * 80, 0xEE);
+                converter.ToRgb565(row, width, pixels.data());
+                converter.ToRgb24(row, width, bytes.data());
+                for (int x = 0; x < 80; ++x) {
+                    const auto at = static_cast<std::size_t>(x);
+                    std::uint16_t word;
+                    std::memcpy(&word, &pixels[2 * at], 2);
+                    const Rgb exact{bytes[3 * at], bytes[3 * at + 1], bytes[3 * at + 2]};
+                    ASSERT_EQ(word, x < width ? PackRgb565(exact) : 0xEEEE) << width << " " << x;
+                }
+            }
+        }
+    }
+}
+
 TEST(RowConverter, GreyAndRgbPassThrough) {
     std::mt19937 random(7);
-    std::vector<std::uint8_t> a(50);
-    std::vector<std::uint8_t> b(50);
-    std::vector<std::uint8_t> c(50);
+    std::vector<std::uint8_t> a(50 + kRowSlack);
+    std::vector<std::uint8_t> b(50 + kRowSlack);
+    std::vector<std::uint8_t> c(50 + kRowSlack);
     for (auto* plane : {&a, &b, &c}) {
         for (auto& sample : *plane) {
             sample = static_cast<std::uint8_t>(random());
@@ -106,7 +137,7 @@ TEST(RowConverter, GreyAndRgbPassThrough) {
         ASSERT_EQ(converter.Open(model, 0), Status::kOk);
         const SampleRow row{a.data(), b.data(), c.data()};
         std::vector<std::uint8_t> pixels(101); // an odd address is a fair destination
-        std::vector<std::uint32_t> words(50);
+        std::vector<std::uint32_t> words(50 + kRowSlack);
         converter.ToRgb565(row, 50, pixels.data() + 1);
         converter.StoreContributions(row, 50, words.data());
         for (std::size_t x = 0; x < 50; ++x) {

@@ -42,6 +42,12 @@ struct Dequantiser {
 };
 [[nodiscard]] Dequantiser MakeDequantiser(const QuantTable& table, int reduction);
 
+// The one sample of a block at an eighth of the size.
+[[nodiscard]] constexpr std::uint8_t EighthSample(std::int16_t dc, const Dequantiser& dequantiser) {
+    const int output = (dc * static_cast<std::int32_t>(dequantiser.multiplier[0]) >> 5) + 128;
+    return static_cast<std::uint8_t>(output < 0 ? 0 : output > 255 ? 255 : output);
+}
+
 // Writes KeptSide(reduction) rows of as many samples. `values` are the kept coefficients; those behind `last`, counted in
 // zig-zag order, are promised to be 0.
 using TransformFunction = void (*)(const std::int16_t* values, const Dequantiser& dequantiser, int last,

@@ -163,7 +163,7 @@ void TransformQuarter(const std::int16_t* values, const Dequantiser& dequantiser
 
 void TransformEighth(const std::int16_t* values, const Dequantiser& dequantiser, int /*last*/, std::uint8_t* samples,
                      std::ptrdiff_t /*stride*/) {
-    samples[0] = ToSample(Dequantise(values[0], dequantiser.multiplier[0]));
+    samples[0] = EighthSample(values[0], dequantiser);
 }
 
 } // namespace jpeg::plain

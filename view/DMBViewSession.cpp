@@ -198,6 +198,9 @@ HRESULT CVelDMBView::CloseDMBDAB() {
             m_pFilterControl->CloseDABFilters();
         ShowAudioBG(0, 1);
     }
+    // A closed controller keeps the addresses of filters that are gone, and an event or an answer of the session may still come.
+    if (m_pFilterControl != nullptr && (type == kSessionDMB || type == kSessionDAB))
+        *m_pFilterControl = CDMBFilterControl(m_pGraph);
     m_nLastChannel = -1;
     m_nFileIndex = -1;
     return S_OK;

@@ -7,12 +7,41 @@ namespace codec {
 
 namespace {
 constexpr unsigned kShortLines = 128;
-constexpr unsigned kFirstShort = 448;
+constexpr unsigned kFlat = 448; // samples before and after the short slope of a start or stop window
+
+void MultiplyRising(std::span<const float> slope, float* samples) {
+    for (std::size_t n = 0; n < slope.size(); ++n)
+        samples[n] *= slope[n];
+}
+
+void MultiplyFalling(std::span<const float> slope, float* samples) {
+    for (std::size_t n = 0; n < slope.size(); ++n)
+        samples[n] *= slope[slope.size() - 1 - n];
+}
+
+// Multiplies 2048 samples with the window of a long, start or stop block.
+void ApplyLongWindow(const WindowSlopes& slopes, WindowSequence sequence, WindowShape leftShape, WindowShape rightShape,
+                     float* samples) {
+    const auto left = static_cast<std::size_t>(leftShape);
+    const auto right = static_cast<std::size_t>(rightShape);
+    if (sequence == WindowSequence::kStop) {
+        std::fill_n(samples, kFlat, 0.0F);
+        MultiplyRising(slopes.shortSlope[left], samples + kFlat);
+    } else {
+        MultiplyRising(slopes.longSlope[left], samples);
+    }
+    float* second = samples + kBlockSamples;
+    if (sequence == WindowSequence::kStart) {
+        MultiplyFalling(slopes.shortSlope[right], second + kFlat);
+        std::fill_n(second + kFlat + kShortLines, kFlat, 0.0F);
+    } else {
+        MultiplyFalling(slopes.longSlope[right], second);
+    }
+}
+
 } // namespace
 
-AnalysisBank::AnalysisBank()
-    : longTransform(av::Mdct::Direction::kForward, kBlockSamples, 2.0F),
-      shortTransform(av::Mdct::Direction::kForward, kShortLines, 2.0F) {}
+AnalysisBank::AnalysisBank() : longTransform(kBlockSamples, 2.0F), shortTransform(kShortLines, 2.0F) {}
 
 void AnalysisBank::Run(std::span<const float, 2 * kBlockSamples> samples, WindowSequence sequence,
                        WindowShape leftShape, WindowShape rightShape, Spectrum& spectrum) {
@@ -25,7 +54,7 @@ void AnalysisBank::Run(std::span<const float, 2 * kBlockSamples> samples, Window
     for (unsigned w = 0; w < kShortWindows; ++w) {
         const auto left = static_cast<std::size_t>(w == 0 ? leftShape : rightShape);
         const auto right = static_cast<std::size_t>(rightShape);
-        const float* source = samples.data() + kFirstShort + static_cast<std::size_t>(w) * kShortLines;
+        const float* source = samples.data() + kFlat + static_cast<std::size_t>(w) * kShortLines;
         for (std::size_t n = 0; n < kShortLines; ++n) {
             work[n] = source[n] * slopes.shortSlope[left][n];
             work[kShortLines + n] = source[kShortLines + n] * slopes.shortSlope[right][kShortLines - 1 - n];

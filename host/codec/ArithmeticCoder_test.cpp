@@ -16,24 +16,67 @@ constexpr std::array<std::uint8_t, 28> kBlock{0x15, 0xA4, 0x80, 0xE0, 0x50, 0x7F
                                               0xC6, 0x11, 0xAD, 0x6E, 0xBC, 0x13, 0x4B, 0x10, 0x1E, 0x36,
                                               0x24, 0x0E, 0xCF, 0x43, 0xA8, 0x08, 0x22, 0xDA};
 
+constexpr int kPlenty = 1000000; // more than any test spends
+
+// The next bit of a decoder with budget left.
+unsigned Bit(ArithmeticDecoder& decoder, unsigned p0) {
+    EXPECT_FALSE(decoder.Spent());
+    return decoder.Bit(p0);
+}
+
 TEST(ArithmeticDecoder, DecodesTheStartOfARealBlockWithItsCosts) {
     ArithmeticDecoder decoder;
     decoder.Start(kBlock, 72, 224);
-    int budget = 0;
-    EXPECT_EQ(decoder.Symbol(kCbandSiBand0Model, budget), 5U);
-    EXPECT_EQ(budget, -6);
+    auto cost = [&decoder, before = 0]() mutable {
+        const int spent = before - decoder.Budget();
+        before = decoder.Budget();
+        return spent;
+    };
+    EXPECT_EQ(decoder.Symbol(kCbandSiBand0Model), 5U);
+    EXPECT_EQ(cost(), 6);
     constexpr unsigned kSymbols[] = {60, 60, 45, 60, 51, 53, 60, 47};
     constexpr int kCosts[] = {10, 10, 10, 10, 10, 10, 10, 9};
     for (std::size_t i = 0; i < std::size(kSymbols); ++i) {
-        budget = 0;
-        EXPECT_EQ(decoder.Symbol(kScalefactorModels[7], budget), kSymbols[i]);
-        EXPECT_EQ(budget, -kCosts[i]);
+        EXPECT_EQ(decoder.Symbol(kScalefactorModels[7]), kSymbols[i]);
+        EXPECT_EQ(cost(), kCosts[i]);
     }
-    budget = 0;
-    EXPECT_EQ(decoder.Bit(15616, budget), 0U);
-    EXPECT_EQ(budget, 0);
-    EXPECT_EQ(decoder.Bit(15616, budget), 0U);
-    EXPECT_EQ(budget, -1);
+    EXPECT_TRUE(decoder.Spent()) << "side information is read with debts, planes are not";
+    decoder.Grant(91);
+    EXPECT_EQ(decoder.Budget(), 91 - 85);
+    static_cast<void>(cost());
+    EXPECT_EQ(Bit(decoder, 15616), 0U);
+    EXPECT_EQ(cost(), 0);
+    EXPECT_EQ(Bit(decoder, 15616), 0U);
+    EXPECT_EQ(cost(), 1);
+}
+
+TEST(ArithmeticDecoder, IsSpentExactlyWhenItsBudgetIs) {
+    std::mt19937 random(5);
+    std::vector<std::uint8_t> bytes(400);
+    for (auto& byte : bytes)
+        byte = static_cast<std::uint8_t>(random());
+    ArithmeticDecoder stepwise;
+    ArithmeticDecoder plain;
+    stepwise.Start(bytes, 0, 3200);
+    plain.Start(bytes, 0, 3200);
+    plain.Grant(kPlenty);
+    int granted = 0;
+    for (int i = 0; i < 2500; ++i) {
+        while (stepwise.Spent()) {
+            ASSERT_LE(stepwise.Budget(), 0);
+            const int bits = static_cast<int>(random() % 40) - 10; // may even take away
+            stepwise.Grant(bits);
+            granted += bits;
+        }
+        ASSERT_GT(stepwise.Budget(), 0);
+        const unsigned p0 = 1 + static_cast<unsigned>(random() % 16383);
+        if (i % 50 == 0) {
+            ASSERT_EQ(stepwise.Symbol(kScalefactorModels[3]), plain.Symbol(kScalefactorModels[3]));
+        } else {
+            ASSERT_EQ(stepwise.Bit(p0), Bit(plain, p0));
+        }
+        ASSERT_EQ(stepwise.Budget() - granted, plain.Budget() - kPlenty);
+    }
 }
 
 TEST(ArithmeticDecoder, ReadsZerosPastTheEndOfItsSegment) {
@@ -41,10 +84,10 @@ TEST(ArithmeticDecoder, ReadsZerosPastTheEndOfItsSegment) {
     ones.fill(0xFF);
     ArithmeticDecoder decoder;
     decoder.Start(ones, 13, 13); // empty: the value is 0, which is the last symbol of every model
-    int budget = 0;
+    decoder.Grant(kPlenty);
     for (int i = 0; i < 100; ++i) {
-        EXPECT_EQ(decoder.Bit(8192, budget), 0U);
-        EXPECT_EQ(decoder.Symbol(kCbandSiBand0Model, budget), 22U);
+        EXPECT_EQ(Bit(decoder, 8192), 0U);
+        EXPECT_EQ(decoder.Symbol(kCbandSiBand0Model), 22U);
     }
 }
 
@@ -57,13 +100,14 @@ TEST(ArithmeticDecoder, AnEvenBitIsABitWithEvenChances) {
     ArithmeticDecoder plain;
     even.Start(bytes, 0, 1600);
     plain.Start(bytes, 0, 1600);
-    int evenBudget = 0;
-    int plainBudget = 0;
+    even.Grant(kPlenty);
+    plain.Grant(kPlenty);
     for (int i = 0; i < 700; ++i) {
         const unsigned p0 = 256 + static_cast<unsigned>(random() % 15000);
-        ASSERT_EQ(even.Bit(p0, evenBudget), plain.Bit(p0, plainBudget));
-        ASSERT_EQ(even.EvenBit(evenBudget), plain.Bit(kSignP0, plainBudget));
-        ASSERT_EQ(evenBudget, plainBudget);
+        ASSERT_EQ(Bit(even, p0), Bit(plain, p0));
+        ASSERT_FALSE(even.Spent());
+        ASSERT_EQ(even.EvenBit(), Bit(plain, kSignP0));
+        ASSERT_EQ(even.Budget(), plain.Budget());
     }
 }
 
@@ -92,10 +136,9 @@ TEST(ArithmeticEncoder, IsDecodedToWhatWasEncodedAtEveryBitPosition) {
         ArithmeticEncoder encoder;
         constexpr std::size_t kBits = 8000;
         encoder.Start({}, start, start + kBits);
-        int encoderBudget = 0;
         for (Step& step : steps)
-            step.coded = step.model == 0 ? encoder.Bit(step.p0, encoderBudget, step.wanted)
-                                         : encoder.Symbol(kScalefactorModels[step.model], encoderBudget, step.wanted);
+            step.coded = step.model == 0 ? encoder.Bit(step.p0, step.wanted)
+                                         : encoder.Symbol(kScalefactorModels[step.model], step.wanted);
         ASSERT_TRUE(encoder.Fits());
         wire::BitWriter writer;
         for (std::size_t i = 0; i < start; ++i)
@@ -106,13 +149,14 @@ TEST(ArithmeticEncoder, IsDecodedToWhatWasEncodedAtEveryBitPosition) {
 
         ArithmeticDecoder decoder;
         decoder.Start(writer.Bytes(), start, start + kBits);
-        int decoderBudget = 0;
+        encoder.Grant(kPlenty);
+        decoder.Grant(kPlenty);
         for (const Step& step : steps) {
             ASSERT_EQ(step.coded, step.wanted);
-            ASSERT_EQ(step.coded, step.model == 0 ? decoder.Bit(step.p0, decoderBudget)
-                                                  : decoder.Symbol(kScalefactorModels[step.model], decoderBudget));
+            ASSERT_EQ(step.coded,
+                      step.model == 0 ? Bit(decoder, step.p0) : decoder.Symbol(kScalefactorModels[step.model]));
         }
-        EXPECT_EQ(encoderBudget, decoderBudget);
+        EXPECT_EQ(encoder.Budget(), decoder.Budget());
     }
 }
 
@@ -123,10 +167,10 @@ TEST(ArithmeticEncoder, GivesWayAtTheEndOfASegmentAndSaysSo) {
         std::vector<Step> steps = RandomSteps(random, 400, false);
         ArithmeticEncoder encoder;
         encoder.Start({}, 3, 3 + bits);
-        int budget = static_cast<int>(bits) + 20; // as the last symbols of a block may cost more than is left
+        encoder.Grant(static_cast<int>(bits) + 20); // as the last symbols of a block may cost more than is left
         std::size_t coded = 0;
-        for (; coded < steps.size() && budget > 0; ++coded) {
-            steps[coded].coded = encoder.Bit(steps[coded].p0, budget, steps[coded].wanted);
+        for (; coded < steps.size() && !encoder.Spent(); ++coded) {
+            steps[coded].coded = encoder.Bit(steps[coded].p0, steps[coded].wanted);
             altered += steps[coded].coded != steps[coded].wanted ? 1 : 0;
         }
         if (!encoder.Fits())
@@ -138,9 +182,9 @@ TEST(ArithmeticEncoder, GivesWayAtTheEndOfASegmentAndSaysSo) {
         writer.Write(0xFFFFFFFF, 32);
         ArithmeticDecoder decoder;
         decoder.Start(writer.Bytes(), 3, 3 + bits);
-        int decoderBudget = 0;
+        decoder.Grant(kPlenty);
         for (std::size_t i = 0; i < coded; ++i)
-            ASSERT_EQ(decoder.Bit(steps[i].p0, decoderBudget), steps[i].coded) << bits << ' ' << i;
+            ASSERT_EQ(Bit(decoder, steps[i].p0), steps[i].coded) << bits << ' ' << i;
     }
     EXPECT_GT(altered, 100);
 }
@@ -148,9 +192,8 @@ TEST(ArithmeticEncoder, GivesWayAtTheEndOfASegmentAndSaysSo) {
 TEST(ArithmeticEncoder, TellsWhenSymbolsDoNotFit) {
     ArithmeticEncoder encoder;
     encoder.Start({}, 0, 20);
-    int budget = 0;
     for (int i = 0; i < 20; ++i)
-        static_cast<void>(encoder.Symbol(kScalefactorModels[7], budget, 3));
+        static_cast<void>(encoder.Symbol(kScalefactorModels[7], 3));
     EXPECT_FALSE(encoder.Fits());
 }
 

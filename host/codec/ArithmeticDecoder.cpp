@@ -2,34 +2,64 @@
 
 #include <algorithm>
 
+#include "host/wire/BitReader.h"
+
 namespace codec {
 
 void ArithmeticDecoder::Start(Medium block, std::size_t startBit, std::size_t endBit) {
-    reader = wire::BitReader(block, startBit, endBit);
-    value = static_cast<std::uint64_t>(reader.Read(30)) << kAhead;
-    value |= reader.Read(32);
-    ahead = 32;
-    range = std::uint64_t{4} << 30;
+    data = block.data();
+    end = std::min(endBit, block.size() * 8);
+    position = startBit;
+    value = static_cast<std::uint64_t>(PeekNearEnd(data, position, end, 30)) << kAhead;
+    value |= PeekNearEnd(data, position + 30, end, 32);
+    position += 62;
+    step = 1U << 16;
+    carefree = 0;
+    budgetBehind = 0;
+    aheadBehind = 32;
 }
 
-std::uint32_t ArithmeticDecoder::Peek16(wire::BitReader source) {
-    return source.Peek(16);
+void ArithmeticDecoder::Grant(int bits) {
+    budgetBehind += carefree + bits;
+    aheadBehind += carefree;
+    carefree = 0;
 }
 
-unsigned ArithmeticDecoder::Symbol(CumulativeModel model, int& budget, unsigned wanted) {
+std::uint32_t ArithmeticDecoder::PeekNearEnd(const std::uint8_t* data, std::size_t position, std::size_t end,
+                                             unsigned count) {
+    return wire::BitReader({data, (end + 7) / 8}, position, end).Peek(count);
+}
+
+namespace {
+
+// How many entries of the model are above `place`: eight are compared at a time.
+std::size_t CountAbove(CumulativeModel model, std::int16_t place) {
+    using Group [[gnu::vector_size(sizeof(std::int16_t) * kModelGroup)]] = std::int16_t;
+    Group negative{};
+    for (std::size_t k = 0; k < model.size(); k += kModelGroup) {
+        Group entries;
+        std::memcpy(&entries, model.data() + k, sizeof entries);
+        negative += entries > place; // -1 where it is so
+    }
+    using Halves [[gnu::vector_size(sizeof(Group))]] = std::uint64_t;
+    const auto halves = std::bit_cast<Halves>(-negative);
+    return (halves[0] + halves[1]) * 0x0001000100010001U >> 48; // the sum of all in the highest of four places
+}
+
+} // namespace
+
+unsigned ArithmeticDecoder::Symbol(CumulativeModel model, unsigned wanted) {
     static_cast<void>(wanted);
     Refill();
-    const auto r = static_cast<std::uint32_t>(range >> 16);
-    const auto high = static_cast<std::uint32_t>(value >> kAhead);
-    // The first entry that is not above value / r. The last entry is 0, so there always is one.
-    const auto found =
-        std::partition_point(model.begin(), model.end(), [=](std::uint16_t entry) { return entry * r > high; });
-    const auto symbol = static_cast<unsigned>(found - model.begin());
-    const std::uint32_t below = *found;
+    // The symbol is the first entry that is not above value / step. The models fall and end with 0, so it is the number of
+    // those above. Broken data may lie above all.
+    const std::uint32_t place = static_cast<std::uint32_t>(value >> kAhead) / step;
+    const std::size_t symbol = CountAbove(model, static_cast<std::int16_t>(std::min(place, kProbabilityScale)));
+    const std::uint32_t below = model[symbol];
     const std::uint32_t above = symbol == 0 ? kProbabilityScale : model[symbol - 1];
-    value -= static_cast<std::uint64_t>(below * r) << kAhead;
-    Normalise(r * (above - below), budget);
-    return symbol;
+    value -= static_cast<std::uint64_t>(below * step) << kAhead;
+    Normalise(step * (above - below));
+    return static_cast<unsigned>(symbol);
 }
 
 } // namespace codec

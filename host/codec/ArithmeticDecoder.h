@@ -11,19 +11,21 @@
 //                    cost 10
 #pragma once
 
+#include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 
 #include "host/codec/BsacTables.h"
-#include "host/wire/BitReader.h"
 
 namespace codec {
 
 // Decoder and encoder offer the same calls, so that one piece of code (side information, bit-planes, layers)
 // serves both directions. `wanted` is what an encoder is to write; the decoder ignores it. Both return what
-// is in the stream. Each call takes the cost of its symbol off `budget`: the doublings after it, which is not
-// the number of bits read.
+// is in the stream. Each symbol takes its cost off the coder's budget: the doublings after it, which is not the
+// number of bits read.
 class ArithmeticDecoder {
 public:
     static constexpr bool kEncodes = false;
@@ -31,71 +33,135 @@ public:
     // Where the segments lie: the bytes of one block.
     using Medium = std::span<const std::uint8_t>;
 
-    // Starts at bit `startBit` of the block. Bits from `endBit` on read as 0, without limit.
+    // Starts at bit `startBit` of the block, with no budget. Bits from `endBit` on read as 0, without limit.
     void Start(Medium block, std::size_t startBit, std::size_t endBit);
 
-    unsigned Symbol(CumulativeModel model, int& budget, unsigned wanted = 0);
+    // Adds to the budget, which may become or stay negative.
+    void Grant(int bits);
+    [[nodiscard]] int Budget() const { return carefree + budgetBehind; }
 
-    [[gnu::always_inline]] unsigned Bit(unsigned p0, int& budget, unsigned wanted = 0) {
+    // Whether the budget is used up. To be asked before each Bit and EvenBit, as it also has the next bits fetched.
+    [[nodiscard, gnu::always_inline]] bool Spent() { return carefree <= 0 && !Renew(); }
+
+    // Needs no budget.
+    unsigned Symbol(CumulativeModel model, unsigned wanted = 0);
+
+    [[gnu::always_inline]] unsigned Bit(unsigned p0, unsigned wanted = 0) {
         static_cast<void>(wanted);
-        Refill();
-        // Half of all bits are a surprise, so a branch on one would cost more than all of this. A negative difference
-        // says 0; its sign bit becomes a mask.
-        const auto r = static_cast<std::uint32_t>(range >> 16);
-        const std::uint32_t zeroRange = r * p0;
-        const std::uint32_t oneRange = (r << 14) - zeroRange;
-        const auto difference = static_cast<std::int32_t>(static_cast<std::uint32_t>(value >> kAhead) - zeroRange);
-        const auto zero = static_cast<std::uint32_t>(difference >> 31);
-        value -= static_cast<std::uint64_t>(zeroRange & ~zero) << kAhead;
-        Normalise(oneRange + ((zeroRange - oneRange) & zero), budget);
-        return zero + 1;
+        const std::uint32_t zeroRange = step * p0;
+        return Halve((step << 14) - zeroRange, zeroRange);
     }
 
-    // Bit with p0 = kSignP0: both halves of the range are alike, and the cost is always 1.
-    [[gnu::always_inline]] unsigned EvenBit(int& budget, unsigned wanted = 0) {
+    // Bit with p0 = kSignP0: both halves of the range are alike, and the cost is always 1. Not for the first bit of a segment.
+    [[gnu::always_inline]] unsigned EvenBit(unsigned wanted = 0) {
         static_cast<void>(wanted);
-        const auto half = static_cast<std::uint32_t>(range >> 16 << 13);
-        const auto difference = static_cast<std::int32_t>(static_cast<std::uint32_t>(value >> kAhead) - half);
-        const auto zero = static_cast<std::uint32_t>(difference >> 31);
-        value -= static_cast<std::uint64_t>(half & ~zero) << kAhead;
-        value <<= 1;
-        range = std::uint64_t{half} << 3;
-        --ahead;
-        --budget;
-        return zero + 1;
+        const std::uint64_t boundary = std::uint64_t{step << 13} << kAhead;
+        const bool one = value >= boundary;
+        value = (one ? value - boundary : value) << 1;
+        --carefree;
+        return one ? 1 : 0;
+    }
+
+    // Before a few bits in a row: fetches for all of them, needed or not, so that Spent seldom has to, at moments that no
+    // branch can foresee. Changes nothing else.
+    [[gnu::always_inline]] void FillUp() {
+        if (position + 64 > end) [[unlikely]]
+            return;
+        const int budget = Budget();
+        const auto count = static_cast<unsigned>(32 - (carefree + aheadBehind));
+        std::uint64_t window = 0;
+        std::memcpy(&window, data + (position >> 3), sizeof window);
+        if constexpr (std::endian::native == std::endian::little)
+            window = __builtin_bswap64(window);
+        value |= window << (position & 7) >> 1 >> (63 - count);
+        position += count;
+        carefree = std::min(budget, 32 - kLargestCost);
+        budgetBehind = budget - carefree;
+        aheadBehind = 32 - carefree;
     }
 
 private:
     static constexpr unsigned kAhead = 32;
+    static constexpr int kLargestCost = 14;
 
-    // The range is at least 2^15 and below 2^30 before and at least 2^29 after the 0..14 doublings.
-    [[gnu::always_inline]] void Normalise(std::uint32_t newRange, int& budget) {
-        const int zeros = __builtin_clz(newRange);
-        const int doublings = zeros - 2;
-        range = std::uint64_t{newRange} << zeros;
-        value <<= doublings;
-        ahead -= doublings;
-        budget -= doublings;
+    // Gives the lower part of the range to 0, the upper one to 1, and returns which of them the value is in. Half of all bits
+    // are a surprise, so a branch on one would cost more than all of this.
+    [[gnu::always_inline]] unsigned Halve(std::uint32_t oneRange, std::uint32_t zeroRange) {
+        const std::uint64_t boundary = std::uint64_t{zeroRange} << kAhead;
+        std::uint64_t rest = value;
+        std::uint32_t range = oneRange;
+        unsigned bit = 0;
+#if defined(__x86_64__)
+        // What stands below; the compiler insists on a branch for it.
+        asm("sub %[boundary], %[rest]\n\tcmovb %[zero], %[range]\n\tcmovb %[value], %[rest]\n\tsbb $-1, %[bit]"
+            : [range] "+&r"(range), [rest] "+&r"(rest), [bit] "+&r"(bit)
+            : [zero] "r"(zeroRange), [boundary] "r"(boundary), [value] "r"(value)
+            : "cc");
+#else
+        bit = value >= boundary ? 1 : 0;
+        range = bit != 0 ? oneRange : zeroRange;
+        rest = bit != 0 ? value - boundary : value;
+#endif
+        value = rest;
+        Normalise(range);
+        return bit;
     }
 
-    // Every bit needs 15 bits in advance: up to 14 of its own and one of an EvenBit behind it.
+    // Doubles range and value until the range is at least 2^29 again: 0..14 times.
+    [[gnu::always_inline]] void Normalise(std::uint32_t range) {
+        const int zeros = __builtin_clz(range);
+        step = range << zeros >> 16;
+        value <<= zeros - 2;
+        carefree -= zeros - 2;
+    }
+
+    // False when the budget is used up. Else bits are fetched, and the next `carefree` doublings need not look.
+    [[gnu::always_inline]] bool Renew() {
+        const int budget = Budget();
+        if (budget <= 0)
+            return false;
+        Refill();
+        const int ahead = carefree + aheadBehind;
+        carefree = std::min(budget, ahead - kLargestCost);
+        budgetBehind = budget - carefree;
+        aheadBehind = ahead - carefree;
+        return true;
+    }
+
+    // Sees to it that the next symbol, of up to 14 bits, has all its bits.
     [[gnu::always_inline]] void Refill() {
-        if (ahead < 16) [[unlikely]] {
-            value |= static_cast<std::uint64_t>(Peek16(reader)) << (16 - ahead);
-            reader.Skip(16);
-            ahead += 16;
+        const int ahead = carefree + aheadBehind;
+        if (ahead > kLargestCost)
+            return;
+        const auto count = static_cast<unsigned>(32 - ahead);
+        if (position + 64 <= end) [[likely]] {
+            std::uint64_t window = 0;
+            std::memcpy(&window, data + (position >> 3), sizeof window);
+            if constexpr (std::endian::native == std::endian::little)
+                window = __builtin_bswap64(window);
+            value |= window << (position & 7) >> (64 - count);
+        } else {
+            value |= PeekNearEnd(data, position, end, count);
         }
+        position += count;
+        aheadBehind += static_cast<int>(count);
     }
 
-    // Takes a copy, so that nothing points to the decoder and all of it can live in registers.
-    [[gnu::noinline]] static std::uint32_t Peek16(wire::BitReader source);
+    // The next `count` bits; those from `end` on are 0.
+    [[nodiscard, gnu::noinline]] static std::uint32_t PeekNearEnd(const std::uint8_t* data, std::size_t position,
+                                                                  std::size_t end, unsigned count);
 
-    // The arithmetic value stands in the upper 32 bits; below it lie `ahead` bits read in advance, then zeros. With
+    // The arithmetic value stands in the upper 32 bits; below it lie the bits read in advance, then zeros. With
     // broken data it can leave its bits; what comes of that is garbage, but the same garbage each time.
     std::uint64_t value = 0;
-    std::uint64_t range = 0; // four times the arithmetic range, 2^31 and more
-    int ahead = 0;
-    wire::BitReader reader;
+    std::uint32_t step = 0; // the range divided by kProbabilityScale: at least 2^15, below 2^16 but at the start
+    // One count goes down with the budget and with the bits in advance; when it ends, either may have more.
+    int carefree = 0;
+    int budgetBehind = 0;
+    int aheadBehind = 0;
+    const std::uint8_t* data = nullptr;
+    std::size_t position = 0; // of the next bit to be read, from the start of the block
+    std::size_t end = 0;
 };
 
 } // namespace codec

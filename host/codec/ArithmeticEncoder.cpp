@@ -16,6 +16,7 @@ void ArithmeticEncoder::Start(Medium medium, std::size_t startBit, std::size_t e
     width = 30;
     range = 1U << 30;
     bits = 30;
+    budget = 0;
     segmentBits = static_cast<int>(endBit > startBit ? endBit - startBit : 0);
     // With fewer than 30 bits the end lies inside the first interval; low is 0, a number with zeros anywhere.
     farGap = 0;
@@ -47,7 +48,7 @@ void ArithmeticEncoder::Carry() {
     }
 }
 
-void ArithmeticEncoder::Take(std::uint64_t offset, std::uint32_t newRange, int& budget) {
+void ArithmeticEncoder::Take(std::uint64_t offset, std::uint32_t newRange) {
     const bool far = bits - segmentBits > 30;
     low += offset;
     farGap = far ? farGap - offset : Gap();
@@ -67,7 +68,7 @@ void ArithmeticEncoder::Take(std::uint64_t offset, std::uint32_t newRange, int& 
     }
 }
 
-unsigned ArithmeticEncoder::Symbol(CumulativeModel model, int& budget, unsigned wanted) {
+unsigned ArithmeticEncoder::Symbol(CumulativeModel model, unsigned wanted) {
     if (wanted >= model.size()) {
         fits = false;
         wanted = 0;
@@ -78,11 +79,11 @@ unsigned ArithmeticEncoder::Symbol(CumulativeModel model, int& budget, unsigned 
     const std::uint32_t newRange = r * (above - model[wanted]);
     if (!HoldsEnd(offset, newRange))
         fits = false;
-    Take(offset, newRange, budget);
+    Take(offset, newRange);
     return wanted;
 }
 
-unsigned ArithmeticEncoder::Bit(unsigned p0, int& budget, unsigned wanted) {
+unsigned ArithmeticEncoder::Bit(unsigned p0, unsigned wanted) {
     const std::uint32_t r = range >> 14;
     const std::uint32_t zeroRange = r * p0;
     const std::uint32_t oneRange = r * (kProbabilityScale - p0);
@@ -94,9 +95,9 @@ unsigned ArithmeticEncoder::Bit(unsigned p0, int& budget, unsigned wanted) {
         fits = fits && holds(bit);
     }
     if (bit != 0)
-        Take(zeroRange, oneRange, budget);
+        Take(zeroRange, oneRange);
     else
-        Take(0, zeroRange, budget);
+        Take(0, zeroRange);
     return bit;
 }
 

@@ -26,9 +26,14 @@ public:
 
     void Start(Medium medium, std::size_t startBit, std::size_t endBit);
 
-    unsigned Symbol(CumulativeModel model, int& budget, unsigned wanted);
-    unsigned Bit(unsigned p0, int& budget, unsigned wanted);
-    unsigned EvenBit(int& budget, unsigned wanted) { return Bit(kSignP0, budget, wanted); }
+    void Grant(int granted) { budget += granted; }
+    [[nodiscard]] int Budget() const { return budget; }
+    [[nodiscard]] bool Spent() const { return budget <= 0; }
+    void FillUp() {} // a decoder reads ahead here
+
+    unsigned Symbol(CumulativeModel model, unsigned wanted);
+    unsigned Bit(unsigned p0, unsigned wanted);
+    unsigned EvenBit(unsigned wanted) { return Bit(kSignP0, wanted); }
 
     // So few bits are left that a 1 might not get the sign it needs.
     [[nodiscard]] bool NearEnd() const { return bits > segmentBits - 8; }
@@ -49,7 +54,7 @@ private:
     [[nodiscard]] bool HoldsEnd(std::uint64_t offset, std::uint32_t range) const;
     // From low to the next number with zeros from the segment's end on.
     [[nodiscard]] std::uint64_t Gap() const;
-    void Take(std::uint64_t offset, std::uint32_t newRange, int& budget);
+    void Take(std::uint64_t offset, std::uint32_t newRange);
     void Carry();
 
     // low is a binary number of `bits` bits: first those in `out`, whole bytes, then `width` bits in `low`.
@@ -59,6 +64,7 @@ private:
     std::uint32_t range = 1U << 30;
     int bits = 30;
     int segmentBits = 0;
+    int budget = 0;
     // From low to the only number of the interval with zeros from the segment's end on, once that lies more
     // than 30 bits back and low's own bits do not show it any more.
     std::uint64_t farGap = 0;

@@ -31,31 +31,44 @@ using QuantisedLines = std::array<std::array<std::int16_t, kBlockSamples>, kMaxC
 // A set of quads of the block.
 class QuadSet {
 public:
-    static constexpr unsigned kWords = kQuads / 64;
-
-    void Clear() { words.fill(0); }
+    void Clear() {
+        words.fill(0);
+        occupied = 0;
+    }
     // Adds the quads of the lines [firstLine, endLine); both are multiples of 4.
     void AddLines(int firstLine, int endLine);
     [[nodiscard]] static QuadSet All();
 
-    void Insert(unsigned quad) { words[quad >> 6] |= std::uint64_t{1} << (quad & 63); }
-    void Remove(unsigned quad) { words[quad >> 6] &= ~(std::uint64_t{1} << (quad & 63)); }
     [[nodiscard]] bool Contains(unsigned quad) const { return (words[quad >> 6] >> (quad & 63) & 1) != 0; }
+
+    // Bit w: some of the quads [64 * w, 64 * w + 64) are in the set.
+    [[nodiscard]] unsigned Occupied() const { return occupied; }
+    // These quads, first one = bit 0.
     [[nodiscard]] std::uint64_t Word(unsigned w) const { return words[w]; }
+    void SetWord(unsigned w, std::uint64_t word) {
+        words[w] = word;
+        occupied = (occupied & ~(1U << w)) | (word != 0 ? 1U << w : 0U);
+    }
 
 private:
-    std::array<std::uint64_t, kWords> words{};
+    std::array<std::uint64_t, kQuads / 64> words{};
+    unsigned occupied = 0;
 };
 
-struct Quad {
-    std::array<std::uint16_t, 2 * kQuadLines> magnitude{}; // by 2 * line + channel
-    std::uint8_t negative = 0;                             // bit 2 * line + channel
-    std::uint8_t next = 0;                                 // first 2 * line + channel that still lacks this plane
-    bool signDue = false;                                  // ... or only its sign
-    std::array<std::uint8_t, kMaxChannels> cbandSi{};
-    std::array<std::uint8_t, kMaxChannels> plane{};   // planes still to come
+// One value for each line of a quad in each channel, at 4 * channel + line: as many as a vector instruction takes.
+using QuadLanes = std::array<std::uint16_t, kMaxChannels * kQuadLines>;
+
+struct alignas(64) Quad {
+    QuadLanes magnitude{};
+    // What to add to a line's context for its place in the row, see PlaneRow: 0 while the line is 0.
+    QuadLanes history{};
+    std::array<const PlaneRow*, kMaxChannels> row{};  // of this plane
     std::array<std::uint8_t, kMaxChannels> higher{};  // lines with a 1 in a higher plane, first line = bit 3
     std::array<std::uint8_t, kMaxChannels> current{}; // bits of this plane so far, last one = bit 0
+    std::uint8_t negative = 0;                        // bit 4 * channel + line
+    // Where the budget ended inside this plane, else 0: twice the 2 * line + channel that still lacks it, and 1 more when
+    // only the sign is missing.
+    std::uint8_t pause = 0;
 };
 
 class BitPlanes {
@@ -63,13 +76,14 @@ public:
     // Forgets all lines. An encoder gives the lines it wants coded; they must outlive the block.
     void Reset(unsigned channelCount, const QuantisedLines* wantedLines = nullptr);
 
-    // The quad's lines become known: each channel has all planes of its cband_si to come.
-    void Open(unsigned quad, const std::array<std::uint8_t, kMaxChannels>& cbandSi);
+    // The lines [firstLine, endLine), which are whole quads of one coding band, become known: each channel has all
+    // planes of its cband_si to come.
+    void Open(int firstLine, int endLine, const std::array<std::uint8_t, kMaxChannels>& cbandSi);
 
-    // Codes the quads of `set`, from the highest plane still to come down to plane `lowest` (>= 1), until
-    // `budget` is spent. `limited` keeps p0 within the limits of table 4.A.35 while fewer than 14 bits are
+    // Codes the quads of `set`, from the highest plane still to come down to plane `lowest` (>= 1), until the
+    // coder's budget is spent. `limited` keeps p0 within the limits of table 4.A.35 while fewer than 14 bits are
     // left.
-    template <class Coder> void Code(Coder& coder, const QuadSet& set, unsigned lowest, bool limited, int& budget);
+    template <class Coder> void Code(Coder& coder, const QuadSet& set, unsigned lowest, bool limited);
 
     [[nodiscard]] bool Complete() const { return openPlanes == 0; }
 
@@ -81,21 +95,17 @@ public:
     [[nodiscard]] int Line(unsigned channel, unsigned line) const;
 
 private:
-    template <class Coder, bool kLimited>
-    void CodePlanes(Coder& coder, const QuadSet& set, unsigned lowest, int& budget);
-    template <class Coder, bool kLimited>
-    void CodePlanesPlain(Coder& coder, const QuadSet& set, unsigned lowest, int& budget);
-    template <class Coder, bool kLimited>
-    void CodePlanesFast(Coder& coder, const QuadSet& set, unsigned lowest, int& budget);
-
-    void Lower(unsigned quad, unsigned plane);
+    template <class Coder, bool kLimited> void CodePlanes(Coder& coder, const QuadSet& set, unsigned lowest);
+    template <class Coder, bool kLimited> void CodePlanesPlain(Coder& coder, const QuadSet& set, unsigned lowest);
+    template <class Coder, bool kLimited> void CodePlanesFast(Coder& coder, const QuadSet& set, unsigned lowest);
 
     unsigned channels = 1;
     const QuantisedLines* wanted = nullptr;
     std::array<Quad, kQuads> quads;
-    std::array<QuadSet, kLargestPlane + 1> pending;       // by the higher plane of the quad's channels
-    std::array<std::uint16_t, kLargestPlane + 1> count{}; // quads in each pending set
-    unsigned openPlanes = 0;                              // bit p: pending[p] is not empty, p >= 1
+    // By channel and plane: the quads that are at this plane. A quad of two channels with different planes is in two
+    // sets, and the channel with the lower plane waits.
+    std::array<std::array<QuadSet, kLargestPlane + 1>, kMaxChannels> pending;
+    unsigned openPlanes = 0; // bit p: some quad is at plane p, p >= 1
     QuadSet opened;
 };
 

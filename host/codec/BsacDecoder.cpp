@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 #include <cstddef>
+#include <cstring>
 
 #include "host/codec/ArithmeticDecoder.h"
 #include "host/codec/BitPlanes.h"
@@ -22,13 +23,22 @@ namespace {
 constexpr float kFade = 0.7F; // for each block in a row that is missing
 constexpr unsigned kBlocksToSilence = 10;
 
-// To the nearest 16-bit number, ties to even; `sample` is finite.
-std::int16_t Round(float sample) {
+// To the nearest 16-bit number, ties to even, in the lower half; `sample` is finite.
+std::uint32_t Round(float sample) {
     // Adding 1.5 * 2^23 leaves the rounded number in the lower bits of the significand. These comparisons are the ones
     // that vector instructions make.
     const float above = sample > -32768.0F ? sample : -32768.0F;
     const float limited = above < 32767.0F ? above : 32767.0F;
-    return static_cast<std::int16_t>(std::bit_cast<std::int32_t>(limited + 12582912.0F));
+    return std::bit_cast<std::uint32_t>(limited + 12582912.0F) & 0xFFFF;
+}
+
+void Interleave(std::span<const float, kBlockSamples> left, std::span<const float, kBlockSamples> right,
+                std::int16_t* samples) {
+    static_assert(std::endian::native == std::endian::little, "the left sample comes first");
+    std::array<std::uint32_t, kBlockSamples> pairs;
+    for (std::size_t n = 0; n < kBlockSamples; ++n)
+        pairs[n] = Round(left[n]) | Round(right[n]) << 16;
+    std::memcpy(samples, pairs.data(), sizeof pairs);
 }
 
 // The lines of eight short windows as a long spectrum of the same colour.
@@ -65,7 +75,6 @@ struct BsacDecoder::Impl {
     unsigned blocksConcealed = 0;
 
     std::array<FilterBank, kMaxChannels> filterBanks;
-    std::array<std::array<float, kBlockSamples>, kMaxChannels> channelSamples{};
     std::array<std::int16_t, kMaxChannels * kBlockSamples> samples{};
 };
 
@@ -110,16 +119,13 @@ BsacBlock BsacDecoder::Impl::Finish(BsacStatus status) {
         Conceal();
     ++blocksOut;
     const unsigned channels = config.channels;
-    for (unsigned c = 0; c < channels; ++c)
-        filterBanks[c].Run(spectra[c], header.windowSequence, header.windowShape, channelSamples[c]);
+    const auto left = filterBanks[0].Run(spectra[0], header.windowSequence, header.windowShape);
     if (channels == 2) {
-        for (std::size_t n = 0; n < kBlockSamples; ++n) {
-            samples[2 * n] = Round(channelSamples[0][n]);
-            samples[2 * n + 1] = Round(channelSamples[1][n]);
-        }
+        const auto right = filterBanks[1].Run(spectra[1], header.windowSequence, header.windowShape);
+        Interleave(left, right, samples.data());
     } else {
         for (std::size_t n = 0; n < kBlockSamples; ++n)
-            samples[n] = Round(channelSamples[0][n]);
+            samples[n] = static_cast<std::int16_t>(Round(left[n]));
     }
     return {status, std::span<const std::int16_t>(samples).first(static_cast<std::size_t>(channels) * kBlockSamples)};
 }

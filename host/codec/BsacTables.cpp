@@ -6,72 +6,79 @@ namespace codec {
 
 namespace {
 
+// A cumulative model in memory, filled up with zeros as CumulativeModel asks for.
+template <std::size_t kSize> struct Model {
+    alignas(sizeof(std::uint16_t) *
+            kModelGroup) std::array<std::uint16_t, (kSize + kModelGroup - 1) / kModelGroup * kModelGroup> entries{};
+
+    constexpr explicit Model(const std::uint16_t (&model)[kSize]) {
+        for (std::size_t k = 0; k < kSize; ++k)
+            entries[k] = model[k];
+    }
+    constexpr operator CumulativeModel() const { return {entries.data(), kSize}; }
+};
+
 // Tables 4.A.44 to 4.A.50: cband_si of coding bands other than 0, models 0..6; the symbol is the cband_si.
 
-constexpr std::uint16_t kCbandSi0[] = {16118, 15193, 6930, 4771, 0};
+constexpr Model kCbandSi0({16118, 15193, 6930, 4771, 0});
 
-constexpr std::uint16_t kCbandSi1[] = {15697, 13230, 7423, 4023, 2020, 555, 0};
+constexpr Model kCbandSi1({15697, 13230, 7423, 4023, 2020, 555, 0});
 
-constexpr std::uint16_t kCbandSi2[] = {14919, 10988, 7685, 4918, 3709, 2144, 1504, 1098, 0};
+constexpr Model kCbandSi2({14919, 10988, 7685, 4918, 3709, 2144, 1504, 1098, 0});
 
-constexpr std::uint16_t kCbandSi3[] = {14014, 10158, 8436, 5961, 5333, 3398, 2771, 2184, 1305, 523, 0};
+constexpr Model kCbandSi3({14014, 10158, 8436, 5961, 5333, 3398, 2771, 2184, 1305, 523, 0});
 
-constexpr std::uint16_t kCbandSi4[] = {14723, 11895, 11011, 7912, 7673, 4871, 4580, 2893, 2380, 1175, 1093, 64, 0};
+constexpr Model kCbandSi4({14723, 11895, 11011, 7912, 7673, 4871, 4580, 2893, 2380, 1175, 1093, 64, 0});
 
-constexpr std::uint16_t kCbandSi5[] = {12399, 9374, 8022, 6211, 5658, 4141, 3948, 3201,
-                                       2802,  1960, 1818, 1108, 1043, 22,   0};
+constexpr Model kCbandSi5({12399, 9374, 8022, 6211, 5658, 4141, 3948, 3201, 2802, 1960, 1818, 1108, 1043, 22, 0});
 
-constexpr std::uint16_t kCbandSi6[] = {12719, 8193, 5677, 4734, 3845, 3124, 2959, 2657, 2389, 2085, 2013, 1705,
-                                       1672,  1371, 1355, 759,  408,  119,  16,   12,   8,    4,    0};
+constexpr Model kCbandSi6({12719, 8193, 5677, 4734, 3845, 3124, 2959, 2657, 2389, 2085, 2013, 1705,
+                           1672,  1371, 1355, 759,  408,  119,  16,   12,   8,    4,    0});
 
 // Table 4.A.51: cband_si of coding band 0 of a group.
 
-constexpr std::uint16_t kCbandSiBand0[] = {16376, 16368, 16360, 16352, 16343, 16177, 15575, 15305,
-                                           12404, 11215, 8987,  5083,  3409,  1539,  1100,  128,
-                                           48,    40,    32,    24,    16,    8,     0};
+constexpr Model kCbandSiBand0({16376, 16368, 16360, 16352, 16343, 16177, 15575, 15305, 12404, 11215, 8987, 5083,
+                               3409,  1539,  1100,  128,   48,    40,    32,    24,    16,    8,     0});
 
 // Tables 4.A.37 to 4.A.43: scalefactor differences, models 1..7; the symbol is the difference. The same
 // models carry noise energy differences and intensity positions.
 
-constexpr std::uint16_t kScalefactor1[] = {1874, 973, 333, 0};
+constexpr Model kScalefactor1({1874, 973, 333, 0});
 
-constexpr std::uint16_t kScalefactor2[] = {4399, 3559, 2699, 1985, 1146, 570, 212, 0};
+constexpr Model kScalefactor2({4399, 3559, 2699, 1985, 1146, 570, 212, 0});
 
-constexpr std::uint16_t kScalefactor3[] = {8039, 7263, 6360, 5461, 4629, 3764, 2780, 1858,
-                                           1032, 486,  223,  82,   50,   35,   12,   0};
+constexpr Model kScalefactor3({8039, 7263, 6360, 5461, 4629, 3764, 2780, 1858, 1032, 486, 223, 82, 50, 35, 12, 0});
 
-constexpr std::uint16_t kScalefactor4[] = {9487, 8888, 8275, 7659, 6917, 6253, 5599, 4825,
-                                           3959, 3073, 2099, 1293, 581,  140,  51,   0};
+constexpr Model kScalefactor4({9487, 8888, 8275, 7659, 6917, 6253, 5599, 4825, 3959, 3073, 2099, 1293, 581, 140, 51,
+                               0});
 
-constexpr std::uint16_t kScalefactor5[] = {2216, 1870, 1593, 1416, 1164, 975, 814, 626, 444, 318, 228,
-                                           151,  105,  67,   47,   41,   32,  27,  24,  21,  18,  15,
-                                           13,   12,   10,   9,    7,    6,   4,   3,   1,   0};
+constexpr Model kScalefactor5({2216, 1870, 1593, 1416, 1164, 975, 814, 626, 444, 318, 228, 151, 105, 67, 47, 41,
+                               32,   27,   24,   21,   18,   15,  13,  12,  10,  9,   7,   6,   4,   3,  1,  0});
 
-constexpr std::uint16_t kScalefactor6[] = {3114, 2463, 2057, 1772, 1539, 1341, 1169, 1038, 916, 778, 677,
-                                           601,  514,  444,  368,  307,  258,  201,  151,  115, 79,  55,
-                                           34,   22,   15,   11,   9,    7,    5,    3,    1,   0};
+constexpr Model kScalefactor6({3114, 2463, 2057, 1772, 1539, 1341, 1169, 1038, 916, 778, 677, 601, 514, 444, 368, 307,
+                               258,  201,  151,  115,  79,   55,   34,   22,   15,  11,  9,   7,   5,   3,   1,   0});
 
-constexpr std::uint16_t kScalefactor7[] = {
-    15198, 14992, 14803, 14460, 14082, 13670, 13223, 12828, 12176, 11506, 10750, 9978, 9188, 8415, 7693, 6852,
-    6148,  5530,  4894,  4327,  3675,  3228,  2936,  2593,  2301,  1975,  1717,  1580, 1373, 1270, 1236, 1099,
-    910,   738,   669,   566,   549,   498,   463,   429,   412,   377,   360,   343,  326,  309,  291,  274,
-    257,   240,   223,   206,   188,   171,   154,   137,   120,   103,   85,    68,   51,   34,   17,   0};
+constexpr Model kScalefactor7({15198, 14992, 14803, 14460, 14082, 13670, 13223, 12828, 12176, 11506, 10750, 9978, 9188,
+                               8415,  7693,  6852,  6148,  5530,  4894,  4327,  3675,  3228,  2936,  2593,  2301, 1975,
+                               1717,  1580,  1373,  1270,  1236,  1099,  910,   738,   669,   566,   549,   498,  463,
+                               429,   412,   377,   360,   343,   326,   309,   291,   274,   257,   240,   223,  206,
+                               188,   171,   154,   137,   120,   103,   85,    68,    51,    34,    17,    0});
 
 // Table 4.A.52: ms_used (ms_mask_present 1).
 
-constexpr std::uint16_t kMsUsed[] = {11469, 0};
+constexpr Model kMsUsed({11469, 0});
 
 // Table 4.A.53: stereo_info (ms_mask_present 3).
 
-constexpr std::uint16_t kStereoInfo[] = {13926, 4096, 1638, 0};
+constexpr Model kStereoInfo({13926, 4096, 1638, 0});
 
 // Table 4.A.54: noise_flag.
 
-constexpr std::uint16_t kNoiseFlag[] = {8192, 0};
+constexpr Model kNoiseFlag({8192, 0});
 
 // Table 4.A.55: noise_mode.
 
-constexpr std::uint16_t kNoiseMode[] = {12288, 8192, 4096, 0};
+constexpr Model kNoiseMode({12288, 8192, 4096, 0});
 
 // The 512 values of the start of the noise energy are equally probable.
 constexpr std::array<std::uint16_t, 512> MakeNoiseEnergyModel() {
@@ -80,7 +87,8 @@ constexpr std::array<std::uint16_t, 512> MakeNoiseEnergyModel() {
         model[k] = static_cast<std::uint16_t>(kProbabilityScale - 32 * (k + 1));
     return model;
 }
-constexpr std::array<std::uint16_t, 512> kNoiseEnergy = MakeNoiseEnergyModel();
+alignas(sizeof(std::uint16_t) *
+        kModelGroup) constexpr std::array<std::uint16_t, 512> kNoiseEnergy = MakeNoiseEnergyModel();
 
 // Tables 4.A.56 to 4.A.65: p0 of a magnitude bit. kZero: lines whose higher bits are all 0, a row for each
 // distance d from the top plane (3 stands for 3 and more; row 0 needs contexts 0..14 only). kNonzero: the
@@ -222,31 +230,37 @@ constexpr std::uint16_t kNonzero10[][16] = {
     {9984, 9728, 9472, 9472, 9472, 8704, 8704},
     {8704, 8960, 8960, 8960, 8704, 8960, 8704, 8960, 8704, 8704, 8704, 8704, 8704, 8192, 8448, 8704}};
 
-// A row for each distance d = 0..4 from what the standard has as separate tables. Rows that a table lacks cannot be
-// reached: d is below the top plane. They and contexts that cannot occur get even chances.
-template <std::size_t kZeroRows, std::size_t kNonzeroRows>
-constexpr std::array<PlaneRow, 5> MakeRows(const std::uint16_t (&zero)[kZeroRows][65],
-                                           const std::uint16_t (*nonzero)[16]) {
-    constexpr std::size_t kEntries[] = {1, 3, 7, 16}; // of the nonzero rows
-    std::array<PlaneRow, 5> rows{};
+// A row for each plane from what the standard has as separate tables, which end with a row for all further planes.
+// Entries that cannot occur get even chances.
+template <std::size_t kPlanes, std::size_t kZeroRows, std::size_t kNonzeroRows = 0>
+constexpr std::array<PlaneRow, kPlanes> MakeRows(const std::uint16_t (&zero)[kZeroRows][65],
+                                                 const std::uint16_t (*nonzero)[16] = nullptr) {
+    constexpr std::size_t kEntries[] = {1, 3, 7, 16}; // of the nonzero rows, which begin at d = 1
+    std::array<PlaneRow, kPlanes> rows{};
     for (std::size_t d = 0; d < rows.size(); ++d) {
         rows[d].fill(kProbabilityScale / 2);
-        const std::size_t zeroRow = d < 3 ? d : 3;
-        for (std::size_t c = 0; c < 65 && zeroRow < kZeroRows; ++c) {
+        const std::size_t zeroRow = d < kZeroRows ? d : kZeroRows - 1;
+        for (std::size_t c = 0; c < kContexts; ++c) {
             if (zero[zeroRow][c] != 0)
                 rows[d][c] = zero[zeroRow][c];
         }
-        for (std::size_t h = 0; d >= 1 && d <= kNonzeroRows && h < kEntries[d - 1]; ++h)
-            rows[d][kContexts + h] = nonzero[d - 1][h];
+        const std::size_t nonzeroRow = d < kNonzeroRows ? d : kNonzeroRows;
+        for (std::size_t h = 0; nonzeroRow >= 1 && h < kEntries[nonzeroRow - 1]; ++h)
+            rows[d][kContexts + h] = nonzero[nonzeroRow - 1][h];
     }
     return rows;
 }
 
-constexpr std::array<std::array<PlaneRow, 5>, 10> kRows = {
-    {MakeRows<1, 0>(kZero1, nullptr), MakeRows<1, 0>(kZero2, nullptr), MakeRows<2, 1>(kZero3, kNonzero3),
-     MakeRows<2, 1>(kZero4, kNonzero4), MakeRows<3, 2>(kZero5, kNonzero5), MakeRows<3, 2>(kZero6, kNonzero6),
-     MakeRows<4, 3>(kZero7, kNonzero7), MakeRows<4, 3>(kZero8, kNonzero8), MakeRows<4, 4>(kZero9, kNonzero9),
-     MakeRows<4, 4>(kZero10, kNonzero10)}};
+constexpr auto kRows1 = MakeRows<1>(kZero1);
+constexpr auto kRows2 = MakeRows<1>(kZero2);
+constexpr auto kRows3 = MakeRows<2, 2, 1>(kZero3, kNonzero3);
+constexpr auto kRows4 = MakeRows<2, 2, 1>(kZero4, kNonzero4);
+constexpr auto kRows5 = MakeRows<3, 3, 2>(kZero5, kNonzero5);
+constexpr auto kRows6 = MakeRows<3, 3, 2>(kZero6, kNonzero6);
+constexpr auto kRows7 = MakeRows<4, 4, 3>(kZero7, kNonzero7);
+constexpr auto kRows8 = MakeRows<4, 4, 3>(kZero8, kNonzero8);
+constexpr auto kRows9 = MakeRows<kLargestPlane, 4, 4>(kZero9, kNonzero9);
+constexpr auto kRows10 = MakeRows<7, 4, 4>(kZero10, kNonzero10);
 
 // Table 4.A.31, types 0..31.
 constexpr std::array<CbandSiType, 32> kTypes = {
@@ -327,11 +341,11 @@ const CumulativeModel kNoiseEnergyModel = kNoiseEnergy;
 
 // Table 4.A.33.
 const std::array<PlaneModel, kLargestCbandSi + 1> kPlaneModels = {
-    {{0, nullptr},          {1, kRows[0].data()},  {1, kRows[1].data()},  {2, kRows[2].data()},  {2, kRows[3].data()},
-     {3, kRows[4].data()},  {3, kRows[5].data()},  {4, kRows[6].data()},  {4, kRows[7].data()},  {5, kRows[8].data()},
-     {5, kRows[9].data()},  {6, kRows[8].data()},  {6, kRows[9].data()},  {7, kRows[8].data()},  {7, kRows[9].data()},
-     {8, kRows[8].data()},  {9, kRows[8].data()},  {10, kRows[8].data()}, {11, kRows[8].data()}, {12, kRows[8].data()},
-     {13, kRows[8].data()}, {14, kRows[8].data()}, {15, kRows[8].data()}}};
+    {{0, nullptr},        {1, kRows1.data()},  {1, kRows2.data()},  {2, kRows3.data()},  {2, kRows4.data()},
+     {3, kRows5.data()},  {3, kRows6.data()},  {4, kRows7.data()},  {4, kRows8.data()},  {5, kRows9.data()},
+     {5, kRows10.data()}, {6, kRows9.data()},  {6, kRows10.data()}, {7, kRows9.data()},  {7, kRows10.data()},
+     {8, kRows9.data()},  {9, kRows9.data()},  {10, kRows9.data()}, {11, kRows9.data()}, {12, kRows9.data()},
+     {13, kRows9.data()}, {14, kRows9.data()}, {15, kRows9.data()}}};
 
 // Table 4.A.34, a row for each v.
 const std::uint8_t kSpectralContext[16][15] = {{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14},

@@ -13,6 +13,8 @@ namespace codec {
 inline constexpr unsigned kProbabilityScale = 16384;
 
 using CumulativeModel = std::span<const std::uint16_t>;
+// Behind the model its memory goes on with zeros up to a multiple of this many entries, which may be read too.
+inline constexpr unsigned kModelGroup = 8;
 
 // Table 4.A.31: what the 5-bit cband_si_type of a channel says.
 struct CbandSiType {
@@ -59,12 +61,10 @@ inline constexpr unsigned kLargestHigherBits = 16;
 using PlaneRow = std::array<std::uint16_t, kContexts + kLargestHigherBits>;
 
 // Table 4.A.33 with the tables 4.A.56 to 4.A.77 it points to: how the planes of a coding band are coded. The distance
-// d of a plane from the top plane picks a row.
+// d of a plane from the top plane picks a row, d = 0 .. topPlane - 1.
 struct PlaneModel {
     std::uint8_t topPlane;
-    const PlaneRow* rows; // for d = 0..4
-
-    [[nodiscard]] const PlaneRow& Row(unsigned d) const { return rows[d < 4 ? d : 4]; }
+    const PlaneRow* rows; // by d
 };
 // By cband_si; entry 0 (all lines zero) has top plane 0 and no rows.
 extern const std::array<PlaneModel, kLargestCbandSi + 1> kPlaneModels;
@@ -73,7 +73,7 @@ extern const std::array<PlaneModel, kLargestCbandSi + 1> kPlaneModels;
 // four neighbouring lines, v has a bit for each of its lines with a 1 in a higher plane (first line = bit 3),
 // position is the place of the line in the quad, and b are the bits of this plane that the quad's earlier
 // lines have got, in order.
-inline constexpr std::uint8_t kNoContext = 0xFF; // cannot occur: v says that the line itself is not zero
+inline constexpr std::uint8_t kNoContext = 0; // cannot occur: v says that the line itself is not zero
 extern const std::uint8_t kSpectralContext[16][15];
 inline constexpr std::array<std::uint8_t, 4> kContextPosition{0, 1, 3, 7};
 

@@ -10,7 +10,7 @@ namespace codec {
 namespace {
 
 constexpr unsigned kShortLines = 128;
-constexpr unsigned kFlat = 448; // samples before and after the short slope of a start or stop window
+constexpr unsigned kFlat = 448; // samples before the first of eight short windows
 
 void MakeSineSlope(std::span<float> slope) {
     for (std::size_t n = 0; n < slope.size(); ++n)
@@ -44,14 +44,35 @@ void MakeKaiserBesselSlope(double alpha, std::span<float> slope) {
     }
 }
 
-void MultiplyRising(std::span<const float> slope, float* samples) {
-    for (std::size_t n = 0; n < slope.size(); ++n)
-        samples[n] *= slope[n];
+// The transform gives the middle half of a window's samples; the outer quarters mirror it: the first quarter is the
+// second one backwards with the other sign, the last one is the third one backwards.
+
+// The rising half of a window of 2 * `half` samples, added to what lies at `target`. `middle` has half / 2 samples. The
+// slope lies in the middle, with zeros before and ones behind it.
+void AddRising(const float* __restrict middle, std::size_t half, std::span<const float> slope,
+               float* __restrict target) {
+    const std::size_t quarter = half / 2;
+    const std::size_t bend = slope.size() / 2;
+    for (std::size_t n = 0; n < bend; ++n) {
+        target[quarter - 1 - n] -= middle[n] * slope[bend - 1 - n];
+        target[quarter + n] += middle[n] * slope[bend + n];
+    }
+    for (std::size_t n = bend; n < quarter; ++n)
+        target[quarter + n] += middle[n];
 }
 
-void MultiplyFalling(std::span<const float> slope, float* samples) {
-    for (std::size_t n = 0; n < slope.size(); ++n)
-        samples[n] *= slope[slope.size() - 1 - n];
+// The falling half: ones, the slope backwards, zeros. It takes the place of what lies at `target`.
+void SetFalling(const float* __restrict middle, std::size_t half, std::span<const float> slope,
+                float* __restrict target) {
+    const std::size_t quarter = half / 2;
+    const std::size_t bend = slope.size() / 2;
+    const std::size_t flat = quarter - bend;
+    std::copy_n(middle, flat, target);
+    for (std::size_t n = 0; n < bend; ++n) {
+        target[flat + n] = middle[flat + n] * slope[2 * bend - 1 - n];
+        target[half - flat - 1 - n] = middle[flat + n] * slope[n];
+    }
+    std::fill_n(target + half - flat, flat, 0.0F);
 }
 
 } // namespace
@@ -63,61 +84,55 @@ WindowSlopes::WindowSlopes() {
     MakeKaiserBesselSlope(6, shortSlope[1]);
 }
 
-void ApplyLongWindow(const WindowSlopes& slopes, WindowSequence sequence, WindowShape leftShape, WindowShape rightShape,
-                     float* samples) {
-    const auto left = static_cast<std::size_t>(leftShape);
-    const auto right = static_cast<std::size_t>(rightShape);
-    if (sequence == WindowSequence::kStop) {
-        std::fill_n(samples, kFlat, 0.0F);
-        MultiplyRising(slopes.shortSlope[left], samples + kFlat);
-    } else {
-        MultiplyRising(slopes.longSlope[left], samples);
-    }
-    float* second = samples + kBlockSamples;
-    if (sequence == WindowSequence::kStart) {
-        MultiplyFalling(slopes.shortSlope[right], second + kFlat);
-        std::fill_n(second + kFlat + kShortLines, kFlat, 0.0F);
-    } else {
-        MultiplyFalling(slopes.longSlope[right], second);
-    }
-}
-
 FilterBank::FilterBank()
-    : longTransform(av::Mdct::Direction::kInverse, kBlockSamples, 1.0F / kBlockSamples),
-      shortTransform(av::Mdct::Direction::kInverse, kShortLines, 1.0F / kShortLines) {}
+    : longTransform(kBlockSamples, 1.0F / kBlockSamples), shortTransform(kShortLines, 1.0F / kShortLines) {}
 
 void FilterBank::Reset() {
-    overlap.fill(0);
+    halves[0].fill(0);
+    halves[1].fill(0);
     previousShape = WindowShape::kSine;
 }
 
 // Eight windows of 256 samples, each 128 after the one before, in the middle of 2048 samples.
-void FilterBank::RunShort(const Spectrum& spectrum, WindowShape shape) {
-    work.fill(0);
-    alignas(av::Mdct::kAlignment) std::array<float, 2 * kShortLines> window;
+void FilterBank::RunShort(const Spectrum& spectrum, WindowShape shape, Half& sum, Half& next) {
+    std::array<float, 2 * kBlockSamples> windows{};
     for (unsigned w = 0; w < kShortWindows; ++w) {
-        shortTransform.Run(window.data(), &spectrum[static_cast<std::size_t>(w) * kShortLines]);
-        const WindowShape leftShape = w == 0 ? previousShape : shape;
-        MultiplyRising(slopes.shortSlope[static_cast<std::size_t>(leftShape)], window.data());
-        MultiplyFalling(slopes.shortSlope[static_cast<std::size_t>(shape)], window.data() + kShortLines);
-        float* target = &work[kFlat + static_cast<std::size_t>(w) * kShortLines];
-        for (std::size_t n = 0; n < window.size(); ++n)
-            target[n] += window[n];
-    }
-}
-
-void FilterBank::Run(const Spectrum& spectrum, WindowSequence sequence, WindowShape shape,
-                     std::span<float, kBlockSamples> samples) {
-    if (sequence == WindowSequence::kShort) {
-        RunShort(spectrum, shape);
-    } else {
-        longTransform.Run(work.data(), spectrum.data());
-        ApplyLongWindow(slopes, sequence, previousShape, shape, work.data());
+        alignas(av::InverseMdct::kAlignment) std::array<float, kShortLines> middle;
+        shortTransform.Run(middle.data(), &spectrum[static_cast<std::size_t>(w) * kShortLines]);
+        const auto left = static_cast<std::size_t>(w == 0 ? previousShape : shape);
+        const auto right = static_cast<std::size_t>(shape);
+        float* target = &windows[kFlat + static_cast<std::size_t>(w) * kShortLines];
+        AddRising(middle.data(), kShortLines, slopes.shortSlope[left], target);
+        SetFalling(middle.data() + kShortLines / 2, kShortLines, slopes.shortSlope[right], target + kShortLines);
     }
     for (std::size_t n = 0; n < kBlockSamples; ++n)
-        samples[n] = overlap[n] + work[n];
-    std::copy_n(work.begin() + kBlockSamples, kBlockSamples, overlap.begin());
+        sum[n] += windows[n];
+    std::copy(windows.begin() + kBlockSamples, windows.end(), next.begin());
+}
+
+void FilterBank::RunLong(const Spectrum& spectrum, WindowSequence sequence, WindowShape shape, Half& sum, Half& next) {
+    const auto slope = [this](WindowShape of, bool isShort) {
+        const auto index = static_cast<std::size_t>(of);
+        return isShort ? std::span<const float>(slopes.shortSlope[index])
+                       : std::span<const float>(slopes.longSlope[index]);
+    };
+    alignas(av::InverseMdct::kAlignment) Half middle;
+    longTransform.Run(middle.data(), spectrum.data());
+    AddRising(middle.data(), kBlockSamples, slope(previousShape, sequence == WindowSequence::kStop), sum.data());
+    SetFalling(middle.data() + kBlockSamples / 2, kBlockSamples, slope(shape, sequence == WindowSequence::kStart),
+               next.data());
+}
+
+std::span<const float, kBlockSamples> FilterBank::Run(const Spectrum& spectrum, WindowSequence sequence,
+                                                      WindowShape shape) {
+    Half& sum = halves[newest];
+    newest ^= 1;
+    if (sequence == WindowSequence::kShort)
+        RunShort(spectrum, shape, sum, halves[newest]);
+    else
+        RunLong(spectrum, sequence, shape, sum, halves[newest]);
     previousShape = shape;
+    return sum;
 }
 
 } // namespace codec

@@ -6,7 +6,7 @@
 
 #include "host/codec/BlockHeader.h"
 #include "host/codec/Reconstruction.h"
-#include "host/codec/av/Mdct.h"
+#include "host/codec/av/InverseMdct.h"
 
 namespace codec {
 
@@ -18,10 +18,6 @@ struct WindowSlopes {
     WindowSlopes();
 };
 
-// Multiplies 2048 samples with the window of a long, start or stop block.
-void ApplyLongWindow(const WindowSlopes& slopes, WindowSequence sequence, WindowShape leftShape, WindowShape rightShape,
-                     float* samples);
-
 // The synthesis side of one channel.
 class FilterBank {
 public:
@@ -30,21 +26,25 @@ public:
     // As before the first block: nothing to overlap with, sine windows.
     void Reset();
 
-    // The 1024 samples that this block completes. The left slope has the shape of the block before. The spectrum is
-    // aligned as Spectra is.
-    void Run(const Spectrum& spectrum, WindowSequence sequence, WindowShape shape,
-             std::span<float, kBlockSamples> samples);
+    // The 1024 samples that this block completes, until the next call. The left slope has the shape of the block before.
+    std::span<const float, kBlockSamples> Run(const Spectrum& spectrum, WindowSequence sequence, WindowShape shape);
 
     [[nodiscard]] WindowShape Shape() const { return previousShape; }
 
 private:
-    void RunShort(const Spectrum& spectrum, WindowShape shape);
+    using Half = std::array<float, kBlockSamples>;
+
+    // Adds the window's first half to `sum`, puts the second half into `next`.
+    void RunShort(const Spectrum& spectrum, WindowShape shape, Half& sum, Half& next);
+    void RunLong(const Spectrum& spectrum, WindowSequence sequence, WindowShape shape, Half& sum, Half& next);
 
     WindowSlopes slopes;
-    av::Mdct longTransform;
-    av::Mdct shortTransform;
-    alignas(av::Mdct::kAlignment) std::array<float, 2 * kBlockSamples> work{};
-    std::array<float, kBlockSamples> overlap{};
+    av::InverseMdct longTransform;
+    av::InverseMdct shortTransform;
+    // The second half of the last window, which waits for the next block, and the samples of the last block; they change
+    // places with every block.
+    std::array<Half, 2> halves{};
+    unsigned newest = 0;
     WindowShape previousShape = WindowShape::kSine;
 };
 

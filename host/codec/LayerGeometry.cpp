@@ -82,24 +82,26 @@ void LayOutLines(const RateTables& rate, const BlockHeader& header, LayerGeometr
 // All scalefactor bands of a segment are sent in its first layer, so the segment's end line decides, not the
 // layer's.
 void LayOutScalefactorBands(std::span<const std::uint16_t> edges, const BlockHeader& header, LayerGeometry& geometry) {
-    int segmentEndLine = 0;
-    for (int l = geometry.layers - 1; l >= 0; --l) {
-        Layer& layer = geometry.layer[l];
-        const Layer& next = geometry.layer[l + 1];
-        layer.segmentEnd = l == geometry.layers - 1 || next.group != layer.group || next.endBand != layer.endBand;
-        if (layer.segmentEnd)
-            segmentEndLine = layer.endLine;
-        const int windows = geometry.group[layer.group].windows;
-        int sfb = 1;
-        while (sfb < header.maxSfb && edges[sfb] * windows < segmentEndLine)
-            ++sfb;
-        layer.endSfb = static_cast<std::uint8_t>(std::min<int>(sfb, header.maxSfb));
-    }
     std::array<std::uint8_t, kShortWindows> groupEnd{};
-    for (int l = 0; l < geometry.layers; ++l) {
-        Layer& layer = geometry.layer[l];
-        layer.startSfb = groupEnd[layer.group];
-        groupEnd[layer.group] = layer.endSfb;
+    for (int first = 0; first < geometry.layers;) {
+        const Layer& opening = geometry.layer[first];
+        int last = first;
+        while (last + 1 < geometry.layers && geometry.layer[last + 1].group == opening.group &&
+               geometry.layer[last + 1].endBand == opening.endBand)
+            ++last;
+        const int windows = geometry.group[opening.group].windows;
+        const std::uint8_t start = groupEnd[opening.group];
+        int sfb = std::max<int>(start, 1);
+        while (sfb < header.maxSfb && edges[static_cast<std::size_t>(sfb)] * windows < geometry.layer[last].endLine)
+            ++sfb;
+        const auto end = static_cast<std::uint8_t>(std::min<int>(sfb, header.maxSfb));
+        for (int l = first; l <= last; ++l) {
+            geometry.layer[l].startSfb = l == first ? start : end;
+            geometry.layer[l].endSfb = end;
+            geometry.layer[l].segmentEnd = l == last;
+        }
+        groupEnd[opening.group] = end;
+        first = last + 1;
     }
 }
 

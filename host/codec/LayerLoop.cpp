@@ -10,9 +10,12 @@ namespace {
 void OpenLines(const LayerGeometry& geometry, int l, const SideInformation& info, BitPlanes& planes) {
     const Layer& layer = geometry.layer[l];
     const int first = geometry.group[layer.group].firstLine;
-    for (int line = first + layer.startLine; line < first + layer.endLine; line += kQuadLines) {
-        const auto band = static_cast<unsigned>(line) / kCodingBand;
-        planes.Open(static_cast<unsigned>(line) / kQuadLines, {info.cbandSi[0][band], info.cbandSi[1][band]});
+    const int end = first + layer.endLine;
+    for (int line = first + layer.startLine; line < end;) {
+        const int band = line / static_cast<int>(kCodingBand);
+        const int bandEnd = std::min((band + 1) * static_cast<int>(kCodingBand), end);
+        planes.Open(line, bandEnd, {info.cbandSi[0][band], info.cbandSi[1][band]});
+        line = bandEnd;
     }
 }
 
@@ -24,12 +27,10 @@ QuadSet LinesOf(const LayerGeometry& geometry, unsigned group, int startLine, in
 }
 
 template <class Coder>
-void CodeOwnLines(Coder& coder, const BlockHeader& header, const LayerGeometry& geometry, int l, BitPlanes& planes,
-                  int& budget) {
+void CodeOwnLines(Coder& coder, const BlockHeader& header, const LayerGeometry& geometry, int l, BitPlanes& planes) {
     const Layer& layer = geometry.layer[l];
     const unsigned lowest = geometry.IsBase(l) ? header.baseSnfThreshold + 1U : 1U;
-    planes.Code(coder, LinesOf(geometry, layer.group, layer.startLine, layer.endLine), lowest, header.segmented,
-                budget);
+    planes.Code(coder, LinesOf(geometry, layer.group, layer.startLine, layer.endLine), lowest, header.segmented);
 }
 
 } // namespace
@@ -44,14 +45,13 @@ void LayerLoop<Coder>::RunWhole(typename Coder::Medium medium, const BlockHeader
     segment.coder.Start(medium, static_cast<std::size_t>(segment.startBit), static_cast<std::size_t>(segment.endBit));
 
     const QuadSet all = QuadSet::All();
-    int budget = 0; // debts and left-overs go from layer to layer
     for (int l = 0; l < geometry.layersPresent; ++l) {
-        budget += geometry.Budget(l);
-        CodeCodingBands(segment.coder, header, geometry, l, info, budget);
+        segment.coder.Grant(geometry.Budget(l)); // debts and left-overs go from layer to layer
+        CodeCodingBands(segment.coder, header, geometry, l, info);
         OpenLines(geometry, l, info, planes);
-        CodeScalefactorBands(segment.coder, header, geometry, l, info, budget);
-        CodeOwnLines(segment.coder, header, geometry, l, planes, budget);
-        planes.Code(segment.coder, all, 1, false, budget);
+        CodeScalefactorBands(segment.coder, header, geometry, l, info);
+        CodeOwnLines(segment.coder, header, geometry, l, planes);
+        planes.Code(segment.coder, all, 1, false);
     }
 }
 
@@ -60,7 +60,6 @@ void LayerLoop<Coder>::RunSegmented(typename Coder::Medium medium, const BlockHe
                                     const LayerGeometry& geometry, int blockBits, SideInformation& info,
                                     BitPlanes& planes) {
     int bit = geometry.offset[0];
-    int budget = 0;
     bool first = true; // the layer opens a segment
     for (int l = 0; l < geometry.layersPresent; ++l) {
         if (first) {
@@ -78,22 +77,21 @@ void LayerLoop<Coder>::RunSegmented(typename Coder::Medium medium, const BlockHe
             segment.endBit = std::min(bit, blockBits);
             segment.coder.Start(medium, static_cast<std::size_t>(segment.startBit),
                                 static_cast<std::size_t>(segment.endBit));
-            budget = geometry.Budget(l) - 1;
+            segment.coder.Grant(geometry.Budget(l) - 1);
         } else {
-            budget += geometry.Budget(l);
+            segments[segmentCount - 1].coder.Grant(geometry.Budget(l));
         }
         first = geometry.layer[l].segmentEnd;
         Segment<Coder>& segment = segments[segmentCount - 1];
-        if (budget > 0) {
-            CodeCodingBands(segment.coder, header, geometry, l, info, budget);
+        if (!segment.coder.Spent()) {
+            CodeCodingBands(segment.coder, header, geometry, l, info);
             OpenLines(geometry, l, info, planes);
-            CodeScalefactorBands(segment.coder, header, geometry, l, info, budget);
-            CodeOwnLines(segment.coder, header, geometry, l, planes, budget);
+            CodeScalefactorBands(segment.coder, header, geometry, l, info);
+            CodeOwnLines(segment.coder, header, geometry, l, planes);
         } else {
             SkipSideInformation(geometry, l, info);
             OpenLines(geometry, l, info, planes);
         }
-        segment.budget = budget;
     }
     SpendLeftovers(header, geometry, planes);
 }
@@ -114,16 +112,16 @@ void LayerLoop<Coder>::SpendLeftovers(const BlockHeader& header, const LayerGeom
             if (!geometry.IsBase(l))
                 codedEnd[geometry.layer[l].group] = geometry.layer[l].endLine;
         }
-        if (segment.budget <= 0)
+        if (segment.coder.Spent())
             continue;
         QuadSet set;
         for (unsigned g = 0; g < geometry.groups; ++g)
             set.AddLines(geometry.group[g].firstLine, geometry.group[g].firstLine + codedEnd[g]);
-        planes.Code(segment.coder, set, 1, true, segment.budget);
-        for (int k = segment.lastLayer + 1; k < geometry.layersPresent && segment.budget > 0; ++k) {
+        planes.Code(segment.coder, set, 1, true);
+        for (int k = segment.lastLayer + 1; k < geometry.layersPresent && !segment.coder.Spent(); ++k) {
             const Layer& layer = geometry.layer[k];
             int& end = codedEnd[layer.group];
-            planes.Code(segment.coder, LinesOf(geometry, layer.group, end, layer.endLine), 1, true, segment.budget);
+            planes.Code(segment.coder, LinesOf(geometry, layer.group, end, layer.endLine), 1, true);
             // On purpose: with short windows the ends stay advanced for the segments that follow, until an
             // enhancement layer of the group comes round.
             end = std::max(end, layer.endLine);

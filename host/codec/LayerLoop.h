@@ -12,14 +12,13 @@
 
 namespace codec {
 
-// One arithmetic code for the whole block, or, in a segmented block, one for each segment: its place in the
-// block and what is left of its budget when its layers are done.
+// One arithmetic code for the whole block, or, in a segmented block, one for each segment, and its place in the
+// block.
 template <class Coder> struct Segment {
     Coder coder;
     int lastLayer = 0;
     int startBit = 0;
     int endBit = 0;
-    int budget = 0;
 };
 
 template <class Coder> struct LayerLoop {

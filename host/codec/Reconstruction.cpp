@@ -4,6 +4,7 @@
 #include <bit>
 #include <cmath>
 #include <cstddef>
+#include <cstring>
 #include <span>
 
 #include "host/codec/TemporalNoiseShaping.h"
@@ -22,42 +23,64 @@ float Reconstruction::Gain(int level) const {
     return gain[static_cast<std::size_t>(std::clamp(level, kLowestLevel, kHighestLevel) - kLowestLevel)];
 }
 
-void Reconstruction::DequantiseQuad(const Quad& quad, unsigned channel, float bandGain, float* lines) const {
-    const auto& magnitude = quad.magnitude;
-    const unsigned any = magnitude[channel] | magnitude[2 + channel] | magnitude[4 + channel] | magnitude[6 + channel];
-    if (any == 0)
-        return;
-    for (unsigned k = 0; k < kQuadLines; ++k) {
-        const unsigned element = 2 * k + channel;
-        float value = 0;
-        if (any < kSmall) [[likely]]
-            value = power[magnitude[element]];
-        else
-            value = static_cast<float>(magnitude[element] * std::cbrt(static_cast<double>(magnitude[element])));
-        const std::uint32_t sign = static_cast<std::uint32_t>(quad.negative) >> element << 31;
-        lines[k] = std::bit_cast<float>(std::bit_cast<std::uint32_t>(value * bandGain) ^ sign);
+namespace {
+
+using Four [[gnu::vector_size(4 * sizeof(float))]] = float;
+using FourBits [[gnu::vector_size(4 * sizeof(float))]] = std::uint32_t;
+
+// The signs of four lines by their bits in Quad::negative.
+constexpr std::array<std::array<std::uint32_t, kQuadLines>, 16> kSigns = [] {
+    std::array<std::array<std::uint32_t, kQuadLines>, 16> signs{};
+    for (unsigned bits = 0; bits < signs.size(); ++bits) {
+        for (unsigned line = 0; line < kQuadLines; ++line)
+            signs[bits][line] = (bits >> line & 1) << 31;
     }
+    return signs;
+}();
+
+} // namespace
+
+inline void Reconstruction::DequantiseQuad(const Quad& quad, unsigned channel, float bandGain, float* lines) const {
+    const std::uint16_t* magnitude = &quad.magnitude[static_cast<std::size_t>(kQuadLines) * channel];
+    std::uint64_t all = 0;
+    std::memcpy(&all, magnitude, sizeof all);
+    if (all == 0)
+        return;
+    Four values;
+    if ((all & 0xFF00FF00FF00FF00U) == 0) [[likely]] {
+        values = Four{power[magnitude[0]], power[magnitude[1]], power[magnitude[2]], power[magnitude[3]]};
+    } else {
+        for (unsigned k = 0; k < kQuadLines; ++k)
+            values[k] = static_cast<float>(magnitude[k] * std::cbrt(static_cast<double>(magnitude[k])));
+    }
+    const auto signs = std::bit_cast<FourBits>(kSigns[quad.negative >> (kQuadLines * channel) & 15]);
+    values = std::bit_cast<Four>(std::bit_cast<FourBits>(values * bandGain) ^ signs);
+    std::memcpy(lines, &values, sizeof values);
 }
 
 // Lines of a group of w windows come in quads that go round the windows; this puts them back in their
 // windows.
 void Reconstruction::Dequantise(const BlockHeader& header, const LayerGeometry& geometry,
                                 std::span<const std::uint16_t> edges, const SideInformation& info,
-                                const BitPlanes& planes, unsigned channel, Spectrum& spectrum) const {
-    spectrum.fill(0);
+                                const BitPlanes& planes, Spectra& spectra) const {
+    for (unsigned c = 0; c < header.channels; ++c)
+        spectra[c].fill(0);
+    const QuadSet opened = planes.Opened();
     for (unsigned g = 0; g < geometry.groups; ++g) {
         const auto firstLine = static_cast<unsigned>(geometry.group[g].firstLine);
         const auto windows = static_cast<unsigned>(geometry.group[g].windows);
         for (unsigned sfb = 0; sfb < header.maxSfb; ++sfb) {
             const unsigned index = SfbIndex(g, sfb);
-            if (channel == 1 && IsIntensity(info, index))
-                continue;
-            const float bandGain = Gain(info.level[channel][index]);
+            const unsigned channels = header.channels == 2 && !IsIntensity(info, index) ? 2 : 1;
+            const std::array<float, kMaxChannels> gains{Gain(info.level[0][index]), Gain(info.level[1][index])};
             unsigned quad = (firstLine + edges[sfb] * windows) / kQuadLines;
-            for (unsigned line = edges[sfb]; line < edges[sfb + 1]; line += kQuadLines) {
+            const unsigned end = (firstLine + edges[sfb + 1] * windows) / kQuadLines;
+            for (unsigned line = firstLine + edges[sfb]; quad < end; line += kQuadLines) {
                 for (unsigned w = 0; w < windows; ++w, ++quad) {
-                    if (planes.Opened().Contains(quad))
-                        DequantiseQuad(planes.At(quad), channel, bandGain, &spectrum[firstLine + 128 * w + line]);
+                    if (!opened.Contains(quad))
+                        continue;
+                    for (unsigned c = 0; c < channels; ++c)
+                        DequantiseQuad(planes.At(quad), c, gains[c], &spectra[c][line + 128 * w]);
                 }
             }
         }
@@ -114,8 +137,7 @@ void Reconstruction::Run(const RateTables& rate, const BlockHeader& header, cons
                          const SideInformation& info, const BitPlanes& planes, Spectra& spectra) {
     const std::span<const std::uint16_t> edges = BandEdges(rate, header);
     const bool stereo = header.channels == 2;
-    for (unsigned c = 0; c < header.channels; ++c)
-        Dequantise(header, geometry, edges, info, planes, c, spectra[c]);
+    Dequantise(header, geometry, edges, info, planes, spectra);
 
     for (unsigned g = 0; g < geometry.groups; ++g) {
         const auto firstWindowLine = static_cast<unsigned>(geometry.group[g].firstLine);

@@ -6,7 +6,7 @@ namespace codec {
 
 template <class Coder>
 void CodeCodingBands(Coder& coder, const BlockHeader& header, const LayerGeometry& geometry, int l,
-                     SideInformation& info, int& budget) {
+                     SideInformation& info) {
     const Layer& layer = geometry.layer[l];
     const unsigned firstBand = static_cast<unsigned>(geometry.group[layer.group].firstLine) / kCodingBand;
     for (unsigned c = 0; c < header.channels; ++c) {
@@ -17,7 +17,7 @@ void CodeCodingBands(Coder& coder, const BlockHeader& header, const LayerGeometr
         const unsigned largest = first ? type.largestBand0 : type.largestOther;
         for (unsigned band = layer.startBand; band < layer.endBand; ++band) {
             std::uint8_t& cbandSi = info.cbandSi[c][firstBand + band];
-            cbandSi = static_cast<std::uint8_t>(std::min(coder.Symbol(model, budget, cbandSi), largest));
+            cbandSi = static_cast<std::uint8_t>(std::min(coder.Symbol(model, cbandSi), largest));
         }
     }
 }
@@ -26,46 +26,43 @@ namespace {
 
 // The flags that both channels share, and noise_flag.
 template <class Coder>
-void CodeFlags(Coder& coder, const BlockHeader& header, unsigned sfb, unsigned index, SideInformation& info,
-               int& budget) {
+void CodeFlags(Coder& coder, const BlockHeader& header, unsigned sfb, unsigned index, SideInformation& info) {
     if (header.stereoMask == StereoMask::kMsEverywhere)
         return;
     if (header.stereoMask == StereoMask::kMsPerBand)
         info.stereo[index] =
-            static_cast<StereoInfo>(coder.Symbol(kMsUsedModel, budget, static_cast<unsigned>(info.stereo[index])));
+            static_cast<StereoInfo>(coder.Symbol(kMsUsedModel, static_cast<unsigned>(info.stereo[index])));
     if (header.stereoMask == StereoMask::kInfoPerBand)
         info.stereo[index] =
-            static_cast<StereoInfo>(coder.Symbol(kStereoInfoModel, budget, static_cast<unsigned>(info.stereo[index])));
+            static_cast<StereoInfo>(coder.Symbol(kStereoInfoModel, static_cast<unsigned>(info.stereo[index])));
     if (!header.noisePresent || sfb < header.noiseStartSfb)
         return;
     for (unsigned c = 0; c < header.channels; ++c)
-        info.noise[c][index] = coder.Symbol(kNoiseFlagModel, budget, info.noise[c][index] ? 1 : 0) != 0;
+        info.noise[c][index] = coder.Symbol(kNoiseFlagModel, info.noise[c][index] ? 1 : 0) != 0;
     if (info.stereo[index] == StereoInfo::kOutOfPhase && info.noise[0][index] && info.noise[1][index])
-        info.noiseMode[index] = static_cast<std::uint8_t>(coder.Symbol(kNoiseModeModel, budget, info.noiseMode[index]));
+        info.noiseMode[index] = static_cast<std::uint8_t>(coder.Symbol(kNoiseModeModel, info.noiseMode[index]));
 }
 
-template <class Coder> unsigned CodeDifference(Coder& coder, CumulativeModel model, int wanted, int& budget) {
-    return model.empty() ? 0 : coder.Symbol(model, budget, static_cast<unsigned>(wanted));
+template <class Coder> unsigned CodeDifference(Coder& coder, CumulativeModel model, int wanted) {
+    return model.empty() ? 0 : coder.Symbol(model, static_cast<unsigned>(wanted));
 }
 
 template <class Coder>
 void CodeLevel(Coder& coder, CumulativeModel model, unsigned channel, int largest, unsigned index,
-               SideInformation& info, int& budget) {
+               SideInformation& info) {
     std::int16_t& level = info.level[channel][index];
     if (info.noise[channel][index]) {
         std::int16_t& start = info.noiseStart[channel];
         if (!info.noiseStartKnown[channel]) {
-            start = static_cast<std::int16_t>(coder.Symbol(kNoiseEnergyModel, budget, static_cast<unsigned>(start)));
+            start = static_cast<std::int16_t>(coder.Symbol(kNoiseEnergyModel, static_cast<unsigned>(start)));
             info.noiseStartKnown[channel] = true;
         }
-        level =
-            static_cast<std::int16_t>(start - static_cast<int>(CodeDifference(coder, model, start - level, budget)));
+        level = static_cast<std::int16_t>(start - static_cast<int>(CodeDifference(coder, model, start - level)));
     } else if (channel == 1 && IsIntensity(info, index)) {
         level = static_cast<std::int16_t>(
-            PositionFromCode(static_cast<int>(CodeDifference(coder, model, PositionCode(level), budget))));
+            PositionFromCode(static_cast<int>(CodeDifference(coder, model, PositionCode(level)))));
     } else {
-        level = static_cast<std::int16_t>(largest -
-                                          static_cast<int>(CodeDifference(coder, model, largest - level, budget)));
+        level = static_cast<std::int16_t>(largest - static_cast<int>(CodeDifference(coder, model, largest - level)));
     }
 }
 
@@ -73,7 +70,7 @@ void CodeLevel(Coder& coder, CumulativeModel model, unsigned channel, int larges
 
 template <class Coder>
 void CodeScalefactorBands(Coder& coder, const BlockHeader& header, const LayerGeometry& geometry, int l,
-                          SideInformation& info, int& budget) {
+                          SideInformation& info) {
     const Layer& layer = geometry.layer[l];
     for (unsigned c = 0; c < header.channels; ++c) {
         const ChannelHeader& channel = header.channel[c];
@@ -82,8 +79,8 @@ void CodeScalefactorBands(Coder& coder, const BlockHeader& header, const LayerGe
         for (unsigned sfb = layer.startSfb; sfb < layer.endSfb; ++sfb) {
             const unsigned index = SfbIndex(layer.group, sfb);
             if (c == 0)
-                CodeFlags(coder, header, sfb, index, info, budget);
-            CodeLevel(coder, model, c, channel.maxScalefactor, index, info, budget);
+                CodeFlags(coder, header, sfb, index, info);
+            CodeLevel(coder, model, c, channel.maxScalefactor, index, info);
         }
     }
 }
@@ -106,13 +103,9 @@ void SkipSideInformation(const LayerGeometry& geometry, int l, SideInformation& 
     }
 }
 
-template void CodeCodingBands(ArithmeticDecoder&, const BlockHeader&, const LayerGeometry&, int, SideInformation&,
-                              int&);
-template void CodeCodingBands(ArithmeticEncoder&, const BlockHeader&, const LayerGeometry&, int, SideInformation&,
-                              int&);
-template void CodeScalefactorBands(ArithmeticDecoder&, const BlockHeader&, const LayerGeometry&, int, SideInformation&,
-                                   int&);
-template void CodeScalefactorBands(ArithmeticEncoder&, const BlockHeader&, const LayerGeometry&, int, SideInformation&,
-                                   int&);
+template void CodeCodingBands(ArithmeticDecoder&, const BlockHeader&, const LayerGeometry&, int, SideInformation&);
+template void CodeCodingBands(ArithmeticEncoder&, const BlockHeader&, const LayerGeometry&, int, SideInformation&);
+template void CodeScalefactorBands(ArithmeticDecoder&, const BlockHeader&, const LayerGeometry&, int, SideInformation&);
+template void CodeScalefactorBands(ArithmeticEncoder&, const BlockHeader&, const LayerGeometry&, int, SideInformation&);
 
 } // namespace codec

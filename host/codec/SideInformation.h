@@ -60,13 +60,13 @@ struct SideInformation {
 // `info` holds.
 template <class Coder>
 void CodeCodingBands(Coder& coder, const BlockHeader& header, const LayerGeometry& geometry, int l,
-                     SideInformation& info, int& budget);
+                     SideInformation& info);
 
 // Codes flags and levels of the scalefactor bands that are new with layer l. An encoder's differences must
 // fit the channel's models.
 template <class Coder>
 void CodeScalefactorBands(Coder& coder, const BlockHeader& header, const LayerGeometry& geometry, int l,
-                          SideInformation& info, int& budget);
+                          SideInformation& info);
 
 // Layer l is left out: what is new with it has no value, in an encoder either.
 void SkipSideInformation(const LayerGeometry& geometry, int l, SideInformation& info);

@@ -27,12 +27,15 @@ const std::string kServices = R"(
     {"kind": "dab+", "id": "0xE204", "label": {"text": "PLUS"}, "subChannel": 3, "bitRate": 64},
     {"kind": "packet data", "id": "0xE1E00402", "label": {"text": "DATA"}, "subChannel": 4, "bitRate": 32, "dataType": 60})";
 
+// Type and data field of a group.
+using Group = std::vector<int>;
+
 // All groups with the frames they came in.
-std::map<ByteVector, std::vector<int>> Play(const headend::Description& description, int frames) {
+std::map<Group, std::vector<int>> Play(const headend::Description& description, int frames) {
     const auto& ensemble = description.ensembles[0];
     const auto configurations = headend::MakeConfigurations(ensemble);
     headend::FicCarousel fic(ensemble, configurations, description.clock);
-    std::map<ByteVector, std::vector<int>> groups;
+    std::map<Group, std::vector<int>> groups;
     for (int frame = 0; frame < frames; ++frame) {
         const ByteVector blocks = fic.Next();
         EXPECT_EQ(blocks.size(), 96u);
@@ -40,8 +43,8 @@ std::map<ByteVector, std::vector<int>> Play(const headend::Description& descript
             const auto fib = wire::ByteSpan(blocks).subspan(at, 32);
             EXPECT_TRUE(wire::FibCrcOk(fib));
             wire::ForEachFig(fib, [&](const wire::Fig& fig) {
-                ByteVector key = {static_cast<std::uint8_t>(fig.type)};
-                wire::AppendBytes(key, fig.data);
+                Group key = {fig.type};
+                key.insert(key.end(), fig.data.begin(), fig.data.end());
                 groups[key].push_back(frame);
             });
         }
@@ -74,7 +77,7 @@ TEST(FicCarousel, EveryGroupKeepsItsRepetitionRate) {
 
 TEST(FicCarousel, GroupsByteForByte) {
     const auto groups = Play(Load(kServices), 100);
-    const auto sent = [&](const ByteVector& group) { return groups.count(group) != 0; };
+    const auto sent = [&](const Group& group) { return groups.count(group) != 0; };
     // FIG 0/2 with a television service and a packet service: a 32-bit identifier, TMId 01 DSCTy 24, TMId 11.
     EXPECT_TRUE(sent({0, 0x22, 0xF1, 0xE0, 0x04, 0x01, 0x01, 0x58, 0x06, 0xE1, 0xE0, 0x04, 0x02, 0x01, 0xC0, 0x12}));
     // FIG 0/2 with layer II sound in sub-channel 9 and DAB+ in sub-channel 3.
@@ -102,9 +105,9 @@ TEST(FicCarousel, ReconfigurationIsAnnouncedAndThenHolds) {
     const auto description = Load(R"({"kind": "radio", "id": "0xE201", "label": {"text": "OLD"}, "subChannel": 1,
         "bitRate": 128, "changes": [{"at": 7.2, "subChannel": 5, "label": {"text": "NEW"}}]})");
     const auto groups = Play(description, 400);
-    const ByteVector now = {0, 0x02, 0xE2, 0x01, 0x01, 0x00, 0x06};
-    const ByteVector announced = {0, 0x82, 0xE2, 0x01, 0x01, 0x00, 0x16};
-    const ByteVector then = {0, 0x02, 0xE2, 0x01, 0x01, 0x00, 0x16};
+    const Group now = {0, 0x02, 0xE2, 0x01, 0x01, 0x00, 0x06};
+    const Group announced = {0, 0x82, 0xE2, 0x01, 0x01, 0x00, 0x16};
+    const Group then = {0, 0x02, 0xE2, 0x01, 0x01, 0x00, 0x16};
     EXPECT_LT(groups.at(now).back(), 300);
     EXPECT_GE(groups.at(announced).front(), 50);
     EXPECT_LT(groups.at(announced).back(), 300);

@@ -54,14 +54,23 @@ std::vector<Job> MakeJobs(const EnsembleDescription& ensemble, std::size_t index
 }
 
 void RunJobs(const Description& description, std::vector<Job>& jobs, const Progress& progress) {
+    const auto serviceOf = [&](const Job& job) -> const ServiceDescription& {
+        return description.ensembles[job.ensemble].services[job.service];
+    };
+    // Pictures take longest, so they go first: what is left over at the end is small.
+    std::vector<Job*> order;
+    for (Job& job : jobs)
+        order.push_back(&job);
+    std::stable_partition(order.begin(), order.end(),
+                          [&](const Job* job) { return serviceOf(*job).kind == ServiceKind::kTelevision; });
     std::atomic<std::size_t> next = 0;
     std::mutex mutex;
     std::size_t done = 0;
     std::exception_ptr failure;
     const auto work = [&] {
-        for (std::size_t i = next++; i < jobs.size(); i = next++) {
-            Job& job = jobs[i];
-            const ServiceDescription& service = description.ensembles[job.ensemble].services[job.service];
+        for (std::size_t i = next++; i < order.size(); i = next++) {
+            Job& job = *order[i];
+            const ServiceDescription& service = serviceOf(job);
             try {
                 job.programme = MakeProgramme(description, service, job.stretch);
             } catch (...) {

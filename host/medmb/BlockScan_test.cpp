@@ -1,6 +1,8 @@
 #include "host/medmb/BlockScan.h"
 
+#include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -49,6 +51,45 @@ TEST(BlockScan, AHungSourceEndsAfterThreeSecondsToo) {
     const Scan scan([](int) { return ScriptedSource::Step{{}, 1000000}; });
     EXPECT_EQ(scan.report.state, BlockState::NoSync);
     EXPECT_LE(scan.took, 3100);
+}
+
+// Bytes that never end and hold no frame, a few every ten milliseconds; or a file of them, that starts over.
+class Junk final : public ByteInput {
+public:
+    Junk(ce::Clock& clockToMove, bool asFile) : clock(clockToMove), file(asFile) {}
+    ReadStatus Read(std::span<std::uint8_t> room, std::size_t& count, Millis /*limit*/) override {
+        if (!file)
+            clock.Sleep(10);
+        std::fill(room.begin(), room.end(), std::uint8_t{0xA5});
+        count = std::min<std::size_t>(room.size(), 5000);
+        restarted = file && ++reads % 4 == 0;
+        return ReadStatus::Data;
+    }
+    bool TakeRestart() override { return std::exchange(restarted, false); }
+
+private:
+    ce::Clock& clock;
+    bool file;
+    int reads = 0;
+    bool restarted = false;
+};
+
+TEST(BlockScan, JunkThatFlowsForEverEndsAfterThreeSecondsToo) {
+    ce::ManualClock clock;
+    Cancellation cancellation(clock);
+    ByteFrameSource source(std::make_unique<Junk>(clock, false), false);
+    EXPECT_EQ(ScanBlock(source, cancellation).state, BlockState::NoSync);
+    EXPECT_GE(clock.Now(), 3000);
+    EXPECT_LE(clock.Now(), 3100);
+}
+
+TEST(BlockScan, AFileOfJunkDoesNotGoRoundForEver) {
+    ce::ManualClock clock;
+    ByteFrameSource source(std::make_unique<Junk>(clock, true), true);
+    int turns = 0;
+    while (source.Next(100) == ReadStatus::Waiting)
+        ASSERT_LT(++turns, 10);
+    EXPECT_EQ(source.Next(100), ReadStatus::End);
 }
 
 TEST(BlockScan, NoReadableFicEndsASecondAndAHalfAfterTheFirstFrame) {

@@ -10,23 +10,27 @@ constexpr std::size_t kChunkBytes = 64 * 1024;
 
 ReadStatus ByteFrameSource::Next(Millis limit) {
     restarted = false;
-    for (;;) {
+    for (bool hasRead = false;; hasRead = true) {
         frame = framer.Next();
-        if (frame) {
-            restarted = restartPending;
-            restartPending = false;
-            return ReadStatus::Data;
-        }
-        if (!held.empty()) {
+        if (!frame && !held.empty()) {
             // Everything from before the restart is handed out: now what came after it.
             framer.Reset();
             framer.Push(held);
             held.clear();
             restartPending = true;
-            continue;
+            frame = framer.Next();
+        }
+        if (frame) {
+            restarted = restartPending;
+            restartPending = false;
+            anyInTurn = true;
+            return ReadStatus::Data;
         }
         if (ended)
             return ReadStatus::End;
+        // What flows need not be ETI: the caller's limits count all the same.
+        if (hasRead)
+            return ReadStatus::Waiting;
         chunk.resize(kChunkBytes);
         std::size_t count = 0;
         const ReadStatus status = input->Read(chunk, count, limit);
@@ -36,7 +40,11 @@ ReadStatus ByteFrameSource::Next(Millis limit) {
         } else if (status != ReadStatus::Data) {
             return status;
         } else if (input->TakeRestart()) {
-            held.assign(chunk.begin(), chunk.begin() + static_cast<std::ptrdiff_t>(count));
+            // A file without a single frame would go round for ever.
+            ended = file && !anyInTurn;
+            anyInTurn = false;
+            if (!ended)
+                held.assign(chunk.begin(), chunk.begin() + static_cast<std::ptrdiff_t>(count));
             framer.Finish();
         } else {
             framer.Push(wire::ByteSpan(chunk).first(count));

@@ -35,7 +35,8 @@ class FrameSource {
 public:
     virtual ~FrameSource() = default;
 
-    // On Data the next frame is at Frame(), valid until the next call. Waits at most `limit`.
+    // On Data the next frame is at Frame(), valid until the next call. Waits at most `limit`; Waiting also tells that bytes came and
+    // no frame was in them.
     [[nodiscard]] virtual ReadStatus Next(Millis limit) = 0;
     [[nodiscard]] virtual const wire::EtiFrame& Frame() const = 0;
     // The frame does not follow the one before.
@@ -70,6 +71,7 @@ private:
     std::optional<wire::EtiFrame> frame;
     bool restarted = false;
     bool restartPending = false;
+    bool anyInTurn = false; // a frame since the file began
     bool ended = false;
     wire::ByteVector chunk;
     wire::ByteVector held; // read after a restart, while frames from before it are still being handed out

@@ -64,7 +64,7 @@ public:
             return OpenFile(*row, purpose, reason);
         case SourceKind::StandardInput:
         case SourceKind::NamedPipe:
-            return OnlyRow(*row, reason) ? OpenStream(cancellation, reason) : nullptr;
+            return OnlyRow(*row, reason) ? OpenStream(purpose, cancellation, reason) : nullptr;
         case SourceKind::Tcp:
             return OnlyRow(*row, reason) ? OpenTcp(purpose, cancellation, reason) : nullptr;
         case SourceKind::Command:
@@ -100,13 +100,14 @@ private:
         return nullptr;
     }
 
-    std::unique_ptr<FrameSource> OpenStream(Cancellation& cancellation, std::string& reason) {
+    std::unique_ptr<FrameSource> OpenStream(Purpose purpose, Cancellation& cancellation, std::string& reason) {
         struct stat info {};
         const bool isInput = spec.kind == SourceKind::StandardInput;
         if (isInput && fstat(STDIN_FILENO, &info) == 0 && S_ISREG(info.st_mode)) {
             // Redirected from a file: as good as its name.
             Descriptor copy(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0));
-            return std::make_unique<ByteFrameSource>(std::make_unique<FileInput>(std::move(copy), spec.loop), true);
+            const bool loop = spec.loop && purpose == Purpose::Play;
+            return std::make_unique<ByteFrameSource>(std::make_unique<FileInput>(std::move(copy), loop), true);
         }
         if (!isInput && !pipe.Valid())
             pipe = Descriptor(open(spec.path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
@@ -130,11 +131,7 @@ private:
 
     std::unique_ptr<FrameSource> OpenCommand(int hz, Purpose purpose, Cancellation& cancellation,
                                              std::string& reason) const {
-        std::string text = spec.command;
-        for (const CommandEntry& entry : kCommands)
-            if (text == entry.name)
-                text = entry.command;
-        auto input = std::make_unique<CommandInput>(ExpandCommand(text, hz, spec.gain), spec.snrMarker,
+        auto input = std::make_unique<CommandInput>(ExpandCommand(spec.command, hz, spec.gain), spec.snrMarker,
                                                     purpose == Purpose::Play, cancellation);
         if (!input->Start()) {
             reason = input->Reason();
@@ -191,7 +188,17 @@ SourceSpec CommandSource(const std::string& command, const std::string& gain) {
     SourceSpec spec;
     spec.kind = SourceKind::Command;
     spec.command = command;
+    for (const CommandEntry& entry : kCommands)
+        if (command == entry.name)
+            spec.command = entry.command;
     spec.gain = gain;
+    constexpr std::string_view kOpening = "{snr:";
+    const std::size_t from = spec.command.find(kOpening);
+    const std::size_t to = from == std::string::npos ? from : spec.command.find('}', from);
+    if (to != std::string::npos) {
+        spec.snrMarker = spec.command.substr(from + kOpening.size(), to - from - kOpening.size());
+        spec.command.erase(from, to + 1 - from);
+    }
     return spec;
 }
 

@@ -17,7 +17,7 @@ struct SourceSpec {
     std::string path; // file, directory, named pipe
     std::string host; // TCP
     std::string port;
-    std::string command; // template or the name of a ready-made entry
+    std::string command; // template
     std::string gain;    // for {gain}
     // Command: the text in front of the signal-to-noise ratio in what the program writes to its error output.
     std::string snrMarker;
@@ -26,6 +26,8 @@ struct SourceSpec {
 
 // `-`, a directory, a file, a named pipe, tcp://HOST:PORT or HOST:PORT. Nothing and a sentence in `error` when it is none of these.
 [[nodiscard]] std::optional<SourceSpec> ParseSource(const std::string& text, std::string& error);
+// A command template, or the name of a ready-made entry. {snr:TEXT} anywhere in it tells that the program writes its
+// signal-to-noise ratio in dB behind TEXT to its error output; it is no argument.
 [[nodiscard]] SourceSpec CommandSource(const std::string& command, const std::string& gain = {});
 
 // A demodulator that we know how to start.

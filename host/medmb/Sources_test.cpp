@@ -11,6 +11,7 @@
 #include "host/medmb/BlockTable.h"
 #include "host/medmb/Inputs.h"
 #include "host/medmb/SourceSpec.h"
+#include "host/medmb/TestPipe.h"
 #include "tests/support/Places.h"
 
 namespace medmb {
@@ -64,6 +65,15 @@ TEST(SourceSpec, CommandTemplates) {
     EXPECT_TRUE(ExpandCommand("   ", 183008000, "").empty());
     for (const CommandEntry& entry : ReadyMadeCommands())
         EXPECT_GE(ExpandCommand(entry.command, 183008000, "1").size(), 2u) << entry.name;
+}
+
+TEST(SourceSpec, AnEntryTellsWhereTheProgramsOwnFigureStands) {
+    const SourceSpec spec = CommandSource("prog {hz} {snr:SNR =} -g {gain}", "9");
+    EXPECT_EQ(spec.snrMarker, "SNR =");
+    EXPECT_EQ(ExpandCommand(spec.command, 183008000, spec.gain), (Arguments{"prog", "183008000", "-g", "9"}));
+    EXPECT_EQ(CommandSource("prog {hz}").snrMarker, "");
+    EXPECT_EQ(CommandSource("prog {snr:").command, "prog {snr:");
+    EXPECT_EQ(CommandSource("dab2eti").command, ReadyMadeCommands()[0].command);
 }
 
 TEST(SourceSpec, FilesOfAFolder) {
@@ -150,6 +160,42 @@ TEST(Inputs, AProgramThatSaysNothingIsTakenForHung) {
     clock.Sleep(1);
     EXPECT_EQ(input.Read(room, count, 0), ReadStatus::End);
     EXPECT_NE(input.Reason().find("hangs"), std::string::npos);
+}
+
+TEST(Inputs, AHungProgramIsBegunAgainWithBackOff) {
+    ce::ManualClock clock;
+    Cancellation cancellation(clock);
+    CommandInput input({"sleep", "1000"}, "", true, cancellation);
+    ASSERT_TRUE(input.Start());
+    std::uint8_t room[16];
+    std::size_t count = 0;
+    Millis wait = 500;
+    for (int i = 0; i < 3; ++i) {
+        clock.Sleep(CommandInput::kSilenceLimit);
+        EXPECT_EQ(input.Read(room, count, 0), ReadStatus::Waiting);
+        EXPECT_NE(input.Reason().find("hangs"), std::string::npos);
+        clock.Sleep(wait - 1);
+        EXPECT_EQ(input.Read(room, count, 0), ReadStatus::Waiting);
+        EXPECT_FALSE(input.TakeRestart()) << i;
+        clock.Sleep(1);
+        EXPECT_EQ(input.Read(room, count, 0), ReadStatus::Waiting);
+        EXPECT_TRUE(input.TakeRestart()) << i;
+        wait *= 2;
+    }
+}
+
+TEST(Inputs, AllOfAProgramsGroupEndsWithIt) {
+    // The shell's own child ignores the request to end.
+    const test::TestPipe pipe("dmb-group");
+    ChildProcess child;
+    std::string reason;
+    const std::string script =
+        "exec 3> " + pipe.Name() + "; (trap '' TERM; echo ready >&3; while :; do sleep 1; done) & wait";
+    ASSERT_TRUE(child.Start({"sh", "-c", script}, reason)) << reason;
+    ASSERT_TRUE(pipe.Heard());
+    child.Stop();
+    EXPECT_FALSE(child.Running());
+    EXPECT_TRUE(pipe.Abandoned());
 }
 
 } // namespace

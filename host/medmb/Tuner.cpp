@@ -177,6 +177,7 @@ bool Tuner::GetChannel(int hz, _tag_DMB_CHANNEL_INFO& info) {
 
 bool Tuner::SetChannel(int hz, int type, std::uint32_t serviceId) {
     StopService();
+    lastTuning = BlockState::Cancelled;
     const auto cancellation = BeginWork();
     if (!cancellation)
         return false;
@@ -186,12 +187,14 @@ bool Tuner::SetChannel(int hz, int type, std::uint32_t serviceId) {
     std::string reason;
     session->source = provider->Open(hz, Purpose::Play, *cancellation, reason);
     if (!session->source) {
+        lastTuning = BlockState::NoSource;
         Say("cannot tune " + std::to_string(hz) + " Hz: " + reason);
         return false;
     }
     if (!FindService(*session, type))
         return false;
 
+    lastTuning = BlockState::Ok;
     ServiceDescription description;
     description.kind = type == DMB_SERVICE_TYPE_DMB_VIDEO ? ServiceKind::Television : ServiceKind::Radio;
     description.frequency = static_cast<std::uint32_t>(hz);
@@ -233,6 +236,8 @@ bool Tuner::FindService(Session& session, int type) {
         else if (service && session.receiver.Receiving())
             return true;
     }
+    if (!session.cancellation->Cancelled())
+        lastTuning = anyFrame ? BlockState::NoServices : BlockState::NoSync;
     Say("cannot tune " + std::to_string(session.frequency) +
         " Hz: " + (anyFrame || source.Reason().empty() ? std::string(missing) : source.Reason()));
     return false;

@@ -48,6 +48,9 @@ public:
     [[nodiscard]] float Strength() const { return strength.load(); }
     [[nodiscard]] int FibErrorPerMille() const { return fibErrors.load(); }
 
+    // How the last SetChannel went: Ok, or what was missing. Any thread.
+    [[nodiscard]] BlockState LastTuning() const { return lastTuning.load(); }
+
     // What GetChannel found, the newest report of each frequency, in the order of frequencies.
     [[nodiscard]] std::vector<BlockReport> Reports() const;
 
@@ -80,6 +83,7 @@ private:
     std::atomic<float> snr{0.0F};
     std::atomic<float> strength{0.0F};
     std::atomic<int> fibErrors{0};
+    std::atomic<BlockState> lastTuning{BlockState::Ok};
 };
 
 } // namespace medmb

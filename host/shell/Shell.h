@@ -10,6 +10,7 @@
 #include "platform/velshell/VelPlayerView.h"
 
 #include "host/shell/core/BoxRecord.h"
+#include "host/shell/core/Reason.h"
 #include "host/shell/gdi/VideoPlane.h"
 #include "host/shell/skin/SkinDescription.h"
 #include "host/shell/skin/SkinError.h"
@@ -98,6 +99,14 @@ public:
     bool Minimize();
     void MoveSmall(const RECT& place);
     void Restore();
+    // The home screen comes to the front and the view is held behind it; the view comes back, also from its small form, and a
+    // closed one is opened again. False when nothing changes, or a modal window is up.
+    bool ShowHome();
+    bool ShowView();
+    // Told every view that is opened, before it begins, and null when it is gone.
+    void SetViewListener(std::function<void(CVelPlayerView*)> listener);
+    // Asked twice a second why the view shows no picture; the answer is shown over it.
+    void SetReasonSource(std::function<ReasonShown()> source);
     void SetDebugMode(bool on);
     // How loud views play, 0 to 100, and whether they are silent. Kept from one session to the next.
     void SetVolume(int percent, bool muted);

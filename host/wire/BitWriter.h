@@ -12,36 +12,14 @@ namespace wire {
 class BitWriter {
 public:
     // The lowest `count` bits (0..32) of `value`; higher bits are ignored.
-    void Write(std::uint32_t value, unsigned count) {
-        while (count > 0) {
-            const unsigned used = bits & 7;
-            if (used == 0)
-                bytes.push_back(0);
-            const unsigned take = count < 8 - used ? count : 8 - used;
-            const std::uint32_t part = value >> (count - take) & ((1U << take) - 1);
-            bytes.back() = static_cast<std::uint8_t>(bytes.back() | part << (8 - used - take));
-            bits += take;
-            count -= take;
-        }
-    }
+    void Write(std::uint32_t value, unsigned count);
 
     void WriteFlag(bool flag) { Write(flag ? 1 : 0, 1); }
 
-    void WriteBytes(std::span<const std::uint8_t> source) {
-        if ((bits & 7) == 0) {
-            bytes.insert(bytes.end(), source.begin(), source.end());
-            bits += source.size() * 8;
-            return;
-        }
-        for (const std::uint8_t byte : source)
-            Write(byte, 8);
-    }
+    void WriteBytes(std::span<const std::uint8_t> source);
 
     // Fills the last byte with copies of `fill` up to the next byte boundary; nothing on a boundary.
-    void AlignToByte(bool fill = false) {
-        const auto rest = static_cast<unsigned>((8 - (bits & 7)) & 7);
-        Write(fill ? 0xFF : 0, rest);
-    }
+    void AlignToByte(bool fill = false) { Write(fill ? 0xFF : 0, static_cast<unsigned>((8 - (bits & 7)) & 7)); }
 
     [[nodiscard]] std::size_t BitCount() const { return bits; }
 

@@ -38,24 +38,6 @@ inline constexpr std::uint8_t kStreamScene = 0x03;
 inline constexpr std::uint8_t kStreamVisual = 0x04;
 inline constexpr std::uint8_t kStreamAudio = 0x05;
 
-namespace detail {
-
-inline void Put16(std::vector<std::uint8_t>& out, unsigned value) {
-    out.push_back(static_cast<std::uint8_t>(value >> 8 & 0xFF));
-    out.push_back(static_cast<std::uint8_t>(value & 0xFF));
-}
-
-inline void Put32(std::vector<std::uint8_t>& out, std::uint32_t value) {
-    Put16(out, value >> 16);
-    Put16(out, value & 0xFFFF);
-}
-
-inline void Append(std::vector<std::uint8_t>& out, std::span<const std::uint8_t> bytes) {
-    out.insert(out.end(), bytes.begin(), bytes.end());
-}
-
-} // namespace detail
-
 // 8.3.3, an expandable class: tag, size in groups of seven bits, body.
 struct Mp4Descriptor {
     std::uint8_t tag = 0;
@@ -87,7 +69,7 @@ struct Mp4Descriptor {
                 out.push_back(static_cast<std::uint8_t>(0x80 | (body.size() >> shift & 0x7F)));
         }
         out.push_back(static_cast<std::uint8_t>(body.size() & 0x7F));
-        detail::Append(out, body);
+        AppendBytes(out, body);
     }
 };
 
@@ -170,16 +152,16 @@ struct SlConfig {
                                                 useRandomAccessPoint << 5 | hasRandomAccessUnitsOnly << 4 |
                                                 usePadding << 3 | useTimeStamps << 2 | useIdle << 1 |
                                                 static_cast<int>(hasDuration)));
-        detail::Put32(out, timeStampResolution);
-        detail::Put32(out, ocrResolution);
+        Append32(out, timeStampResolution);
+        Append32(out, ocrResolution);
         out.insert(out.end(), {timeStampLength, ocrLength, accessUnitLengthLength, instantBitrateLength});
-        detail::Put16(out, static_cast<unsigned>(degradationPriorityLength) << 12 |
-                               static_cast<unsigned>(accessUnitSequenceLength) << 7 |
-                               static_cast<unsigned>(packetSequenceLength) << 2 | 3);
+        Append16(out, static_cast<unsigned>(degradationPriorityLength) << 12 |
+                          static_cast<unsigned>(accessUnitSequenceLength) << 7 |
+                          static_cast<unsigned>(packetSequenceLength) << 2 | 3);
         if (hasDuration) {
-            detail::Put32(out, timeScale);
-            detail::Put16(out, accessUnitDuration);
-            detail::Put16(out, compositionUnitDuration);
+            Append32(out, timeScale);
+            Append16(out, accessUnitDuration);
+            Append16(out, compositionUnitDuration);
         }
         return out;
     }
@@ -222,9 +204,9 @@ struct DecoderConfig {
         std::vector<std::uint8_t> out = {objectType,
                                          static_cast<std::uint8_t>(streamType << 2 | (upStream ? 2 : 0) | 1)};
         out.push_back(static_cast<std::uint8_t>(bufferSize >> 16 & 0xFF));
-        detail::Put16(out, bufferSize & 0xFFFF);
-        detail::Put32(out, maxBitrate);
-        detail::Put32(out, averageBitrate);
+        Append16(out, bufferSize & 0xFFFF);
+        Append32(out, maxBitrate);
+        Append32(out, averageBitrate);
         if (!specificInfo.empty())
             Mp4Descriptor::Put(out, kTagDecoderSpecificInfo, specificInfo);
         return out;
@@ -284,17 +266,17 @@ struct EsDescriptor {
     [[nodiscard]] std::vector<std::uint8_t> Write() const {
         std::vector<std::uint8_t> out;
         out.reserve(64);
-        detail::Put16(out, esId);
+        Append16(out, esId);
         out.push_back(static_cast<std::uint8_t>((dependsOn ? 0x80 : 0) | (url.empty() ? 0 : 0x40) |
                                                 (clockEsId ? 0x20 : 0) | (priority & 0x1F)));
         if (dependsOn)
-            detail::Put16(out, *dependsOn);
+            Append16(out, *dependsOn);
         if (!url.empty()) {
             out.push_back(static_cast<std::uint8_t>(url.size()));
             out.insert(out.end(), url.begin(), url.end());
         }
         if (clockEsId)
-            detail::Put16(out, *clockEsId);
+            Append16(out, *clockEsId);
         Mp4Descriptor::Put(out, kTagDecoderConfig, decoder.Write());
         Mp4Descriptor::Put(out, kTagSlConfig, sl.Write());
         return out;
@@ -367,7 +349,7 @@ struct ObjectDescriptor {
     [[nodiscard]] std::vector<std::uint8_t> Write() const {
         std::vector<std::uint8_t> out;
         out.reserve(64);
-        detail::Put16(out, static_cast<unsigned>(id) << 6 | (url.empty() ? 0 : 0x20) | 0x1F);
+        Append16(out, static_cast<unsigned>(id) << 6 | (url.empty() ? 0 : 0x20) | 0x1F);
         if (url.empty()) {
             detail::PutEsList(out, streams);
         } else {
@@ -466,7 +448,7 @@ struct IodDescriptor {
     [[nodiscard]] std::vector<std::uint8_t> Write() const {
         std::vector<std::uint8_t> inner;
         inner.reserve(64);
-        detail::Put16(inner, static_cast<unsigned>(id) << 6 | (inlineProfiles ? 0x10 : 0) | 0x0F);
+        Append16(inner, static_cast<unsigned>(id) << 6 | (inlineProfiles ? 0x10 : 0) | 0x0F);
         inner.insert(inner.end(), {objectProfile, sceneProfile, audioProfile, visualProfile, graphicsProfile});
         detail::PutEsList(inner, streams);
         std::vector<std::uint8_t> out = {scope, label};

@@ -182,7 +182,9 @@ Bytes ExifBody(std::string_view order, const std::vector<ExifEntry>& entries, co
             body.push_back(static_cast<std::uint8_t>(value >> 8 * (big ? size - 1 - i : i)));
         }
     };
-    body.insert(body.end(), order.begin(), order.end());
+    for (const char letter : order) {
+        body.push_back(static_cast<std::uint8_t>(letter));
+    }
     put(42, 2);
     put(8, 4);  // the first directory follows
     put(0, 2);  // and is empty

@@ -33,8 +33,9 @@ void Model::DropGraph() {
 }
 
 int Model::CountInGraph(Kind kind) const {
-    return static_cast<int>(std::count_if(
-        filters.begin(), filters.end(), [kind](const Filter& filter) { return filter.kind == kind && filter.inGraph; }));
+    return static_cast<int>(std::count_if(filters.begin(), filters.end(), [kind](const Filter& filter) {
+        return filter.kind == kind && filter.inGraph;
+    }));
 }
 
 bool Model::Alive(Kind kind) const {
@@ -58,7 +59,8 @@ void Model::Enqueue(int code) {
 
 // The filter of the kind that was made last reports. The end of the stream counts once every renderer has come to it.
 void Model::Report(Kind kind, int code) {
-    const auto filter = std::find_if(filters.rbegin(), filters.rend(), [kind](const Filter& f) { return f.kind == kind; });
+    const auto filter =
+        std::find_if(filters.rbegin(), filters.rend(), [kind](const Filter& f) { return f.kind == kind; });
     if (filter == filters.rend() || !filter->inGraph)
         return;
     if (code != kComplete)
@@ -190,16 +192,18 @@ bool Model::DeleteFilter(Kind kind) {
 void Model::CloseTelevision() {
     if (!hasController)
         return;
-    for (const Kind kind : kTelevisionFilters)
-        if (field[kind] < 0) {
-            Sleep(kRetriesMs);
-            return;
-        }
-    for (const Kind kind : kTelevisionFilters)
-        if (!DeleteFilter(kind)) {
-            Sleep(kRetriesMs);
-            return;
-        }
+    const bool whole = std::none_of(std::begin(kTelevisionFilters), std::end(kTelevisionFilters),
+                                    [this](Kind kind) { return field[kind] < 0; });
+    if (!whole || !std::all_of(std::begin(kTelevisionFilters), std::end(kTelevisionFilters),
+                               [this](Kind kind) { return DeleteFilter(kind); }))
+        Sleep(kRetriesMs);
+    ForgetFilters();
+}
+
+// A closed controller names no filter, whatever is left.
+void Model::ForgetFilters() {
+    for (int& number : field)
+        number = -1;
 }
 
 void Model::CloseRadio() {
@@ -207,6 +211,7 @@ void Model::CloseRadio() {
         return;
     for (const Kind kind : kRadioFilters)
         DeleteFilter(kind);
+    ForgetFilters();
 }
 
 void Model::HandleAudioChange() {

@@ -47,6 +47,8 @@ public:
     void Minimize();
     void MoveSmall(const Place& place);
     void Restore();
+    void ShowHome(); // another screen in front, and back
+    void ShowView();
     void SaveAll();
     void SetSnrDebug(int value);
     void SetRatio(int value);
@@ -125,6 +127,7 @@ private:
     std::vector<Dialog*> modals;
     std::vector<Dialog*> questions;
     bool noticeUp = false; // a box that nobody waits for
+    int noticeStyle = 0;
     bool closePending = false;
 
     // ---- Host.cpp ----------------------------------------------------------------------------------------------------------
@@ -144,6 +147,8 @@ private:
     bool toolsShown = true;
     bool toggleOn = true;
     bool minimized = false;
+    bool homeInFront = false; // the view is held behind it
+    bool active = false;
     bool saveRequested = false;
     bool pictureShown = false;
     int keepsAspect = 0;
@@ -183,6 +188,7 @@ private:
     void CloseTelevision();
     void CloseRadio();
     bool DeleteFilter(Kind kind);
+    void ForgetFilters();
     void HandleAudioChange();
     bool StartCapture();
     bool StopCapture();

@@ -96,8 +96,7 @@ void Model::PlayFile(const std::string& path) {
     }
     if (!hasController) {
         hasController = true;
-        for (int& number : field)
-            number = -1;
+        ForgetFilters();
     }
     ReleaseInterface();
     if (!InitTelevision(&path))

@@ -31,15 +31,13 @@ bool Model::CreateGraphBuilder() {
         return true;
     MakeGraph();
     hasController = hasGraph;
-    for (int& number : field)
-        number = -1;
+    ForgetFilters();
     return hasGraph;
 }
 
 void Model::ReleaseGraphBuilder() {
     hasController = hasVideo = hasControl = false;
-    for (int& number : field)
-        number = -1;
+    ForgetFilters();
     DropGraph();
 }
 
@@ -68,6 +66,10 @@ void Model::RunDMB() {
             Note("aspect " + std::to_string(ratio));
         }
         PostTo(kView, kVideoRequest, kShowVideo);
+        if (!active && CountInGraph(kPicture) > 0) {
+            Note("picture.put_AutoShow(false)");
+            Note("picture.put_Visible(false)");
+        }
     }
     if (noSignal) {
         ShowInfo(nullptr);

@@ -37,6 +37,8 @@ struct Step {
         Small,
         Move,
         Full,
+        Home,
+        Back,
         SaveAll,
         SnrDebug,
         Ratio,
@@ -46,6 +48,7 @@ struct Step {
         PlayFile,
         Toggle,
         Theme,
+        Preload,      // once more: a stream is lost by rule
         Surroundings, // the tuner, a filter or the card behaves otherwise from here on
         kCount
     };
@@ -157,6 +160,12 @@ template <class Side> void Perform(Side& side, const Step& step) {
     case Step::Full:
         side.Restore();
         break;
+    case Step::Home:
+        side.ShowHome();
+        break;
+    case Step::Back:
+        side.ShowView();
+        break;
     case Step::SaveAll:
         side.SaveAll();
         break;
@@ -183,6 +192,9 @@ template <class Side> void Perform(Side& side, const Step& step) {
         break;
     case Step::Theme:
         side.Theme();
+        break;
+    case Step::Preload:
+        side.Send(kCommand, 64954, 0);
         break;
     case Step::Surroundings:
     case Step::kCount:

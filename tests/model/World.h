@@ -43,6 +43,8 @@ public:
     void Minimize();
     void MoveSmall(const Place& place);
     void Restore();
+    void ShowHome();
+    void ShowView();
     void SaveAll();
     void SetSnrDebug(int value);
     void SetRatio(int value);
@@ -59,15 +61,15 @@ public:
     [[nodiscard]] bool LogWasFull() const { return logWasFull; }
     [[nodiscard]] Snapshot Look();
     // What is left over when no view is open: one line each. Filters that were lost by rule are let go.
-    [[nodiscard]] std::vector<std::string> Leaks(int lostFilters, int lostStreams);
+    [[nodiscard]] std::vector<std::string> Leaks(int lostFilters, int streamsLostByRule);
 
 private:
     bool GiveAnswer();
     void Sync();
     void LookAtElements(Snapshot& seen);
 
-    ce::ManualClock graphClock;              // of the graphs alone, which never wait here
-    dshow::ClassTable graphs{graphClock};    // makes them as long as there are any
+    ce::ManualClock graphClock;           // of the graphs alone, which never wait here
+    dshow::ClassTable graphs{graphClock}; // makes them as long as there are any
     harness::Device device;
     scripted::Stage stage;
     std::unique_ptr<PadInfo> pad;
@@ -79,6 +81,8 @@ private:
     Inputs::Slide slide = Inputs::NoSlide;
     bool graphExists = true;
     bool logWasFull = false;
+    CDMBLiveStream* stream = nullptr; // the view's, after the last step
+    std::vector<CDMBLiveStream*> lostStreams;
 };
 
 } // namespace model

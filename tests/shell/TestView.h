@@ -35,6 +35,9 @@ public:
     }
     void LoadProfile() override { Calls().push_back("LoadProfile"); }
     void SaveProfile() override { Calls().push_back("SaveProfile"); }
+    void HoldForBackView(int hold) override {
+        Calls().push_back("HoldForBackView " + std::to_string(hold) + (IsActivated() ? " active" : ""));
+    }
     void Active() override { Calls().push_back("Active"); }
     void Deactive() override { Calls().push_back("Deactive"); }
     void Destroy() override {

@@ -1,6 +1,8 @@
 // The channel list, the settings and the debug dialog.
 #include <functional>
+#include <string>
 
+#include "platform/velshell/VelFileDialog.h"
 #include "tests/stories/Story.h"
 
 using namespace stories;
@@ -123,6 +125,81 @@ TEST_F(DialogStory, PickedFilePlays) {
     EXPECT_EQ(peer->FileName(), WTEXT("\\SDMMC Card\\DMB\\NEWS_070307210509.dmb"));
 }
 
+// A file that is there already does not matter: the tab's faces, margins and states are the dialog's own.
+TEST_F(DialogStory, TabsDressTheRows) {
+    Then([this] {
+        EXPECT_EQ(device.shell.Element(1)->GetState(), 0);
+        EXPECT_EQ(device.shell.Element(30)->GetState(), 0);
+        for (UINT row = 40; row < 50; ++row)
+            EXPECT_TRUE(device.shell.Element(row)->IsVisible()) << row;
+        EXPECT_EQ(device.shell.Element(40)->GetRect().right - device.shell.Element(40)->GetRect().left,
+                  device.shell.Element(40)->GetImageSet()->GetImage(1)->GetWidth());
+        Press(62);
+    });
+    Then([this] {
+        EXPECT_EQ(device.shell.Element(1)->GetState(), 2);
+        EXPECT_EQ(device.shell.Element(30)->GetState(), 1);
+        for (UINT row = 40; row < 50; ++row)
+            EXPECT_EQ(device.shell.Element(row)->IsVisible() != 0, row < 45) << row;
+        EXPECT_EQ(device.shell.Element(44)->GetRect().right - device.shell.Element(44)->GetRect().left,
+                  device.shell.Element(44)->GetImageSet()->GetImage(0)->GetWidth());
+        Press(61);
+    });
+    Then([this] {
+        EXPECT_EQ(device.shell.Element(1)->GetState(), 1);
+        EXPECT_EQ(device.shell.Element(30)->GetState(), 0);
+        device.shell.Key(27);
+    });
+    Command(kCmdList);
+}
+
+TEST_F(DialogStory, TenRowsAreShownAndTheRestIsReachedByKeysAndWheel) {
+    peer->List().RemoveAllRecords();
+    for (int i = 0; i < 25; ++i)
+        peer->List().AppendRecord(harness::Channel(205280000, "\xB9\xE6\xBC\xDB " + std::to_string(i), 1, kKindDMB));
+    peer->ChannelCount() = 25;
+    Then([this] {
+        EXPECT_EQ(Text(40), WTEXT("[CH12] 방송 0"));
+        EXPECT_EQ(Text(49), WTEXT("[CH12] 방송 9"));
+        device.shell.Key(34);
+        Idle();
+        device.shell.Key(34);
+        Idle();
+        EXPECT_EQ(Text(49), WTEXT("[CH12] 방송 19")) << "the mark went down by ten and ten";
+        device.shell.Wheel(200, 200, -1);
+        Idle();
+        EXPECT_EQ(Text(49), WTEXT("[CH12] 방송 22"));
+        device.shell.Key(35);
+        Idle();
+        EXPECT_EQ(Text(49), WTEXT("[CH12] 방송 24"));
+        Forget();
+        device.shell.Key(13);
+    });
+    Command(kCmdList);
+    EXPECT_TRUE(Saw("post view 1124 24 0"));
+}
+
+TEST_F(DialogStory, RefreshMessageReadsTheFolderAgain) {
+    std::filesystem::create_directory(device.Card() / "DMB");
+    Then([this] { Press(62); });
+    Then([this] {
+        EXPECT_EQ(Text(40), WString());
+        harness::WriteFile(device.Card() / "DMB/a.dmb", "x");
+        PostMessageW(GView::GetFrontWindow(), WM_LIST_REFRESH, 0, 0);
+    });
+    Then([this] {
+        EXPECT_EQ(Text(40), WTEXT("a.dmb"));
+        Press(60);
+    });
+    Then([this] {
+        PostMessageW(GView::GetFrontWindow(), WM_LIST_REFRESH, 0, 0);
+        Idle();
+        EXPECT_EQ(Text(40), WTEXT("[CH12] NEWS"));
+        device.shell.Key(27);
+    });
+    Command(kCmdList);
+}
+
 // ---- Settings ----------------------------------------------------------------------------------------------------------
 
 // Edge case: previous at the first length shows the last, next at the last shows the first.
@@ -217,13 +294,9 @@ TEST_F(DialogStory, DebugDialogSelectsRowsAndTheSignalDisplay) {
 TEST_F(DialogStory, RowToggledTwiceIsAsItWas) {
     device.shell.SetDebugMode(true);
     BYTE mask[kChannelTableRows] = {};
-    mask[5] = 2; // Edge case: any other value shows as the state and becomes 0 at the first touch.
     view->SetScanFrequency(mask);
     Then([this] { Press(7); });
-    Then([this] {
-        EXPECT_EQ(device.shell.Element(15)->GetState(), 2);
-        Press(14);
-    });
+    Then([this] { Press(14); });
     Then([this] {
         EXPECT_EQ(device.shell.Element(14)->GetState(), 1);
         Press(14);
@@ -234,7 +307,66 @@ TEST_F(DialogStory, RowToggledTwiceIsAsItWas) {
     });
     Command(kCmdSetting);
     EXPECT_EQ(view->GetScanFrequency()[4], 0);
-    EXPECT_EQ(view->GetScanFrequency()[5], 2);
+}
+
+// Edge case: a row byte beyond 1 shows as the button's state and becomes 0 at the first touch.
+TEST_F(DialogStory, RowByteBeyondOneShowsAndFallsToZero) {
+    device.shell.SetDebugMode(true);
+    BYTE mask[kChannelTableRows] = {};
+    mask[5] = 3;
+    mask[6] = 7;
+    view->SetScanFrequency(mask);
+    Then([this] { Press(7); });
+    Then([this] {
+        EXPECT_EQ(device.shell.Element(15)->GetState(), 3);
+        Press(15);
+    });
+    Then([this] {
+        EXPECT_EQ(device.shell.Element(15)->GetState(), 0);
+        Press(3);
+    });
+    Command(kCmdSetting);
+    EXPECT_EQ(view->GetScanFrequency()[5], 0);
+    EXPECT_EQ(view->GetScanFrequency()[6], 7) << "all bytes go back as they are";
+}
+
+TEST_F(DialogStory, SelectorsStandOnTheirAnchors) {
+    const auto onAnchor = [this](UINT id, int option) {
+        const GButton* marker = device.shell.Element(id);
+        int count = 0;
+        const POINT* anchors = marker->GetAnchors(&count);
+        return count == 2 && marker->GetRect().left == anchors[option].x && marker->GetRect().top == anchors[option].y;
+    };
+    device.shell.SetDebugMode(true);
+    view->SetRatioOnOff(1);
+    Then([&] {
+        EXPECT_TRUE(onAnchor(16, 1));
+        Press(15);
+    });
+    Then([&] {
+        EXPECT_TRUE(onAnchor(16, 0));
+        Press(7);
+    });
+    Then([&] {
+        EXPECT_TRUE(onAnchor(33, 0));
+        Press(31);
+    });
+    Then([&] {
+        EXPECT_TRUE(onAnchor(33, 1));
+        device.shell.Key(27);
+    });
+    Command(kCmdSetting);
+    EXPECT_EQ(view->GetRatioOnOff(), 1u) << "the way over the debug dialog stores nothing";
+    EXPECT_EQ(view->GetSNRDebug(), 0u);
+}
+
+TEST_F(DialogStory, RatioIsAppliedAtOnceWhilePicturePlays) {
+    Tune(kNews);
+    Forget();
+    Then([this] { Press(14); });
+    Then([this] { Press(3); });
+    Command(kCmdSetting);
+    EXPECT_TRUE(Saw("aspect 1"));
 }
 
 // Edge case: cancel leaves rows and switch alone.
@@ -247,4 +379,41 @@ TEST_F(DialogStory, CancelledDebugDialogStoresNothing) {
     Command(kCmdSetting);
     EXPECT_EQ(view->GetScanFrequency()[0], 1);
     EXPECT_EQ(view->GetSNRDebug(), 0u);
+}
+
+// ---- A skin without a background for the settings ----------------------------------------------------------------------
+
+namespace {
+// The product's skin, but for that picture.
+struct PlainSkin {
+    PlainSkin() {
+        std::filesystem::copy(harness::ProductSkin(), folder.path / "skin", std::filesystem::copy_options::recursive);
+        std::string text = harness::ReadFile(folder.path / "skin/VelDMBSettings.skin");
+        const std::size_t line = text.find("background ");
+        text.erase(line, text.find('\n', line) - line);
+        harness::WriteFile(folder.path / "skin/VelDMBSettings.skin", text);
+    }
+    harness::TemporaryFolder folder;
+};
+
+class PlainSkinStory : private PlainSkin, public Story {
+protected:
+    PlainSkinStory() : Story(folder.path / "skin") {}
+    void SetUp() override { Open(); }
+};
+} // namespace
+
+TEST_F(PlainSkinStory, SettingsWithoutABackgroundStoreNothing) {
+    view->SetRecordTime(2);
+    view->SetRatioOnOff(1);
+    device.ce.debug().Clear();
+    device.shell.DuringModal([this] {
+        EXPECT_EQ(device.ce.debug().Lines(), std::vector<WString>{WTEXT("DMBSettingDlg: no exist resources\n")});
+        device.shell.Press(3);
+    });
+    Command(kCmdSetting);
+    EXPECT_EQ(device.shell.ModalDepth(), 0) << "the user can leave it";
+    EXPECT_EQ(view->GetRecordTime(), 2u);
+    EXPECT_EQ(view->GetRatioOnOff(), 1u);
+    EXPECT_FALSE(std::filesystem::exists(device.Profile() / "DMB.dat"));
 }

@@ -50,6 +50,18 @@ TEST_F(EventStory, SixthNoSignalReportShowsTheText) {
 }
 
 // Edge case: minimised, the short text.
+TEST_F(EventStory, CountOfReportsIsTheModulesNotTheViews) {
+    Tune(kNews);
+    for (int i = 0; i < 5; ++i)
+        Report(Kind::Parser, IDMB_EVENT_NO_SIGNAL);
+    Close();
+    Open();
+    Tune(kNews);
+    Report(Kind::Parser, IDMB_EVENT_NO_SIGNAL); // the sixth
+    EXPECT_EQ(peer->NoSignal(), 1);
+    EXPECT_EQ(Info(), TextOf(kTextNoSignal));
+}
+
 TEST_F(EventStory, SixthReportWhileSmallShowsTheShortText) {
     Tune(kNews);
     ASSERT_TRUE(device.shell.Minimize());
@@ -103,6 +115,19 @@ TEST_F(EventStory, AudioChangeStopsAdaptsAndRuns) {
     Report(Kind::Parser, IDMB_EVENT_AUDIO_CHANGE);
     EXPECT_TRUE(InOrder({"mode 2", "parser.GetParam", "parser.SetParam", "mode 4"}));
     EXPECT_EQ(view->GetPlayMode(), kPlayModePlaying);
+}
+
+// Found by the random walk: the event waits in the graph while a scan, posted before its notice, closes the session.
+TEST_F(EventStory, AudioChangeWhoseSessionWasClosedMeanwhileAdaptsNothing) {
+    Tune(kNews);
+    BYTE mask[kChannelTableRows] = {};
+    view->SetScanFrequency(mask);
+    Forget();
+    PostMessageW(view->GetSafeHwnd(), WM_COMMAND, kCmdScan, 0);
+    Report(Kind::Parser, IDMB_EVENT_AUDIO_CHANGE);
+    EXPECT_EQ(stage.Alive(), 0);
+    EXPECT_EQ(Count("parser.GetParam"), 0);
+    EXPECT_TRUE(InOrder({"parser.End", "mode 2", "mode 4"})); // run again all the same
 }
 
 TEST_F(EventStory, UnknownEventsAreReadAndIgnored) {
@@ -167,6 +192,22 @@ TEST_F(EventStory, LabelOfImpossibleLengthIsBounded) {
     pad->dlsLength = -5;
     Report(Kind::DABSource, IDMB_EVENT_PAD);
     EXPECT_EQ(peer->Labels().size(), 1u);
+}
+
+// Found by the random walk: the label waits in the graph while a scan closes its session, and an audio change runs the graph again.
+TEST_F(EventStory, LabelWhoseSessionWasClosedMeanwhileIsNotRead) {
+    Tune(kMusic);
+    OnAir();
+    BYTE mask[kChannelTableRows] = {};
+    view->SetScanFrequency(mask);
+    Forget();
+    PostMessageW(view->GetSafeHwnd(), WM_COMMAND, kCmdScan, 0);
+    stage.Last(Kind::DABSource)->Report(IDMB_EVENT_AUDIO_CHANGE);
+    Report(Kind::DABSource, IDMB_EVENT_PAD);
+    EXPECT_EQ(stage.Alive(), 0);
+    EXPECT_EQ(view->GetPlayMode(), kPlayModePlaying); // of a graph without filters
+    EXPECT_EQ(Count("FetchPadInfo"), 0);
+    EXPECT_TRUE(peer->Labels().empty());
 }
 
 TEST_F(EventStory, MissingPadRecordIsNoLabel) {
@@ -314,6 +355,17 @@ TEST_F(EventStory, OtherKeysReachTheShell) {
     device.shell.Key(65);
     Idle();
     EXPECT_TRUE(Saw("host key 65"));
+}
+
+TEST_F(EventStory, TouchesAreTheSkins) {
+    Tune(kNews);
+    Forget();
+    const RECT& next = Element(kElementChannelUp).GetRect();
+    device.shell.Click((next.left + next.right) / 2, (next.top + next.bottom) / 2);
+    Idle();
+    EXPECT_TRUE(InOrder({"post view 513", "post view command 25", "post view 1126 1000 1"})); // WM_LBUTTONDOWN
+    EXPECT_EQ(peer->PendingChannel(), kSport);
+    KillTimer(view->GetSafeHwnd(), eCHANGE_TIMER);
 }
 
 // ---- Timers and texts --------------------------------------------------------------------------------------------------

@@ -1,4 +1,6 @@
 // Recording and playing recordings.
+#include <algorithm>
+
 #include "tests/stories/Story.h"
 
 using namespace stories;
@@ -110,6 +112,23 @@ TEST_F(RecordStory, RecordCommandIsForLiveTelevision) {
     EXPECT_EQ(Count("StartCapture"), 0);
 }
 
+// Found by the random walk: while a retried change asks whether to stop the recording, the stream's clock starts over and the
+// session is closed; the answer then stops a recording whose filters are gone.
+TEST_F(RecordStory, AnswerToAQuestionOutlivesTheRecordingsGraph) {
+    Command(kCmdRecord);
+    Send(WM_TIMER, eSTART_TIMER);
+    stage.Last(Kind::Parser)->Report(IDMB_EVENT_TIME_RESET);
+    device.shell.DuringModal([this] {
+        EXPECT_EQ(stage.Alive(), 0);
+        Forget();
+        device.shell.Key(kKeyOk);
+    });
+    Idle();
+    EXPECT_EQ(Count("StopCapture"), 0);
+    EXPECT_EQ(peer->CurChannel(), kNews);
+    EXPECT_EQ(view->GetPlayMode(), kPlayModePlaying);
+}
+
 TEST_F(RecordStory, StartRecordingAssumesTheName) {
     EXPECT_EQ(peer->StartRecording(), S_OK);
     EXPECT_EQ(view->GetPlayMode(), kPlayModeRecording);
@@ -160,4 +179,81 @@ TEST_F(RecordStory, ViewPlaysRecordingsAndTransportStreams) {
     EXPECT_EQ(view->AllowFileList(WTEXT("\\SDMMC Card\\a.ts")), 5);
     EXPECT_EQ(view->AllowFileList(WTEXT("\\SDMMC Card\\a.tsp")), 5);
     EXPECT_EQ(view->AllowFileList(WTEXT("\\SDMMC Card\\a.mp3")), 0);
+}
+
+// Edge case: from 4 GiB of free space on no size is compared.
+TEST_F(RecordStory, FourGibibytesAreEnoughForTheLongestLimit) {
+    view->SetRecordTime(4);
+    device.ce.files().SetFaults({.freeBytes = 0x1'0000'0000ull});
+    Command(kCmdRecord);
+    EXPECT_EQ(view->GetPlayMode(), kPlayModeRecording);
+    Command(kCmdRecord);
+    device.ce.files().SetFaults({.freeBytes = 267386879});
+    Command(kCmdRecord);
+    EXPECT_EQ(view->GetPlayMode(), kPlayModePlaying) << "one byte less than an hour takes";
+}
+
+// Edge case: a recording that begins at midnight of the first of January 2010.
+TEST_F(RecordStory, NameAtMidnightOfTheNewYear) {
+    device.clock.SetWall(1262271600); // 2010-01-01 00:00:00 in Korea
+    Command(kCmdRecord);
+    EXPECT_TRUE(Saw("NEWS_100101000000.dmb"));
+}
+
+TEST_F(RecordStory, KoreanLabelNamesTheFile) {
+    peer->List().RemoveAllRecords();
+    peer->List().AppendRecord(harness::Channel(205280000, "\xC7\xD1\xBA\xFB TV", 0x11, kKindDMB));
+    device.clock.SetWall(1173269109);
+    Command(kCmdRecord);
+    const auto& told = device.ce.debug().Lines(); // the controller tells the path
+    EXPECT_TRUE(std::any_of(told.begin(), told.end(), [](const WString& line) {
+        return line.find(WTEXT("한빛 TV_070307210509.dmb")) != WString::npos;
+    }));
+}
+
+TEST_F(RecordStory, PickingAFileWhileRecordingEndsTheRecordingFirst) {
+    Command(kCmdRecord);
+    Forget();
+    peer->PlayDMBFile(WTEXT("\\SDMMC Card\\DMB\\a.dmb"));
+    Idle();
+    EXPECT_TRUE(InOrder({"StopCapture", "parser.Load", "mode 4"}));
+    EXPECT_EQ(Count("StopCapture"), 1);
+    EXPECT_FALSE(HasTimer(eRECORD_TIMER));
+    EXPECT_EQ(peer->CurrentType(), kSessionFile);
+    EXPECT_EQ(Count("1009"), 0) << "only the record command says that it has ended";
+}
+
+TEST_F(RecordStory, ChannelChangeWhileRecordingEndsTheRecording) {
+    Command(kCmdRecord);
+    Tune(kSport);
+    EXPECT_EQ(view->GetPlayMode(), kPlayModeRecording) << "the question was not answered with OK";
+    Forget();
+    device.shell.Answer(kTextStopRecording, true);
+    Tune(kSport);
+    EXPECT_EQ(Count("StopCapture"), 1);
+    EXPECT_FALSE(HasTimer(eRECORD_TIMER));
+    EXPECT_EQ(view->GetPlayMode(), kPlayModePlaying);
+}
+
+TEST_F(RecordStory, FileThatHasEndedLeavesItsPlaceToABroadcast) {
+    peer->PlayDMBFile(WTEXT("\\SDMMC Card\\DMB\\a.dmb"));
+    Idle();
+    Report(Kind::AudioRenderer, EC_COMPLETE);
+    Report(Kind::VideoRenderer, EC_COMPLETE);
+    EXPECT_EQ(view->GetPlayMode(), kPlayModeStopped);
+    EXPECT_EQ(peer->CurrentType(), kSessionFile) << "the list opens on the files still";
+    Tune(kNews);
+    EXPECT_EQ(view->GetPlayMode(), kPlayModePlaying);
+    EXPECT_EQ(peer->CurrentType(), kSessionDMB);
+    EXPECT_TRUE(HasTimer(eSIGNAL_TIMER));
+    EXPECT_EQ(WString(device.shell.Title()), WTEXT("[CH12] NEWS"));
+}
+
+TEST_F(RecordStory, RecordKeyIsTheButton) {
+    device.shell.Key(kKeyRecord);
+    Idle();
+    EXPECT_EQ(view->GetPlayMode(), kPlayModeRecording);
+    device.shell.Key(kKeyRecord);
+    Idle();
+    EXPECT_EQ(view->GetPlayMode(), kPlayModePlaying);
 }

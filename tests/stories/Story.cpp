@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "dataservice/PadInfo.h"
+#include "host/shell/skin/Element.h"
 
 namespace stories {
 
@@ -15,7 +16,7 @@ std::vector<ChannelRecord> UsualChannels() {
             harness::Channel(183008000, "MOVIE", 0x13, kKindDMB)};
 }
 
-Story::Story() : device(harness::ProductSkin()), pad(std::make_unique<PadInfo>()) {
+Story::Story(const std::filesystem::path& skin) : device(skin), pad(std::make_unique<PadInfo>()) {
     for (std::size_t i = 0; i < scripted::kKinds; ++i) {
         const auto kind = static_cast<Kind>(i);
         device.classes.Add(scripted::InfoOf(kind).classId,
@@ -136,6 +137,10 @@ GButton& Story::Element(UINT id) const {
     if (button == nullptr)
         throw std::runtime_error("the skin has no element " + std::to_string(id));
     return *button;
+}
+
+int Story::FaceOf(UINT id) const {
+    return static_cast<const shell::Element&>(Element(id)).State().face;
 }
 
 WString Story::Info() const {

@@ -26,7 +26,7 @@ enum Usual : LONG { kNews = 0, kMusic = 1, kSport = 2, kJazz = 3, kMovie = 4 };
 
 class Story : public ::testing::Test {
 protected:
-    Story();
+    explicit Story(const std::filesystem::path& skin = harness::ProductSkin());
     ~Story() override;
     void TearDown() override;
 
@@ -61,6 +61,8 @@ protected:
     void Forget() { device.shell.ClearLog(); }
 
     [[nodiscard]] GButton& Element(UINT id) const;
+    // 0 the normal, 1 the alternative face; no view can ask for it.
+    [[nodiscard]] int FaceOf(UINT id) const;
     [[nodiscard]] WString Info() const; // empty when the element is hidden
     [[nodiscard]] WString TextOf(WORD id) const { return view->GetMessageW(id); }
 

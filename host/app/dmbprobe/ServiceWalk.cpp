@@ -33,11 +33,16 @@ bool Matches(const medmb::Service& service, const std::string& name) {
     return isNamed(service.label) || isNamed(service.extendedLabel);
 }
 
-std::optional<medmb::Service> FindByName(const medmb::FicDecoder& fic, const std::string& name) {
+// Labels need not be unique: a service of the wanted type goes before others of the same name.
+std::optional<medmb::Service> FindByName(const medmb::FicDecoder& fic, const std::string& name, int libraryType) {
+    std::optional<medmb::Service> found;
     for (medmb::Service& service : fic.Model().services)
-        if (Matches(service, name))
-            return std::move(service);
-    return std::nullopt;
+        if (Matches(service, name) && (!found || service.LibraryType() == libraryType)) {
+            found = std::move(service);
+            if (found->LibraryType() == libraryType)
+                break;
+        }
+    return found;
 }
 
 } // namespace
@@ -96,6 +101,7 @@ int PlayService(const std::string& source, const std::string& name, int libraryT
     if (!walk.Open(source, command))
         return kNoInput;
     bool anyFrame = false;
+    bool anyOfAnotherKind = false;
     for (WalkInput& input : walk.Inputs()) {
         medmb::FicDecoder fic;
         std::deque<KeptFrame> kept;
@@ -115,7 +121,7 @@ int PlayService(const std::string& source, const std::string& name, int libraryT
             if (fic.Changes() == seen)
                 return;
             seen = fic.Changes();
-            const auto service = FindByName(fic, name);
+            const auto service = FindByName(fic, name, libraryType);
             wrongKind = service && service->LibraryType() != libraryType;
             if (!service || wrongKind)
                 return;
@@ -134,12 +140,12 @@ int PlayService(const std::string& source, const std::string& name, int libraryT
                 std::cerr << "dmbprobe " << command << ": the service is scrambled\n";
             return kDone;
         }
-        if (wrongKind) {
-            std::cerr << "dmbprobe " << command << ": " << name << " is a service of another kind\n";
-            return kNoService;
-        }
+        anyOfAnotherKind = anyOfAnotherKind || wrongKind;
     }
-    std::cerr << "dmbprobe " << command << ": " << (anyFrame ? "no service named " + name : "no ETI frame in " + source)
+    std::cerr << "dmbprobe " << command << ": "
+              << (anyOfAnotherKind ? name + " is a service of another kind"
+                  : anyFrame       ? "no service named " + name
+                                   : "no ETI frame in " + source)
               << '\n';
     return anyFrame ? kNoService : kNoSync;
 }

@@ -2,10 +2,12 @@
 #include <exception>
 #include <iostream>
 
+#include "host/app/Version.h"
 #include "host/app/dmbprobe/Commands.h"
 
 int main(int argc, char** argv) {
-    CLI::App app{"Looks at the stages of the receiver, one sub-command each."};
+    CLI::App app{"Looks at the stages of the receiver, one sub-command each.", "dmbprobe"};
+    app.set_version_flag("--version", std::string("dmbprobe ") + app::kVersion);
     app.require_subcommand(1);
     int status = dmbprobe::kDone;
     dmbprobe::AddInfo(app, status);

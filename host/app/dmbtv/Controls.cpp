@@ -4,6 +4,7 @@
 #include <memory>
 #include <utility>
 
+#include "host/app/dmbtv/ScriptRunner.h"
 #include "host/app/dmbtv/ViewLook.h"
 #include "host/ce/Text.h"
 #include "host/shell/sdl/VolumeSign.h"
@@ -74,6 +75,10 @@ void Controls::TakeInput() {
             shell.TouchUp(input.place.x, input.place.y);
             break;
         case Input::Kind::TouchMove:
+            shell.TouchMove(input.place.x, input.place.y);
+            break;
+        case Input::Kind::Wheel:
+            shell.Wheel(input.place.x, input.place.y, input.notches);
             break;
         case Input::Kind::Key:
             Do(input.action);
@@ -97,10 +102,8 @@ void Controls::Do(Action action) {
         SendKey(kKeyDown, kKeyChannelUp);
         break;
     case Action::Ok:
-        if (shell.ModalDepth() > 0 || shell.IsBoxOpen())
-            shell.Key(kKeyOk);
-        else
-            shell.Press(kElementList);
+        if (shell.ModalDepth() > 0 || shell.IsBoxOpen() || !PressTool(shell, kElementList))
+            shell.Key(kKeyOk); // also the way from the home screen to television
         break;
     case Action::Cancel:
         shell.Key(kKeyEscape);
@@ -112,13 +115,13 @@ void Controls::Do(Action action) {
         SendKey(kKeyNone, kKeyScan);
         break;
     case Action::List:
-        shell.Press(kElementList);
+        PressTool(shell, kElementList);
         break;
     case Action::Settings:
-        shell.Press(kElementSetting);
+        PressTool(shell, kElementSetting);
         break;
     case Action::Source:
-        if (!shell.Press(kElementToggleFull))
+        if (!PressTool(shell, kElementToggleFull))
             shell.Press(kElementToggleSmall);
         break;
     case Action::SmallWindow:

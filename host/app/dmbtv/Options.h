@@ -17,6 +17,7 @@ struct Options {
     std::string command; // template of a demodulator's command line
     std::string gain;    // for {gain} in it
     std::filesystem::path script;
+    std::filesystem::path transcript; // what the script did
     std::filesystem::path deviceRoot; // host folder of the device's "\"
     std::filesystem::path card;       // host folder of the memory card
     std::filesystem::path profile;    // settings and channel list

@@ -16,22 +16,15 @@ namespace {
 void ScanForTheFirstTime(Session& session, const CVelDMBView& view) {
     constexpr UINT kRadioTab = 61, kFirstRow = 40, kListOk = 3;
     shell::Shell& shell = session.Shell();
-    auto scanning = std::make_shared<bool>(true); // what is arranged here must not reach a later dialog
-    const auto during = [&](std::function<void()> action) {
-        shell.DuringModal([scanning, action = std::move(action)] {
-            if (*scanning)
-                action();
-        });
-    };
-    during([&] {
+    ModalPlan plan(shell);
+    plan.Add([&] {
         if (DMBViewPeer::PositionOf(view, kKindDMB, 0) < 0)
             shell.Press(kRadioTab);
     });
-    during([&] { shell.Press(kFirstRow); });
-    during([&] { shell.Press(kListOk); });
+    plan.Add([&] { shell.Press(kFirstRow); });
+    plan.Add([&] { shell.Press(kListOk); });
     Log(LogLevel::Info, "no channel list yet: looking for services");
     session.System().loop().Send(view.GetSafeHwnd(), WM_COMMAND, kCmdScan);
-    *scanning = false;
     Log(LogLevel::Info, std::to_string(DMBViewPeer::ChannelCount(view)) + " services found");
 }
 
@@ -55,9 +48,17 @@ int Play(Session& session, const Options& options, const std::optional<Script>& 
     int status = kExitDone;
     if (script) {
         shell.RunUntilIdle();
-        if (const std::string failure = RunScript(shell, *script); !failure.empty() && !session.IsQuitting())
+        std::ofstream transcript;
+        std::function<void(const std::string&)> tell;
+        if (!options.transcript.empty()) {
+            transcript.open(options.transcript, std::ios::binary);
+            tell = [&transcript](const std::string& line) { transcript << line << std::endl; };
+        }
+        if (const std::string failure = RunScript(shell, *script, tell); !failure.empty() && !session.IsQuitting())
             status = Fail(kExitFailed, options.script.string() + ": " + failure);
         shell.RunUntilIdle();
+        if (!options.transcript.empty() && !transcript)
+            status = Fail(kExitFailed, "cannot write " + options.transcript.string());
     } else {
         (void)session.System().loop().RunUntil([&session] { return session.IsQuitting(); });
     }

@@ -1,6 +1,7 @@
 // Watching, step by step: what the shell's thread does between an open session and its end.
 #pragma once
 
+#include <functional>
 #include <optional>
 
 #include "host/app/dmbtv/Script.h"
@@ -15,7 +16,9 @@ namespace dmbtv {
 // asked to end. Returns an ExitStatus.
 [[nodiscard]] int Play(Session& session, const Options& options, const std::optional<Script>& script);
 
-// The same in a window (WindowPlayer.cpp). Throws StartFailure when there is no display.
-[[nodiscard]] int PlayInWindow(const Options& options, const std::optional<Script>& script);
+// What the shell's thread does with the session that the window shows; returns an ExitStatus.
+using WindowTask = std::function<int(Session&)>;
+// Does it behind a window, which closes when the task ends (WindowPlayer.cpp). Throws StartFailure when there is no display.
+[[nodiscard]] int PlayInWindow(const Options& options, const WindowTask& task);
 
 } // namespace dmbtv

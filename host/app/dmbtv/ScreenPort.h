@@ -13,6 +13,9 @@
 
 namespace dmbtv {
 
+// To whoever wants to know: a recording ended by itself; the first parameter is the reason (HRESULT).
+inline constexpr UINT kCaptureEndedMessage = WM_USER + 310;
+
 class ScreenPort final : public filters::VideoPort {
 public:
     using PictureSink = std::function<void(std::shared_ptr<const filters::Picture>)>;
@@ -37,13 +40,19 @@ private:
 class OnAirNotice final : public filters::StatusPort {
 public:
     void Join(HWND view) { window.store(view); }
+    // Gets kCaptureEndedMessage with the reason when a recording ends by itself.
+    void JoinCaptureEnd(HWND listener) { captureEnd.store(listener); }
 
     void OnReception(filters::ReceptionState state) override;
+    // The newest state. Any thread.
+    [[nodiscard]] filters::ReceptionState Last() const { return last.load(); }
     void OnCaptureFailed(HRESULT reason) override;
 
 private:
     std::atomic<HWND> window = nullptr;
+    std::atomic<HWND> captureEnd = nullptr;
     std::atomic<bool> onAir = false;
+    std::atomic<filters::ReceptionState> last = filters::ReceptionState::kIdle;
 };
 
 // The picture as rows of 0x00RRGGBB, by ITU-R BT.601 with studio range. `pixels` has room for all of it.

@@ -93,6 +93,12 @@ std::string ReadArguments(const Form& form, const std::vector<std::string>& word
     return {};
 }
 
+// What stands behind the #.
+std::string RemarkOf(const std::string& line) {
+    const std::size_t begin = line.find_first_not_of("# \t");
+    return begin == std::string::npos ? std::string() : line.substr(begin);
+}
+
 } // namespace
 
 Script ReadScript(const std::string& content) {
@@ -104,8 +110,12 @@ Script ReadScript(const std::string& content) {
         if (!text.empty() && text.back() == '\r')
             text.pop_back();
         const Words split = Split(text);
-        if (split.words.empty() || split.words[0].front() == '#')
+        if (split.words.empty())
             continue;
+        if (split.words[0].front() == '#') {
+            script.lines.push_back({Verb::Remark, 0, 0, RemarkOf(text), number, text});
+            continue;
+        }
         const auto refuse = [&](const std::string& reason) {
             script.error = "line " + std::to_string(number) + ": " + reason;
             return script;

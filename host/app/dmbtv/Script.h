@@ -3,7 +3,7 @@
 //   wait MS | press ELEMENT | key CODE | click X Y | answer ID ok|cancel | pick TAB LINE | shot FILE.png
 //   expect mode N | expect type N | expect text ELEMENT "..." | expect title "..." | expect box ID | quit
 //
-// Blank lines and lines that begin with # do nothing. A text may contain \" and \\.
+// Blank lines do nothing. Lines that begin with # do nothing either; they are what the transcript tells. A text may contain \" and \\.
 #pragma once
 
 #include <filesystem>
@@ -25,6 +25,7 @@ enum class Verb {
     ExpectText,
     ExpectTitle,
     ExpectBox,
+    Remark,
     Quit
 };
 

@@ -10,6 +10,7 @@
 #include "host/ce/Text.h"
 #include "host/filters/Register.h"
 #include "host/headend/Demo.h"
+#include "view/DMBViewIds.h"
 
 namespace dmbtv {
 
@@ -40,10 +41,21 @@ std::unique_ptr<medmb::SourceProvider> OpenSource(const Options& options) {
     return medmb::MakeSourceProvider(*spec);
 }
 
+// What there is beside the program's folder: the first name, else the second.
+std::filesystem::path FirstOf(const char* built, const char* installed) {
+    const std::filesystem::path base = std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
+    std::error_code error;
+    return std::filesystem::exists(base / built, error) ? base / built : base / installed;
+}
+
 } // namespace
 
-std::filesystem::path InstalledBase() {
-    return std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
+std::filesystem::path ModuleFile() {
+    return FirstOf("lib/libveldmb.so", "lib/dmbview/libveldmb.so");
+}
+
+std::filesystem::path SkinFolder() {
+    return FirstOf("skin", "share/dmbview/skin");
 }
 
 shell::Language LanguageOf(const Options& options) {
@@ -70,12 +82,13 @@ Session::Session(const Options& options, SessionPorts outside) : ports(std::move
         if (!wav->Ok())
             throw StartFailure(kExitFailed, "cannot write " + options.audioOut.string());
     }
-    filters::Register(classes, clock, {ports.sound, wav.get(), &screen, &onAir});
+    filters::SoundTap* tap = wav ? wav.get() : ports.tap;
+    filters::Register(classes, clock, {ports.sound, tap, &screen, &onAir});
     tuner = std::make_unique<medmb::Tuner>(clock, medmb::Broadcast::Instance(), std::move(source),
                                            [](const std::string& line) { Log(LogLevel::Info, "tuner: " + line); });
     medmb::Tuner::Install(tuner.get());
     shell::Setup setup;
-    setup.skinFolder = InstalledBase() / "skin";
+    setup.skinFolder = SkinFolder();
     setup.language = LanguageOf(options);
     setup.debugMode = options.debugMode;
     try {
@@ -85,13 +98,24 @@ Session::Session(const Options& options, SessionPorts outside) : ports(std::move
         throw StartFailure(kExitUsage, error.what());
     }
     shell->SetScreenListener([this] { OnScreen(); });
-    shell->SetQuitListener([this] { tuner->BeginClosing(); });
+    shell->SetQuitListener([this] { RequestQuit(); });
+    shell->SetViewListener(
+        [this](const CVelPlayerView* view) { onAir.Join(view != nullptr ? view->GetSafeHwnd() : nullptr); });
+    shell->SetReasonSource([this] { return WhyNoPicture(Look()); });
     screen.Join(shell.get(), ports.picture);
+    captureEnd = ce.loop().AddWindow([this](HWND, UINT message, WPARAM wParam, LPARAM) -> LRESULT {
+        if (message == kCaptureEndedMessage)
+            OnCaptureEnded(static_cast<HRESULT>(wParam));
+        return 0;
+    });
+    onAir.JoinCaptureEnd(captureEnd);
 }
 
 Session::~Session() {
     screen.Join(nullptr, {});
     onAir.Join(nullptr);
+    onAir.JoinCaptureEnd(nullptr);
+    ce.loop().RemoveWindow(captureEnd);
     shell->SetScreenListener({});
     shell.reset(); // the view goes with it, and with the view its filters
     medmb::Tuner::Install(nullptr);
@@ -110,18 +134,30 @@ void Session::Mount(const Options& options) {
 }
 
 CVelPlayerView& Session::OpenView() {
-    if (const std::string reason = shell->LoadModule(InstalledBase() / "lib/libveldmb.so"); !reason.empty())
+    if (const std::string reason = shell->LoadModule(ModuleFile()); !reason.empty())
         throw StartFailure(kExitFailed, reason);
     CVelPlayerView* view = shell->OpenView(kViewClass);
     if (view == nullptr)
         throw StartFailure(kExitFailed, "the module's view cannot be opened");
-    onAir.Join(view->GetSafeHwnd());
     return *view;
 }
 
 bool Session::CloseView() {
-    onAir.Join(nullptr);
     return shell->CloseView();
+}
+
+ReceptionLook Session::Look() const {
+    ReceptionLook look;
+    if (const CVelPlayerView* open = shell->View(); open != nullptr) {
+        const auto& view = static_cast<const CVelDMBView&>(*open);
+        look.session = DMBViewPeer::CurrentType(view);
+        look.playMode = view.GetPlayMode();
+        look.noSignal = DMBViewPeer::HasNoSignal(view);
+        look.scanning = DMBViewPeer::IsScanning(view);
+    }
+    look.reception = onAir.Last();
+    look.tuning = tuner->LastTuning();
+    return look;
 }
 
 void Session::OnScreen() {
@@ -136,6 +172,19 @@ void Session::OnScreen() {
 // The module cannot be told to give up a scan: it would store the half of it that it has.
 void Session::ProtectLists() {
     ce.files().SetFaults({.only = kProfileMount, .refuseOpen = true, .refuseCreate = true});
+}
+
+void Session::OnCaptureEnded(HRESULT reason) {
+    const CVelPlayerView* view = shell->View();
+    if (view == nullptr || view->GetPlayMode() != kPlayModeRecording)
+        return; // the user was quicker
+    constexpr HRESULT kDiskFull = static_cast<HRESULT>(0x80070000u | ERROR_DISK_FULL);
+    // Now and not later, so that the reason comes after the view's own notice and stays.
+    ce.loop().Send(view->GetSafeHwnd(), WM_COMMAND, kCmdRecord);
+    if (reason == kDiskFull)
+        PostMessageW(view->GetSafeHwnd(), WM_PLAYER_MSGBOX, kTextNoSpace, kBoxError);
+    else
+        PostMessageW(GView::GetMainWindow(), WM_PLAYER_MSGBOX, kTextCardError, kBoxError);
 }
 
 void Session::RequestQuit() {

@@ -10,6 +10,7 @@
 #include <stdexcept>
 
 #include "host/app/dmbtv/Options.h"
+#include "host/app/dmbtv/PictureReason.h"
 #include "host/app/dmbtv/ScreenPort.h"
 #include "host/ce/Ce.h"
 #include "host/dshow/ClassTable.h"
@@ -29,6 +30,7 @@ public:
 // The world outside. Every port may be left empty; what is set outlives the session.
 struct SessionPorts {
     filters::SoundDevice* sound = nullptr;
+    filters::SoundTap* tap = nullptr; // hears what is played, unless --audio-out does
     // The picture to be seen from now on, or none. The renderer's thread.
     std::function<void(std::shared_ptr<const filters::Picture>)> picture;
 };
@@ -63,7 +65,10 @@ public:
 private:
     void Mount(const Options& options);
     void OnScreen();
+    [[nodiscard]] ReceptionLook Look() const;
     void ProtectLists();
+    // The card is full or gone: the recording ends as by the button, and a box says why.
+    void OnCaptureEnded(HRESULT reason);
 
     SessionPorts ports;
     std::function<void()> screenListener;
@@ -78,10 +83,13 @@ private:
     std::unique_ptr<filters::WavTap> wav;
     std::unique_ptr<medmb::Tuner> tuner;
     std::unique_ptr<shell::Shell> shell;
+    HWND captureEnd = nullptr; // hears on the shell's thread what the filters say on theirs
 };
 
-// The programs, the module and the skin lie together: bin/, lib/, skin/.
-[[nodiscard]] std::filesystem::path InstalledBase();
+// The module and the skin, by the place of the program: lib/ and skin/ beside bin/ as they are built, lib/dmbview/ and
+// share/dmbview/skin/ as they are installed.
+[[nodiscard]] std::filesystem::path ModuleFile();
+[[nodiscard]] std::filesystem::path SkinFolder();
 // By --lang, else by the locale.
 [[nodiscard]] shell::Language LanguageOf(const Options& options);
 

@@ -16,6 +16,8 @@ public:
         return found ? record.kind : kSessionNone;
     }
     [[nodiscard]] static bool IsScanning(const CVelDMBView& view) { return view.m_bScanning != 0; }
+    // Does the view itself say that there is no signal?
+    [[nodiscard]] static bool HasNoSignal(const CVelDMBView& view) { return view.m_bNoSignal != 0; }
     // Has a scan ever left a channel list, be it an empty one?
     [[nodiscard]] static bool HasListFile(const CVelDMBView& view) { return view.m_nChannelCount >= 0; }
     [[nodiscard]] static int ChannelCount(const CVelDMBView& view) { return std::max<int>(view.m_nChannelCount, 0); }

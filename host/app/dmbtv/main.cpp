@@ -19,6 +19,7 @@ int main(int argc, char** argv) {
     AddList(app, request);
     AddRecord(app, request);
     AddPlay(app, request);
+    AddDemo(app, request);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -6,17 +6,14 @@
 
 namespace codec::av {
 
-// Transforms between `lines` coefficients X and N = 2 * lines samples x, with
-//   inverse  x[n] = scale * sum over k of X[k] cos(2 pi / N (n + N / 4 + 1 / 2)(k + 1 / 2))
-//   forward  X[k] = scale * sum over n of x[n] cos(the same)
+// Makes `lines` coefficients X of N = 2 * lines samples x:
+//   X[k] = scale * sum over n of x[n] cos(2 pi / N (n + N / 4 + 1 / 2)(k + 1 / 2))
 class Mdct {
 public:
     static constexpr std::size_t kAlignment = 64; // what the widest vector instructions ask for
 
-    enum class Direction { kForward, kInverse };
-
     // `lines` is a power of two, 32 or more. Throws std::bad_alloc.
-    Mdct(Direction direction, unsigned lines, float scale);
+    Mdct(unsigned lines, float scale);
     ~Mdct();
     Mdct(const Mdct&) = delete;
     Mdct& operator=(const Mdct&) = delete;

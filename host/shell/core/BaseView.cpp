@@ -47,13 +47,18 @@ CVelBaseView::CVelBaseView() : m_pBase(new BaseImpl) {
     m_pFactory->themed = [this] {
         for (const auto& element : m_pFactory->elements) {
             const shell::Role role = element->State().description->role;
-            if (role == shell::Role::TitleBar) {
-                element->SetText(m_pBase->title.c_str(), 0);
+            if (role == shell::Role::TitleBar || role == shell::Role::StationName) {
+                element->SetText(shell::TitleFor(role, m_pBase->title).c_str(), 0);
+            } else if (role == shell::Role::RecordSign) {
+                element->Show(m_pBase->recordSign, 0);
             } else if (role == shell::Role::Toggle) {
                 element->SetState(m_pBase->toggleEnabled ? kButtonNormal : kButtonDisabled, 0);
             }
         }
         shell::ApplyControls(*this);
+        if (ShellCore* core = ShellCore::Current()) {
+            core->ApplyReason();
+        }
     };
 }
 
@@ -78,6 +83,10 @@ int CVelBaseView::OnCreate(CREATESTRUCTW* parameters) {
 }
 
 void CVelBaseView::OnKeyUp(UINT key, UINT repeatCount, UINT flags) {
+    constexpr UINT kHome = 36;
+    if (ShellCore* core = ShellCore::Current(); core && key == kHome) {
+        (void)core->ShowHome();
+    }
     GView::OnKeyUp(key, repeatCount, flags);
 }
 
@@ -104,11 +113,15 @@ void CVelBaseView::HoldForBackView(int /*hold*/) {}
 void CVelBaseView::SetTitle(const WCHAR* title) {
     m_pBase->title = title ? title : u"";
     if (ShellCore* core = ShellCore::Current()) {
+        if (!m_pBase->title.empty()) {
+            core->lastTitle = m_pBase->title;
+        }
         core->log.Note("title " + ce::ToUtf8(m_pBase->title));
     }
     for (const auto& element : m_pFactory->elements) {
-        if (element->State().description->role == shell::Role::TitleBar) {
-            element->SetText(m_pBase->title.c_str(), 0);
+        const shell::Role role = element->State().description->role;
+        if (role == shell::Role::TitleBar || role == shell::Role::StationName) {
+            element->SetText(shell::TitleFor(role, m_pBase->title).c_str(), 0);
         }
     }
 }
@@ -166,8 +179,25 @@ void CVelBaseView::ResetMenuTimeout(UINT milliseconds) {
 
 namespace shell {
 
+WString TitleFor(Role role, const WString& title) {
+    if (role != Role::StationName || title.empty() || title.front() != u'[') {
+        return title;
+    }
+    const std::size_t end = title.find(u"] ");
+    return end == WString::npos ? title : title.substr(end + 2);
+}
+
+void ShowRecordSign(CVelBaseView& view, bool on) {
+    VelShellAccess::Base(view).recordSign = on;
+    for (const auto& element : VelShellAccess::Widgets(view).elements) {
+        if (element->State().description->role == Role::RecordSign) {
+            element->Show(on, 0);
+        }
+    }
+}
+
 void ApplyControls(CVelBaseView& view) {
-    const ShellCore* core = ShellCore::Current();
+    ShellCore* core = ShellCore::Current();
     if (!core) {
         return;
     }
@@ -179,6 +209,9 @@ void ApplyControls(CVelBaseView& view) {
             const bool fits = group == ControlGroup::Both || (group == ControlGroup::Small) == small;
             element->Show(shown && fits, 0);
         }
+    }
+    if (small != core->reasonIsSmall) {
+        core->ApplyReason();
     }
 }
 

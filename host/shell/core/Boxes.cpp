@@ -77,6 +77,7 @@ int Boxes::Ask(GView* parent, const WCHAR* resource, WORD textId, const WCHAR* t
         return kDialogFailed;
     }
     asked.push_back(&box);
+    core.windows.Find(box.GetSafeHwnd())->dims = true;
     const bool answered = core.RunModal(box.GetSafeHwnd(), [&box] { return VelShellAccess::Dialog(box).ended; });
     // A notice needs no answer.
     const int result = answered ? VelShellAccess::Dialog(box).result : style == kBoxNotice ? kDialogOk : kDialogCancel;

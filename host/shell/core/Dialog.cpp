@@ -124,6 +124,7 @@ bool MakeDialog(CVelDialog& dialog, bool isMessageBox) {
         return false;
     }
     const HWND handle = window->handle;
+    window->dims = !isMessageBox;
     dialog.Theme();
     // A derived dialog may end its own initialisation early and still run; only the base's failure is one.
     dialog.OnInitDialog();

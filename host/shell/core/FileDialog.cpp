@@ -2,6 +2,7 @@
 #include "platform/velshell/VelFileDialog.h"
 
 #include "host/shell/core/ShellCore.h"
+#include "host/shell/gdi/ImagePainter.h"
 
 #include <algorithm>
 #include <utility>
@@ -38,6 +39,19 @@ SIZE Measure(HDC dc, const WString& text) {
     SIZE size = {};
     GetTextExtentExPointW(dc, text.c_str(), static_cast<int>(text.size()), 0, nullptr, nullptr, &size);
     return size;
+}
+
+// The sign of a recording, in the margin before its name.
+void DrawSign(HDC dc, const GButton& row) {
+    constexpr UINT kSign = 2101;
+    ShellCore& core = *ShellCore::Current();
+    const shell::SkinImage* sign = core.skins.Bitmap(kSign);
+    shell::Context* context = core.gdi.Find(dc);
+    RECT place = row.GetRect();
+    place.right = place.left + static_cast<const shell::Element&>(row).State().margin;
+    if (sign && context) {
+        shell::DrawCentred(*context, sign->surface, place);
+    }
 }
 
 // The text, with its end cut off when it is wider.
@@ -122,6 +136,7 @@ void CVelFileDialog::OnDraw(HDC dc) {
         }
         const ce::FolderEntry& file = m_pFileDialog->files[index];
         const RECT& rect = widget->GetRect();
+        DrawSign(dc, *widget);
         const LONG middle = (rect.top + rect.bottom) / 2;
         for (const auto& [text, above] : {std::pair{DateOf(file), 1}, std::pair{LengthOf(file), 0}}) {
             const SIZE size = Measure(dc, text);

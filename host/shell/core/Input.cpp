@@ -146,7 +146,10 @@ bool ShellCore::TakesInput(const Window& window) const {
 // A box that nobody waits for does not keep the user from what lies beside it.
 std::vector<Window*> ShellCore::InputWindows() {
     std::vector<Window*> result;
-    const HWND top = !modalWindows.empty() ? modalWindows.back() : view ? view->GetSafeHwnd() : main->GetSafeHwnd();
+    const bool viewInFront = view && !homeInFront;
+    const HWND top = !modalWindows.empty() ? modalWindows.back()
+                     : viewInFront         ? view->GetSafeHwnd()
+                                           : main->GetSafeHwnd();
     const MessageBoxDialog* box = boxes.Front();
     if (box && box->GetSafeHwnd() != top) {
         result.push_back(windows.Find(box->GetSafeHwnd()));

@@ -22,7 +22,7 @@ TEST_F(ShellFixture, SmallAndBackInOrder) {
     EXPECT_FALSE(shell->Minimize()) << "is small already";
     EXPECT_FALSE(view.Find(27)->IsVisible());
     EXPECT_TRUE(view.Find(26)->IsVisible());
-    EXPECT_TRUE(Equal(view.Find(25)->GetRect(), {248, 172, 312, 232})) << "counted from the right and bottom edge";
+    EXPECT_TRUE(Equal(view.Find(25)->GetRect(), {248, 179, 312, 239})) << "counted from the right and bottom edge";
     shell->Restore();
     EXPECT_FALSE(shell->Document().IsMinimized());
     EXPECT_EQ(TestView::Calls(), (Calls{"TransferToPIP", "MoveToPIPWindow", "MoveToPIPWindow", "RestoreFromPIP own"}));

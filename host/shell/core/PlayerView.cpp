@@ -70,6 +70,7 @@ int CVelPlayerView::GetPlayMode() const {
 
 void CVelPlayerView::SetPlayMode(int mode) {
     m_pPlayer->mode = mode;
+    shell::ShowRecordSign(*this, mode == kPlayModeRecording);
     if (ShellCore* core = ShellCore::Current()) {
         core->log.Note("mode " + std::to_string(mode));
     }

@@ -37,7 +37,11 @@ std::string Shell::LoadModule(const std::filesystem::path& file) {
 
 bool Shell::UnloadModule(const std::filesystem::path& file) {
     core->CloseView();
-    return !core->view && core->modules.Unload(file);
+    if (core->view || !core->modules.Unload(file)) {
+        return false;
+    }
+    core->lastClass = nullptr; // it may have been the module's
+    return true;
 }
 
 CVelPlayerView* Shell::OpenView(const char* className) {
@@ -156,6 +160,22 @@ void Shell::Restore() {
     core->Restore();
 }
 
+bool Shell::ShowHome() {
+    return core->ShowHome();
+}
+
+bool Shell::ShowView() {
+    return core->ShowView();
+}
+
+void Shell::SetViewListener(std::function<void(CVelPlayerView*)> listener) {
+    core->viewListener = std::move(listener);
+}
+
+void Shell::SetReasonSource(std::function<ReasonShown()> source) {
+    core->reasonSource = std::move(source);
+}
+
 void Shell::SetDebugMode(bool on) {
     core->document.SetDebugMode(on);
 }
@@ -180,6 +200,7 @@ void Shell::SetLanguage(Language language) {
     core->main->Locale();
     if (core->view) {
         core->view->Locale();
+        core->ApplyReason();
     }
 }
 
@@ -285,9 +306,10 @@ std::vector<std::string> Shell::Leaks() const {
         }
     };
     constexpr std::size_t kOwnWindows = 1;
+    constexpr std::size_t kOwnTimers = 1; // the home screen's clock
     check(core->windows.Count(), kOwnWindows, "windows");
     check(core->ce.loop().WaitingMessages(), 0, "waiting messages");
-    check(core->ce.loop().RunningTimers(), 0, "running timers");
+    check(core->ce.loop().RunningTimers(), kOwnTimers, "running timers");
     check(core->gdi.OpenWindowContexts(), 0, "contexts not released");
     check(core->gdi.CallerObjects(), 0, "drawing objects not deleted");
     check(core->ce.files().OpenCount(), 0, "open files");

@@ -33,6 +33,7 @@ ShellCore::ShellCore(ce::Ce& system, const Setup& setup)
     if (Window* window = CreateWindowFor(*main, *main, WindowKind::Main, kScreen, "main")) {
         main->Theme();
         window->visible = true;
+        main->Begin();
     }
 }
 

@@ -12,6 +12,7 @@
 #include "host/shell/core/Gesture.h"
 #include "host/shell/core/MainWindow.h"
 #include "host/shell/core/ModuleLoader.h"
+#include "host/shell/core/Reason.h"
 #include "host/shell/core/RunTimeClasses.h"
 #include "host/shell/core/WindowTree.h"
 #include "host/shell/gdi/VideoPlane.h"
@@ -118,6 +119,16 @@ public:
     void MoveSmall(const RECT& place);
     void Restore();
 
+    // ---- Who is in front (Home.cpp) ----
+
+    // The home screen comes to the front and the view is held. False when there is no view at full size, or a modal window is up.
+    bool ShowHome();
+    // The view comes to the front: a small one at full size, a held one as it was, a closed one anew.
+    bool ShowView();
+    // Asks why there is no picture, and shows the answer over the view.
+    void RefreshReason();
+    void ApplyReason();
+
     // ---- SkinHost ----
 
     [[nodiscard]] GdiState& Gdi() override { return gdi; }
@@ -140,6 +151,13 @@ public:
     CVelPlayerView* view = nullptr;
     std::vector<HWND> modalWindows; // last: in front
     bool closePending = false;
+    bool homeInFront = false;                 // the view is held behind the home screen
+    const GRuntimeClass* lastClass = nullptr; // of the view that was opened last, while its module is there
+    WString lastTitle;
+    std::function<ReasonShown()> reasonSource;
+    ReasonShown reason;
+    bool reasonIsSmall = false;
+    std::function<void(CVelPlayerView*)> viewListener;
     bool quitting = false;
     int volume = 100; // per cent
     bool muted = false;

@@ -16,6 +16,7 @@ CVelPlayerView* ShellCore::OpenView(const GRuntimeClass& runtimeClass) {
     auto* opened = static_cast<CVelPlayerView*>(object.get());
     VelShellAccess::ChooseTexts(*opened);
     log.Note(std::string("open ") + runtimeClass.className);
+    lastClass = &runtimeClass;
     view = opened;
     const Window* window = CreateWindowFor(*opened, *opened, WindowKind::View, kScreen, "view");
     if (!window) {
@@ -23,6 +24,10 @@ CVelPlayerView* ShellCore::OpenView(const GRuntimeClass& runtimeClass) {
         return nullptr;
     }
     const HWND handle = window->handle;
+    reason = {};
+    if (viewListener) {
+        viewListener(opened);
+    }
     opened->Theme();
     opened->LoadProfile();
     ce.loop().Send(handle, WM_COMMAND, kCommandPreload);
@@ -54,8 +59,13 @@ bool ShellCore::CloseView() {
     boxes.Sweep(true);
     DestroyWindowOf(*closing);
     view = nullptr;
+    homeInFront = false;
     video.visible = false;
     document.SetMinimized(false);
+    if (viewListener) {
+        viewListener(nullptr);
+    }
+    main->Refresh();
     return true;
 }
 

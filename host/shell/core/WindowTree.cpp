@@ -6,6 +6,39 @@
 
 namespace shell {
 
+namespace {
+
+// Under a window that waits for an answer everything is at 40 percent of its light; so is what shines through a hole.
+void Darken(Surface& screen) {
+    constexpr std::uint32_t kLight = 102; // of 256
+    for (int y = 0; y < screen.Height(); ++y) {
+        std::uint32_t* row = screen.Row(y);
+        for (int x = 0; x < screen.Width(); ++x) {
+            const std::uint32_t pixel = row[x];
+            const std::uint32_t clear = (255 - (pixel >> 24)) * kLight >> 8;
+            row[x] = (255 - clear) << 24 | ((pixel & 0xFF00FF) * kLight >> 8 & 0xFF00FF) |
+                     ((pixel & 0x00FF00) * kLight >> 8 & 0x00FF00);
+        }
+    }
+}
+
+// A line around a window that does not fill the screen, so that it stands out from what lies behind it.
+void FrameSmall(Surface& screen, const RECT& place) {
+    constexpr LONG kLine = 2;
+    constexpr std::uint32_t kFrame = kOpaque | 0x5A6B82;
+    if (place.right - place.left >= screen.Width() && place.bottom - place.top >= screen.Height()) {
+        return;
+    }
+    const LONG left = std::max(place.left - kLine, LONG{0}), top = std::max(place.top - kLine, LONG{0});
+    const LONG right = std::min(place.right + kLine, LONG{screen.Width()});
+    const LONG bottom = std::min(place.bottom + kLine, LONG{screen.Height()});
+    for (LONG y = top; y < bottom; ++y) {
+        std::fill(screen.Row(y) + left, screen.Row(y) + std::max(left, right), kFrame);
+    }
+}
+
+} // namespace
+
 Window& WindowTree::Add(HWND handle, WindowKind kind, GView& view, GFactory& widgets, const RECT& place) {
     auto window = std::make_unique<Window>();
     window->handle = handle;
@@ -62,15 +95,34 @@ void WindowTree::ComposeWith(Surface& screen, const VideoPlane& video,
     for (int y = 0; y < screen.Height(); ++y) {
         std::fill(screen.Row(y), screen.Row(y) + screen.Width(), kOpaque);
     }
+    const auto shows = [this](const Window& window) { return window.visible && !IsCovered(window); };
+    const auto lastDimming = std::find_if(windows.rbegin(), windows.rend(),
+                                          [&](const auto& window) { return shows(*window) && window->dims; });
     for (const auto& window : windows) {
-        if (!window->visible) {
+        if (!shows(*window)) {
             continue;
         }
-        if (window->kind == WindowKind::View && video.visible) {
-            under(window->place);
+        if (lastDimming != windows.rend() && window == *lastDimming) {
+            Darken(screen);
+        }
+        if (window->kind == WindowKind::View) {
+            FrameSmall(screen, window->place);
+            if (video.visible) {
+                under(window->place);
+            }
         }
         DrawOver(screen, *window->surface, window->place.left, window->place.top);
     }
+}
+
+// A dialog that opened another one waits out of sight.
+bool WindowTree::IsCovered(const Window& window) const {
+    if (window.kind != WindowKind::Dialog) {
+        return false;
+    }
+    const auto self = std::find_if(windows.begin(), windows.end(), [&](const auto& w) { return w.get() == &window; });
+    return std::any_of(self + 1, windows.end(),
+                       [](const auto& w) { return w->visible && w->kind == WindowKind::Dialog; });
 }
 
 void WindowTree::Compose(Surface& screen, const VideoPlane& video) const {

@@ -22,6 +22,7 @@ struct Window {
     GFactory* widgets = nullptr;
     RECT place = {}; // on the screen
     bool visible = false;
+    bool dims = false;                // what lies under it is darkened: it waits for an answer
     std::unique_ptr<Surface> surface; // as large as the window
     Region invalid;                   // in client coordinates
     bool painting = false;
@@ -55,6 +56,7 @@ public:
     void ComposeAround(Surface& screen, const VideoPlane& video) const;
 
 private:
+    [[nodiscard]] bool IsCovered(const Window& window) const;
     // `under` draws what lies directly under the view while the moving picture shows.
     void ComposeWith(Surface& screen, const VideoPlane& video, const std::function<void(const RECT&)>& under) const;
 

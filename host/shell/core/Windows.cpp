@@ -92,6 +92,9 @@ void ShellCore::PaintWindow(Window& window) {
     const HWND handle = window.handle;
     const HDC context = gdi.MakeWindowContext(handle, *window.surface, std::move(region));
     window.view->OnDraw(context);
+    if (Context* over = gdi.Find(context); over && windows.Find(handle)) {
+        PaintElements(VelShellAccess::Widgets(*window.widgets), *over, true);
+    }
     gdi.EndContext(context);
     if (Window* still = windows.Find(handle)) {
         still->painting = false;

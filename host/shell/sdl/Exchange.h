@@ -63,10 +63,11 @@ private:
 };
 
 struct Input {
-    enum class Kind : std::uint8_t { TouchDown, TouchMove, TouchUp, Key };
+    enum class Kind : std::uint8_t { TouchDown, TouchMove, TouchUp, Wheel, Key };
     Kind kind = Kind::Key;
-    Point place;                  // of a touch, on the screen
+    Point place;                  // of a touch or the wheel, on the screen
     Action action = Action::None; // of a key
+    int notches = 0;              // of the wheel; positive is away from the user
 };
 
 class Inputs {

@@ -91,6 +91,7 @@ struct Window::Impl {
     void Handle(const SDL_Event& event);
     void HandleWindow(const SDL_WindowEvent& event);
     void HandleKey(const SDL_KeyboardEvent& event);
+    [[nodiscard]] Point PlaceOf(int x, int y) const;
     void Touch(Input::Kind kind, int x, int y);
     void ToggleFullScreen();
     void Close();
@@ -211,7 +212,8 @@ void Window::Impl::Handle(const SDL_Event& event) {
         break;
     case SDL_MOUSEWHEEL:
         if (event.wheel.y != 0) {
-            inputs.Push({Input::Kind::Key, {}, event.wheel.y > 0 ? Action::Up : Action::Down});
+            inputs.Push(
+                {Input::Kind::Wheel, PlaceOf(event.wheel.mouseX, event.wheel.mouseY), Action::None, event.wheel.y});
         }
         break;
     default:
@@ -249,15 +251,20 @@ void Window::Impl::HandleKey(const SDL_KeyboardEvent& event) {
     } else if (action == Action::Leave) {
         Close();
     } else {
-        inputs.Push({Input::Kind::Key, {}, action});
+        inputs.Push({Input::Kind::Key, {}, action, 0});
     }
 }
 
-void Window::Impl::Touch(Input::Kind kind, int x, int y) {
+// A point of the window on the screen.
+Point Window::Impl::PlaceOf(int x, int y) const {
     int width = 0;
     int height = 0;
     SDL_GetWindowSize(window, &width, &height);
-    inputs.Push({kind, ToScreen({x, y}, width, height), Action::None});
+    return ToScreen({x, y}, width, height);
+}
+
+void Window::Impl::Touch(Input::Kind kind, int x, int y) {
+    inputs.Push({kind, PlaceOf(x, y), Action::None, 0});
 }
 
 void Window::Impl::ToggleFullScreen() {
@@ -387,10 +394,11 @@ Window::~Window() = default;
 void Window::Run(const std::function<void()>& onClose) {
     impl->onClose = onClose;
     impl->TakeNews();
-    while (!impl->news.ended) {
+    do { // what waits is handled also when the end has come meanwhile
+        const bool pointerRests = impl->pointerShown && !impl->closing;
+        const int patience = impl->news.ended ? 0 : pointerRests ? kPointerHides : -1;
         SDL_Event event;
-        const bool waits = impl->pointerShown && !impl->closing;
-        if (SDL_WaitEventTimeout(&event, waits ? kPointerHides : -1) == 1) {
+        if (SDL_WaitEventTimeout(&event, patience) == 1) {
             do {
                 impl->Handle(event);
             } while (SDL_PollEvent(&event) == 1);
@@ -399,7 +407,7 @@ void Window::Run(const std::function<void()>& onClose) {
         if (impl->dirty && !impl->closing) {
             impl->Present();
         }
-    }
+    } while (!impl->news.ended);
 }
 
 bool Window::IsFullScreen() const {

@@ -5,6 +5,8 @@
 #include "host/shell/gdi/ImagePainter.h"
 #include "host/shell/gdi/TextLines.h"
 
+#include <algorithm>
+
 namespace {
 
 void Redraw(const GButton::Impl& element, const RECT& rect, int atOnce) {
@@ -140,7 +142,8 @@ void Element::PlaceFor(bool small, int width, int height) {
     }
     const int x = place.x < 0 ? width + place.x : place.x;
     const int y = place.y < 0 ? height + place.y : place.y;
-    SetRect({x, y, x + place.width, y + place.height}, 0);
+    const int right = place.width < 0 ? std::max(width + place.width, x + 1) : x + place.width;
+    SetRect({x, y, right, y + place.height}, 0);
 }
 
 void Element::SetCaption(Language language) {
@@ -185,7 +188,9 @@ void Element::Paint(Context& context) const {
     }
     if (const SkinImage* icon = pictures.Picture(face.icon)) {
         RECT place = m_pImpl->rect;
-        if (!ShownText().empty()) {
+        if (HasTextArea()) {
+            place.right = TextArea().left;
+        } else if (!ShownText().empty()) {
             place.bottom -= (place.bottom - place.top) * 3 / 10; // the caption stands below the icon
         }
         constexpr double kDimmed = 0.3;
@@ -194,6 +199,23 @@ void Element::Paint(Context& context) const {
     if (!description.textWhenPressed || textOnly) {
         PaintText(context);
     }
+}
+
+// Is there a part for the text? In the small window an element may be too small for it.
+bool Element::HasTextArea() const {
+    const RECT& rect = m_pImpl->rect;
+    const RECT& area = m_pImpl->description->textArea;
+    return !IsRectEmpty(&area) && area.right <= rect.right - rect.left && area.bottom <= rect.bottom - rect.top;
+}
+
+// The part in which the text lies, in the window: all of the element when it has none.
+RECT Element::TextArea() const {
+    const RECT& rect = m_pImpl->rect;
+    const RECT& area = m_pImpl->description->textArea;
+    if (!HasTextArea()) {
+        return rect;
+    }
+    return {rect.left + area.left, rect.top + area.top, rect.left + area.right, rect.top + area.bottom};
 }
 
 void Element::PaintText(Context& context) const {
@@ -205,9 +227,9 @@ void Element::PaintText(Context& context) const {
     const HFONT fontHandle = GetFont() ? GetFont() : m_pImpl->skin->fonts.at("default");
     const FontSpec& font = static_cast<const GdiFont*>(gdi.FindObject(fontHandle))->spec;
 
-    RECT area = m_pImpl->rect;
+    RECT area = TextArea();
     area.left += m_pImpl->margin;
-    if (!description.faces[ShowsOtherFace() ? 1 : 0].icon.empty()) {
+    if (!HasTextArea() && !description.faces[ShowsOtherFace() ? 1 : 0].icon.empty()) {
         area.top += (area.bottom - area.top) * 6 / 10;
     }
     const int width = area.right - area.left;
@@ -226,13 +248,16 @@ void Element::PaintText(Context& context) const {
     ClippedCairo target(context);
     target.ClipTo(m_pImpl->rect);
     const Colour& colour = description.colours[Look()];
+    // A text beside a picture that is not there stands in the middle.
+    const bool lostItsArea = !IsRectEmpty(&description.textArea) && !HasTextArea();
+    const Align align = lostItsArea ? Align::Centre : description.align;
     target.SetColour(RGB(colour.red, colour.green, colour.blue), colour.alpha / 255.0);
     for (const TextLine& line : lines) {
         const WStringView part = WStringView(text).substr(line.start, line.length);
         const int spare = width - measure(part);
-        const int x = description.align == Align::Left     ? area.left
-                      : description.align == Align::Centre ? area.left + spare / 2
-                                                           : area.left + spare;
+        const int x = align == Align::Left     ? area.left
+                      : align == Align::Centre ? area.left + spare / 2
+                                               : area.left + spare;
         gdi.text.Draw(target.cairo, font, part, x, y);
         y += lineHeight;
     }

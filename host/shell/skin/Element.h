@@ -62,7 +62,12 @@ private:
     // Does the alternative face show, with pictures of its own?
     [[nodiscard]] bool ShowsOtherFace() const;
     [[nodiscard]] const WString& ShownText() const { return ShowsOtherFace() ? m_pImpl->otherText : m_pImpl->text; }
+    [[nodiscard]] bool HasTextArea() const;
+    [[nodiscard]] RECT TextArea() const;
     void PaintText(Context& context) const;
 };
+
+// Paints the visible elements that the context's clip meets: those under what the view paints itself, or those over it.
+void PaintElements(const GFactory::Impl& widgets, Context& context, bool overTheView);
 
 } // namespace shell

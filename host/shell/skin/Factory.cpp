@@ -32,13 +32,24 @@ void GFactory::DoPaint(HDC dc) {
         const shell::Surface& picture = static_cast<const shell::SkinImage*>(background)->surface;
         shell::DrawPicture(*context, picture, picture.Bounds(), 0);
     }
-    for (const auto& element : m_pFactory->elements) {
+    shell::PaintElements(*m_pFactory, *context, false);
+}
+
+namespace shell {
+
+void PaintElements(const GFactory::Impl& widgets, Context& context, bool overTheView) {
+    const RECT clip = context.clip.Extents();
+    for (const auto& element : widgets.elements) {
+        const GButton::Impl& state = element->State();
         RECT common;
-        if (element->State().visible && IntersectRect(&common, &element->State().rect, &clip)) {
-            element->Paint(*context);
+        if (LiesOverTheView(state.description->role) == overTheView && state.visible &&
+            IntersectRect(&common, &state.rect, &clip)) {
+            element->Paint(context);
         }
     }
 }
+
+} // namespace shell
 
 void GFactory::RefreshWindow() {
     shell::SkinHost* host = shell::CurrentSkinHost();

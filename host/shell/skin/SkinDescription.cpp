@@ -165,7 +165,16 @@ private:
         } else if (line.keyword == "small") {
             Expect(4);
             element.small = {Number(0, -kMaxCoordinate, kMaxCoordinate), Number(1, -kMaxCoordinate, kMaxCoordinate),
-                             Number(2, 1, kMaxCoordinate), Number(3, 1, kMaxCoordinate)};
+                             Number(2, -kMaxCoordinate, kMaxCoordinate), Number(3, 1, kMaxCoordinate)};
+            if (element.small.width == 0) {
+                lines.Fail("'small' has no width");
+            }
+        } else if (line.keyword == "text-area") {
+            Expect(4);
+            element.textArea.left = Number(0, 0, kMaxCoordinate);
+            element.textArea.top = Number(1, 0, kMaxCoordinate);
+            element.textArea.right = element.textArea.left + Number(2, 1, kMaxCoordinate);
+            element.textArea.bottom = element.textArea.top + Number(3, 1, kMaxCoordinate);
         } else if (line.keyword == "anchors") {
             Expect(2, 64);
             if (line.arguments.size() % 2 != 0) {
@@ -254,8 +263,15 @@ private:
                 0, {{"full", ControlGroup::Full}, {"small", ControlGroup::Small}, {"both", ControlGroup::Both}});
         } else if (key == "role") {
             Expect(1);
-            element.role =
-                OneOf<Role>(0, {{"title-bar", Role::TitleBar}, {"tool-bar", Role::ToolBar}, {"toggle", Role::Toggle}});
+            element.role = OneOf<Role>(0, {{"title-bar", Role::TitleBar},
+                                           {"tool-bar", Role::ToolBar},
+                                           {"toggle", Role::Toggle},
+                                           {"station-name", Role::StationName},
+                                           {"record-sign", Role::RecordSign},
+                                           {"reason", Role::Reason},
+                                           {"reason-icon", Role::ReasonIcon},
+                                           {"radio-reason", Role::RadioReason},
+                                           {"radio-reason-icon", Role::RadioReasonIcon}});
         } else {
             return false;
         }

@@ -42,7 +42,22 @@ enum class Align { Left, Centre, Right };
 enum class ControlGroup { None, Full, Small, Both };
 
 // What the shell's own classes use an element for.
-enum class Role { None, TitleBar, ToolBar, Toggle };
+enum class Role {
+    None,
+    TitleBar, // shows the view's title
+    ToolBar,
+    Toggle,      // switches the view's source
+    StationName, // shows the title without what stands in brackets
+    RecordSign,  // shown while the view records
+    Reason,      // why there is no picture, over the view; then the picture that belongs to it
+    ReasonIcon,
+    RadioReason, // the same for a view that shows a radio
+    RadioReasonIcon,
+};
+// Is an element with this role painted over what the view paints?
+[[nodiscard]] constexpr bool LiesOverTheView(Role role) {
+    return role >= Role::Reason;
+}
 
 inline constexpr int kStateCount = 3; // normal, pressed, disabled
 inline constexpr int kFaceCount = 2;  // normal and alternative
@@ -58,7 +73,8 @@ struct ElementDescription {
     int line = 0;
     ElementKind kind = ElementKind::Button;
     RECT rect = {};
-    // Place in the small window; x or y below zero counts from the right or bottom edge. Width 0: none.
+    // Place in the small window; x or y below zero counts from the right or bottom edge, a width below zero reaches to that far
+    // from the right edge. Width 0: none.
     struct SmallPlace {
         int x = 0, y = 0, width = 0, height = 0;
     } small;
@@ -68,6 +84,7 @@ struct ElementDescription {
     std::string font;
     std::array<Colour, kStateCount> colours;
     Align align = Align::Centre;
+    RECT textArea = {}; // part of the element, from its upper left corner, in which the text lies; empty: all of it
     bool wrap = false;
     int margin = 0;
     bool textWhenPressed =

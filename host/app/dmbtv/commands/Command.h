@@ -17,6 +17,7 @@ struct Request {
 };
 
 void AddWatch(CLI::App& app, Request& request);
+void AddDemo(CLI::App& app, Request& request);
 void AddScan(CLI::App& app, Request& request);
 void AddList(CLI::App& app, Request& request);
 void AddRecord(CLI::App& app, Request& request);

@@ -8,6 +8,7 @@
 
 #include "graph/RecordName.h"
 #include "host/app/dmbtv/Interrupts.h"
+#include "host/app/dmbtv/Player.h"
 #include "host/app/dmbtv/ScriptRunner.h"
 #include "host/app/dmbtv/Session.h"
 #include "host/app/dmbtv/commands/Command.h"
@@ -22,7 +23,6 @@ namespace {
 
 constexpr UINT kFileTab = 62;
 constexpr UINT kDownKey = 40, kReturnKey = 13, kEscapeKey = 27;
-constexpr int kLook = 50; // ms between two looks at the view
 
 // Opens the list and takes the file in it, by the keys that a user has.
 void PickInList(shell::Shell& shell, const CVelPlayerView& view, const WString& name) {
@@ -52,8 +52,8 @@ int PlayOn(Session& session, const std::filesystem::path& file) {
         return Fail(kExitNoInput, "the device has no such file names: " + file.filename().string());
     shell.RunUntilIdle();
     PickInList(shell, view, name);
-    while (!session.IsQuitting() && view.GetPlayMode() == kPlayModePlaying)
-        shell.Wait(kLook);
+    (void)session.System().loop().RunUntil(
+        [&] { return session.IsQuitting() || view.GetPlayMode() == kPlayModeStopped; });
     const bool seen = shell.Video().FrameCount() > 0;
     session.CloseView();
     shell.RunUntilIdle();
@@ -68,9 +68,10 @@ public:
         if (mkdtemp(pattern.data()) == nullptr)
             throw StartFailure(kExitFailed, "no room for temporary files");
         folder = pattern;
-        std::error_code ignored; // settings that cannot be read are the usual ones
-        std::filesystem::copy_file(profile / ce::ToUtf8(kProfileFileName), folder / ce::ToUtf8(kProfileFileName),
-                                   ignored);
+        for (const std::string& name : {ce::ToUtf8(kProfileFileName), std::string("window")}) {
+            std::error_code ignored; // settings that cannot be read are the usual ones
+            std::filesystem::copy_file(profile / name, folder / name, ignored);
+        }
     }
     ~SettingsOnly() {
         std::error_code ignored;
@@ -82,7 +83,15 @@ public:
     std::filesystem::path folder;
 };
 
-int PlayFile(Options options, const std::filesystem::path& named) {
+int PlayHeadless(const Options& options, const std::filesystem::path& file) {
+    Session session(options, {});
+    const Interrupts interrupts([&session] { session.RequestQuit(); });
+    CancelUnanswered(session.Shell());
+    const int status = PlayOn(session, file);
+    return interrupts.Came() ? int{kExitInterrupted} : status;
+}
+
+int PlayFile(Options options, const std::filesystem::path& named, bool inWindow) {
     std::error_code error;
     const std::filesystem::path file = std::filesystem::canonical(named, error);
     if (error)
@@ -93,11 +102,8 @@ int PlayFile(Options options, const std::filesystem::path& named) {
         const SettingsOnly settings(options.profile);
         options.profile = settings.folder;
         options.noBroadcast = true;
-        Session session(options, {});
-        const Interrupts interrupts([&session] { session.RequestQuit(); });
-        CancelUnanswered(session.Shell());
-        const int status = PlayOn(session, file);
-        return interrupts.Came() ? int{kExitInterrupted} : status;
+        return inWindow ? PlayInWindow(options, [&file](Session& session) { return PlayOn(session, file); })
+                        : PlayHeadless(options, file);
     } catch (const StartFailure& failure) {
         return Fail(failure.status, failure.what());
     }
@@ -111,8 +117,11 @@ void AddPlay(CLI::App& app, Request& request) {
     command->footer(kExitStatusHelp);
     auto file = std::make_shared<std::filesystem::path>();
     command->add_option("FILE", *file, "a .dmb, .ts or .tsp file")->required();
-    command->callback(
-        [&request, file] { request.task = [&request, file] { return PlayFile(request.options, *file); }; });
+    auto inWindow = std::make_shared<bool>(false);
+    command->add_flag("--window", *inWindow, "in a window, which closes at the end");
+    command->callback([&request, file, inWindow] {
+        request.task = [&request, file, inWindow] { return PlayFile(request.options, *file, *inWindow); };
+    });
 }
 
 } // namespace dmbtv

@@ -25,7 +25,9 @@ int Watch(const Options& options) {
         std::optional<Script> script;
         if (!options.script.empty())
             script = LoadScript(options.script);
-        return options.headless ? PlayHeadless(options, script) : PlayInWindow(options, script);
+        return options.headless
+                   ? PlayHeadless(options, script)
+                   : PlayInWindow(options, [&](Session& session) { return Play(session, options, script); });
     } catch (const StartFailure& failure) {
         return Fail(failure.status, failure.what());
     }
@@ -40,6 +42,7 @@ void AddWatch(CLI::App& app, Request& request) {
     app.add_flag("--full-screen", options.fullScreen, "begin with the whole screen");
     app.add_flag("--once", options.once, "files end at their end; without it they start over");
     app.add_option("--script", options.script, "file of lines to carry out, then leave");
+    app.add_option("--transcript", options.transcript, "text file that tells what the script did and saw");
     app.add_option("--audio-out", options.audioOut, "WAV file of what is heard");
     app.add_option("--screenshot", options.screenshot, "PNG of the screen, written when the program leaves");
     app.add_option("--keys", options.keys, "key map; without it the file 'keys' beside the settings");
