@@ -1,75 +1,43 @@
 #!/usr/bin/env python3
-"""Makes the stored pictures of the screen small: 256 colours each, where every pixel stays near to what it was.
+"""Makes the stored pictures of the screen: PNG with 256 colours, where every pixel stays near to what it was.
 
-golden.py FROM TO   every PNG of folder FROM (8 bits, RGB, as the tests write them) into folder TO
+golden.py FROM TO   every PPM of folder FROM (as the tests write them) becomes a PNG in folder TO
 """
+import collections
 import pathlib
 import struct
 import sys
 import zlib
 
-
 WORST = 12  # of 255: what a pixel may lose in one channel
 
 
-def read_rows(data):
-    """Width, height and the RGB rows of a PNG picture."""
-    if data[:8] != b"\x89PNG\r\n\x1a\n":
-        raise ValueError("no PNG")
-    at, packed = 8, b""
-    while at < len(data):
-        length, kind = struct.unpack(">I4s", data[at:at + 8])
-        body = data[at + 8:at + 8 + length]
-        if kind == b"IHDR":
-            width, height, depth, colour, _, _, interlaced = struct.unpack(">IIBBBBB", body)
-            if (depth, colour, interlaced) != (8, 2, 0):
-                raise ValueError("not 8 bits RGB")
-        elif kind == b"IDAT":
-            packed += body
-        at += 12 + length
-    raw, stride = zlib.decompress(packed), width * 3
-    rows, before = [], bytes(stride)
-    for y in range(height):
-        start = y * (stride + 1)
-        row = unfilter(raw[start], bytearray(raw[start + 1:start + 1 + stride]), before)
-        rows.append(row)
-        before = row
-    return width, height, rows
-
-
-def unfilter(kind, row, before):
-    for i in range(len(row)) if kind else ():
-        left = row[i - 3] if i >= 3 else 0
-        up, corner = before[i], before[i - 3] if i >= 3 else 0
-        if kind == 1:
-            guess = left
-        elif kind == 2:
-            guess = up
-        elif kind == 3:
-            guess = (left + up) // 2
-        else:
-            base = left + up - corner
-            guess = min((left, up, corner), key=lambda near: abs(base - near))
-        row[i] = (row[i] + guess) & 255
-    return bytes(row)
+def read(data):
+    """Width, height and the pixels of a binary PPM picture, each (red, green, blue)."""
+    kind, size, most, body = data.split(b"\n", 3)
+    width, height = size.split()
+    if kind != b"P6" or most != b"255" or len(body) != int(width) * int(height) * 3:
+        raise ValueError("no PPM picture as the tests write it")
+    return int(width), int(height), list(zip(body[0::3], body[1::3], body[2::3]))
 
 
 def split(counts):
-    """Median cut: 256 groups of like colours, each with its mean."""
-    groups = [list(counts)]
+    """Median cut: up to 256 groups of like colours. The mean of each, and the group of every colour."""
+    def span(group):
+        return max(max(c[k] for c in group) - min(c[k] for c in group) for k in range(3))
+    groups = [(span(list(counts)), list(counts))]
     while len(groups) < 256:
-        def span(group):
-            return max(max(c[k] for c in group) - min(c[k] for c in group) for k in range(3))
-        widest = max(groups, key=lambda group: span(group) * min(len(group), 64))
-        if span(widest) == 0:
+        widest = max(groups, key=lambda g: g[0] * min(len(g[1]), 64))
+        if widest[0] == 0:
             break
         groups.remove(widest)
-        axis = max(range(3), key=lambda k: max(c[k] for c in widest) - min(c[k] for c in widest))
-        widest.sort(key=lambda c: c[axis])
-        half = len(widest) // 2
-        groups += [widest[:half], widest[half:]]
+        colours = widest[1]
+        axis = max(range(3), key=lambda k: max(c[k] for c in colours) - min(c[k] for c in colours))
+        colours.sort(key=lambda c: c[axis])
+        half = len(colours) // 2
+        groups += [(span(part), part) for part in (colours[:half], colours[half:])]
     palette, index = [], {}
-    for number, group in enumerate(groups):
+    for number, (_, group) in enumerate(groups):
         total = sum(counts[c] for c in group)
         palette.append(tuple(round(sum(c[k] * counts[c] for c in group) / total) for k in range(3)))
         index.update((c, number) for c in group)
@@ -80,27 +48,25 @@ def chunk(kind, body):
     return struct.pack(">I", len(body)) + kind + body + struct.pack(">I", zlib.crc32(kind + body))
 
 
+def png(width, height, colour_type, palette, body):
+    stride = len(body) // height
+    lines = b"".join(b"\0" + body[y * stride:(y + 1) * stride] for y in range(height))
+    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, colour_type, 0, 0, 0)) +
+            palette + chunk(b"IDAT", zlib.compress(lines, 9)) + chunk(b"IEND", b""))
+
+
 def shrink(data):
-    width, height, rows = read_rows(data)
-    counts = {}
-    coloured = [[tuple(row[i:i + 3]) for i in range(0, len(row), 3)] for row in rows]
-    for row in coloured:
-        for colour in row:
-            counts[colour] = counts.get(colour, 0) + 1
-    palette, index = split(counts)
+    width, height, pixels = read(data)
+    palette, index = split(collections.Counter(pixels))
     if max(abs(colour[k] - palette[index[colour]][k]) for colour in index for k in range(3)) > WORST:
-        return data  # too colourful
-    lines = b"".join(b"\0" + bytes(index[c] for c in row) for row in coloured)
-    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, 3, 0, 0, 0)) +
-            chunk(b"PLTE", b"".join(bytes(c) for c in palette)) + chunk(b"IDAT", zlib.compress(lines, 9)) +
-            chunk(b"IEND", b""))
+        return png(width, height, 2, b"", b"".join(map(bytes, pixels)))  # too colourful
+    return png(width, height, 3, chunk(b"PLTE", b"".join(map(bytes, palette))), bytes(map(index.__getitem__, pixels)))
 
 
 def main():
     source, target = map(pathlib.Path, sys.argv[1:3])
-    target.mkdir(parents=True, exist_ok=True)
-    for file in sorted(source.glob("*.png")):
-        (target / file.name).write_bytes(shrink(file.read_bytes()))
+    for file in sorted(source.glob("*.ppm")):
+        (target / file.with_suffix(".png").name).write_bytes(shrink(file.read_bytes()))
 
 
 if __name__ == "__main__":

@@ -44,7 +44,7 @@ TEST_P(Golden, LooksAsItDid) {
         story.Close();
 
     if (const char* folder = std::getenv("DMB_GOLDEN_FOLDER"); folder != nullptr) {
-        ASSERT_TRUE(Write(now, std::filesystem::path(folder) / FileOf(GetParam())));
+        ASSERT_TRUE(WritePlain(now, (std::filesystem::path(folder) / FileOf(GetParam())).replace_extension("ppm")));
         return;
     }
     const std::optional<Picture> stored = Read(harness::TestData("golden/" + FileOf(GetParam())));

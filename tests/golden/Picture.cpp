@@ -4,6 +4,8 @@
 #include <cairo.h>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
+#include <string>
 
 namespace golden {
 
@@ -49,6 +51,14 @@ bool Write(const Picture& picture, const std::filesystem::path& file) {
     const bool written = cairo_surface_write_to_png(surface, file.c_str()) == CAIRO_STATUS_SUCCESS;
     cairo_surface_destroy(surface);
     return written;
+}
+
+bool WritePlain(const Picture& picture, const std::filesystem::path& file) {
+    std::string bytes = "P6\n" + std::to_string(picture.width) + " " + std::to_string(picture.height) + "\n255\n";
+    for (const std::uint32_t pixel : picture.pixels)
+        for (const int shift : {16, 8, 0})
+            bytes += static_cast<char>(Channel(pixel, shift));
+    return static_cast<bool>(std::ofstream(file, std::ios::binary) << bytes);
 }
 
 Difference Compare(const Picture& left, const Picture& right) {

@@ -19,6 +19,9 @@ struct Picture {
 // False when the file cannot be written.
 [[nodiscard]] bool Write(const Picture& picture, const std::filesystem::path& file);
 
+// The same as a plain picture (PPM), for tools/golden.py.
+[[nodiscard]] bool WritePlain(const Picture& picture, const std::filesystem::path& file);
+
 // What a stored picture may lose: it is kept with a palette, and another release of the font library moves an edge by a shade.
 inline constexpr int kShade = 24;         // of 255, in one channel: below it a pixel counts as the same
 inline constexpr int kOtherPerMille = 1;  // of all pixels may be others

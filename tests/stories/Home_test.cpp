@@ -65,8 +65,8 @@ TEST_F(HomeStory, NothingComesInFrontOfAScanOrADialog) {
     device.shell.DuringModal([&] { shown = device.shell.ShowHome(); });
     Command(kCmdList);
     EXPECT_FALSE(shown);
-    scripted::Tuner().onGetChannel = [&](int) { device.shell.Key(36); };
-    device.shell.DuringModal([this] { device.shell.Key(27); });
+    constexpr WPARAM kHomeKey = 36;
+    scripted::Tuner().onGetChannel = [&](int) { Send(WM_KEYUP, kHomeKey, 1); };
     Command(kCmdScan);
     EXPECT_FALSE(Saw("hold"));
 }

@@ -3,6 +3,7 @@
 
 #include "host/shell/core/BoxRecord.h"
 #include "platform/velshell/VelDialog.h"
+#include "platform/velshell/VelPlayerView.h"
 
 #include <deque>
 #include <memory>
@@ -16,7 +17,9 @@ class MessageBoxDialog final : public CVelDialog {
 public:
     MessageBoxDialog(GView* parent, WString text, int style, std::size_t recordIndex);
     ~MessageBoxDialog() override;
-    [[nodiscard]] const WCHAR* GetResourceName() const override { return u"VelMsgBox"; }
+    [[nodiscard]] const WCHAR* GetResourceName() const override {
+        return style == kBoxNotice ? u"VelNotice" : u"VelMsgBox";
+    }
     const GMessageMap* GetMessageMap() const override;
     int OnInitDialog() override;
 

@@ -3,7 +3,23 @@
 #include "host/shell/core/BaseImpl.h"
 #include "host/shell/core/ShellCore.h"
 
+#include <algorithm>
+
 namespace shell {
+
+namespace {
+
+// Is the radio's picture on the screen? Without it nothing is, and the reason has the whole room.
+bool ShowsStation(CVelBaseView& view) {
+    const auto& elements = VelShellAccess::Widgets(view).elements;
+    return std::any_of(elements.begin(), elements.end(), [](const auto& element) {
+        const GButton::Impl& state = element->State();
+        return state.visible && state.description->role == Role::StationName &&
+               state.description->kind == ElementKind::Picture;
+    });
+}
+
+} // namespace
 
 // The view is held as it is when another one comes to the front: it keeps its session, its picture stands still.
 bool ShellCore::ShowHome() {
@@ -52,7 +68,8 @@ bool ShellCore::ShowView() {
 }
 
 void ShellCore::RefreshReason() {
-    const ReasonShown now = view && reasonSource ? reasonSource() : ReasonShown{};
+    ReasonShown now = view && reasonSource ? reasonSource() : ReasonShown{};
+    now.radio = now.radio && view && ShowsStation(*view);
     if (!view || (now == reason && reasonIsSmall == (document.IsMinimized() != 0))) {
         return;
     }

@@ -163,9 +163,14 @@ TEST_F(HomeScreen, ReasonLiesOverTheViewAndItsSmallFormIsShort) {
     EXPECT_EQ(text(kReason), u"수신기를 찾을 수 없습니다.\n수신기 연결이나 방송 파일을 확인해 주세요.");
     now = {Reason::WeakSignal, true};
     shell->Wait(500);
+    EXPECT_NE(text(kReason), u"hidden"); // nothing else is on the screen
+    constexpr UINT kStation = 42;
+    view.Find(kStation)->Show(1, 0);
+    shell->Wait(500);
     EXPECT_EQ(text(kReason), u"hidden");
     EXPECT_NE(text(kRadioReason), u"hidden");
     view.Theme(); // a changed skin keeps it
+    view.Find(kStation)->Show(1, 0);
     EXPECT_NE(text(kRadioReason), u"hidden");
     now = {};
     shell->Wait(500);

@@ -21,7 +21,7 @@ inline constexpr int kReasonCount = 8; // without None
 
 struct ReasonShown {
     Reason reason = Reason::None;
-    bool radio = false; // the view shows a radio
+    bool radio = false; // it is a radio's; lies beside the station's picture when that shows
     friend constexpr bool operator==(const ReasonShown&, const ReasonShown&) = default;
 };
 

@@ -25,7 +25,8 @@ namespace {
 constexpr int kLeastTarget = 60;       // pixels
 constexpr double kLeastContrast = 4.5; // WCAG 2.1, 1.4.3
 constexpr LONG kSmallWidth = 320, kSmallHeight = 240;
-const WString kResources[] = {u"VelMain", u"VelDMB", u"VelDMBSettings", u"VelDMBDebug", u"VelDMBChList", u"VelMsgBox"};
+const WString kResources[] = {u"VelMain",     u"VelDMB",       u"VelDMBSettings", u"VelNotice",
+                              u"VelDMBDebug", u"VelDMBChList", u"VelMsgBox"};
 constexpr Language kLanguages[] = {Language::Korean, Language::English};
 
 class ProductSkin : public testing::Test {
@@ -227,6 +228,9 @@ TEST_F(ProductSkin, MessagesFitWhereTheyAreShown) {
         show(u"VelDMB", number, u"VelMsgBox", kBoxText);
     }
     show(u"VelMain", kTextCardError, u"VelMsgBox", kBoxText);
+    for (const WORD number : {kTextRecordStopped, kTextRecordStarted, kTextNoDAB, kTextNoDMB}) {
+        show(u"VelDMB", number, u"VelNotice", kBoxText);
+    }
     for (const WORD number : {kTextNoChannel, kTextPickChannel, kTextNoSignal, kTextNoSignalShort}) {
         show(u"VelDMB", number, u"VelDMB", kElementInfo);
     }
