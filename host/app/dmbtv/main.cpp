@@ -1,4 +1,6 @@
 // dmbtv: the viewer.
+#include <malloc.h>
+
 #include <csignal>
 #include <exception>
 
@@ -9,6 +11,10 @@
 
 int main(int argc, char** argv) {
     using namespace dmbtv;
+    // The pictures of skin and screen are large and few: each in pages of its own goes back to the system when it is given back.
+    // Threads share one heap: none of them allocates enough to be worth one.
+    (void)mallopt(M_MMAP_THRESHOLD, 128 * 1024);
+    (void)mallopt(M_ARENA_MAX, 1);
     std::signal(SIGPIPE, SIG_IGN); // a reader that goes away is an error of writing, no end of the program
     CLI::App app{"DMB television and DAB radio viewer", "dmbtv"};
     app.set_version_flag("--version", std::string("dmbtv ") + app::kVersion);
