@@ -6,6 +6,7 @@
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavutil/channel_layout.h>
+#include <libswresample/swresample.h>
 }
 
 namespace bench {
@@ -23,6 +24,8 @@ struct AacProgramme::Impl {
     std::vector<AVPacket*> packets;
     AVCodecContext* decoder = nullptr;
     AVFrame* frame = av_frame_alloc();
+    SwrContext* toInteger = nullptr;
+    std::vector<std::int16_t> samples;
     std::size_t bytes = 0;
 
     ~Impl() {
@@ -30,6 +33,7 @@ struct AacProgramme::Impl {
             av_packet_free(&packet);
         avcodec_free_context(&decoder);
         av_frame_free(&frame);
+        swr_free(&toInteger);
     }
 
     void Collect(AVCodecContext* encoder) {
@@ -84,6 +88,15 @@ AacProgramme::AacProgramme(const Clip& clip, unsigned bitsPerSecond) : impl(std:
     avcodec_free_context(&encoder);
     impl->decoder->thread_count = 1;
     Check(avcodec_open2(impl->decoder, decoderCodec, nullptr), "AAC decoder");
+
+    AVChannelLayout layout;
+    av_channel_layout_default(&layout, static_cast<int>(clip.channels));
+    const auto rate = static_cast<int>(clip.rate);
+    Check(swr_alloc_set_opts2(&impl->toInteger, &layout, AV_SAMPLE_FMT_S16, rate, &layout, AV_SAMPLE_FMT_FLTP, rate, 0,
+                              nullptr),
+          "AAC samples");
+    Check(swr_init(impl->toInteger), "AAC samples");
+    impl->samples.resize(std::size_t{2048} * clip.channels);
 }
 
 AacProgramme::~AacProgramme() = default;
@@ -92,8 +105,14 @@ std::size_t AacProgramme::DecodeAll() {
     std::size_t samples = 0;
     for (AVPacket* packet : impl->packets) {
         Check(avcodec_send_packet(impl->decoder, packet), "AAC decoding");
-        while (avcodec_receive_frame(impl->decoder, impl->frame) >= 0)
-            samples += static_cast<std::size_t>(impl->frame->nb_samples);
+        while (avcodec_receive_frame(impl->decoder, impl->frame) >= 0) {
+            auto* target = reinterpret_cast<std::uint8_t*>(impl->samples.data());
+            const int converted =
+                swr_convert(impl->toInteger, &target, 2048,
+                            const_cast<const std::uint8_t**>(impl->frame->extended_data), impl->frame->nb_samples);
+            Check(converted, "AAC samples");
+            samples += static_cast<std::size_t>(converted);
+        }
     }
     avcodec_flush_buffers(impl->decoder);
     return samples;

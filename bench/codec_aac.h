@@ -17,7 +17,8 @@ public:
     AacProgramme(const AacProgramme&) = delete;
     AacProgramme& operator=(const AacProgramme&) = delete;
 
-    // Decodes all of it on one thread; returns the samples of a channel that came out.
+    // Decodes all of it on one thread to interleaved 16-bit samples, as BsacDecoder gives them; returns the samples of a
+    // channel that came out.
     std::size_t DecodeAll();
 
     [[nodiscard]] std::size_t Bytes() const;

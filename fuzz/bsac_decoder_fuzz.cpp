@@ -42,7 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     codec::BsacDecoder& decoder = DecoderFor(*config);
     input = input.subspan(kConfigBytes);
     // More blocks show nothing new: what one hands on to the next is spectra and samples.
-    constexpr unsigned kMostBlocks = 6;
+    constexpr unsigned kMostBlocks = 3;
     unsigned total = 0;
     while (input.size() >= 2 && total < kMostBlocks) {
         const std::size_t length = static_cast<std::size_t>(input[0]) << 8 | input[1];

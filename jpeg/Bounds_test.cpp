@@ -101,46 +101,66 @@ TEST(JpegBounds, TheLargestProgressivePictureFitsItsBound) {
     EXPECT_LT(allocation_meter::PeakBytes(), 61 * kMiB);
 }
 
-// A file whose data never came against one that spells the zeros out, block by block and restart by restart.
+// A scan of zero bits alone: all of them spelled out, block by block; the restart markers without any data between them;
+// and nothing at all.
+struct ZeroScans {
+    Bytes spelled;
+    Bytes markers;
+};
+ZeroScans ScansOfZeros(int mcus, int blocksPerMcu, int interval) {
+    ZeroScans scans;
+    BitWriter bits;
+    const auto flush = [&] {
+        const Bytes part = bits.Finish();
+        scans.spelled.insert(scans.spelled.end(), part.begin(), part.end());
+        bits = BitWriter();
+    };
+    for (int mcu = 0, restart = 0; mcu < mcus; ++mcu) {
+        if (interval != 0 && mcu != 0 && mcu % interval == 0) {
+            flush();
+            const Bytes marker{0xFF, static_cast<std::uint8_t>(0xD0 + (restart++ & 7))};
+            scans.spelled.insert(scans.spelled.end(), marker.begin(), marker.end());
+            scans.markers.insert(scans.markers.end(), marker.begin(), marker.end());
+        }
+        for (int block = 0; block < blocksPerMcu; ++block) {
+            bits.Put(0, 2); // a difference of -1
+            PutEndOfBlock(bits);
+        }
+    }
+    flush();
+    return scans;
+}
+
+// The end, and as many bytes as must follow a scan header of one component.
+const Bytes kTail = {0xFF, 0xD9, 0, 0, 0, 0, 0, 0};
+
+Bytes Joined(Bytes head, const Bytes& tail) {
+    head.insert(head.end(), tail.begin(), tail.end());
+    return head;
+}
+
 TEST(JpegBounds, LinesWithoutDataAreWhatTheirBlocksWouldBe) {
     constexpr int kSide = 2000; // an eighth of it is 250
-    for (const auto& components : {Ycc(1, 1), Ycc(2, 1), Ycc(2, 2)}) {
-        const int mcuSide = 8 * components[0].h;
+    for (const auto& components : {Ycc(1, 1), Ycc(2, 1), Ycc(2, 2), Grey()}) {
+        const auto mcusFor = [](int factor) { return (kSide + 8 * factor - 1) / (8 * factor); };
+        std::vector<int> ids;
+        int blocks = 0;
+        for (const ComponentSpec& component : components) {
+            ids.push_back(component.id);
+            blocks += component.h * component.v;
+        }
         for (const int interval : {0, 1, 7, 300}) {
             Builder builder;
             RampTable(builder.Soi().App0().Quant(0, 1).Huffman());
-            const Bytes headers = builder.Restart(interval).Frame(0xC0, kSide, kSide, components).Done();
-            // Codes 0, 0, EOB of the tables above, again and again.
-            const int mcus =
-                (kSide + mcuSide - 1) / mcuSide * ((kSide + 8 * components[0].v - 1) / (8 * components[0].v));
-            int blocks = 0;
-            for (const ComponentSpec& component : components) {
-                blocks += component.h * component.v;
-            }
-            Bytes spelled;
-            BitWriter bits;
-            for (int mcu = 0, restart = 0; mcu < mcus; ++mcu) {
-                if (interval != 0 && mcu != 0 && mcu % interval == 0) {
-                    const Bytes part = bits.Finish();
-                    spelled.insert(spelled.end(), part.begin(), part.end());
-                    spelled.push_back(0xFF);
-                    spelled.push_back(static_cast<std::uint8_t>(0xD0 + (restart++ & 7)));
-                    bits = BitWriter();
-                }
-                for (int block = 0; block < blocks; ++block) {
-                    bits.Put(0, 2);
-                    PutEndOfBlock(bits);
-                }
-            }
-            const Bytes part = bits.Finish();
-            spelled.insert(spelled.end(), part.begin(), part.end());
-            const Bytes scan = Builder().Scan({1, 2, 3}).Done();
-            Bytes whole = headers;
-            whole.insert(whole.end(), scan.begin(), scan.end());
-            const Bytes empty = whole;
-            whole.insert(whole.end(), spelled.begin(), spelled.end());
+            const Bytes headers = builder.Restart(interval).Frame(0xC0, kSide, kSide, components).Scan(ids).Done();
+            const auto scans = ScansOfZeros(mcusFor(components[0].h) * mcusFor(components[0].v), blocks, interval);
             for (int format = 0; format < 3; ++format) {
-                EXPECT_EQ(Decoded(empty, 200, 200, format).buffer, Decoded(whole, 200, 200, format).buffer)
+                const Decoded spelled(Joined(headers, Joined(scans.spelled, kTail)), 200, 200, format);
+                ASSERT_EQ(spelled.result, 1);
+                EXPECT_EQ(Decoded(Joined(headers, kTail), 200, 200, format).buffer, spelled.buffer)
+                    << interval << " " << format;
+                EXPECT_EQ(Decoded(Joined(headers, Joined(scans.markers, kTail)), 200, 200, format).buffer,
+                          spelled.buffer)
                     << interval << " " << format;
             }
         }

@@ -24,6 +24,11 @@ constexpr double PassGain(int k) {
     return output < 1.0 ? 1.0 : output;
 }
 
+constexpr std::uint32_t Round(double value) {
+    const auto whole = static_cast<std::uint32_t>(value);
+    return value - whole < 0.5 ? whole : whole + 1;
+}
+
 // Both for each place of a block, row by row, so that a picture's tables are made without floating point.
 struct Factors {
     std::array<std::uint32_t, kBlockSize> scale; // of a quantiser, times 2^14, rounded
@@ -34,7 +39,7 @@ constexpr Factors kFactors = [] {
     for (int i = 0; i < kBlockSize; ++i) {
         const int row = i / kBlockSide;
         const int column = i % kBlockSide;
-        factors.scale[i] = static_cast<std::uint32_t>(kScale[row] * kScale[column] * 16384.0 + 0.5);
+        factors.scale[i] = Round(kScale[row] * kScale[column] * 16384.0);
         factors.gain[i] = static_cast<std::uint32_t>(PassGain(row) * PassGain(column) * 4096.0) + 1;
     }
     return factors;

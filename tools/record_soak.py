@@ -194,6 +194,23 @@ class Soak:
         done = subprocess.run(arguments, capture_output=True, text=True)
         check(done.returncode == 8, f"no folder: {done.returncode} {done.stderr.strip()}")
 
+    def read_only(self):
+        """A card that can only be read, with its folder and with an old recording."""
+        arguments = self.record_command("readonly", 5)
+        card = self.folder / "readonly/card"
+        (card / "DMB").mkdir()
+        (card / "DMB/old.dmb").write_bytes(b"old")
+        script = f'mount --bind "{card}" "{card}" && mount -o remount,ro,bind "{card}" && exec "$@"'
+        apart = ["unshare", "--map-root-user", "--mount", "sh", "-c", script, "sh"]
+        if subprocess.run([*apart, "true"], capture_output=True).returncode != 0:
+            print("NOT RUN a read-only card: this machine lets nobody mount")
+            return
+        done = subprocess.run([*apart, *arguments], capture_output=True, text=True)
+        check(done.returncode == 1 and "cannot write" in done.stderr,
+              f"a read-only card: {done.returncode} {done.stderr.strip()}")
+        check([file.name for file in self.recordings("readonly")] == ["old.dmb"] and
+              (card / "DMB/old.dmb").read_bytes() == b"old", "a read-only card has changed")
+
     def interrupted(self):
         child = subprocess.Popen(self.record_command("interrupted", 60), stdout=subprocess.DEVNULL,
                                  stderr=subprocess.DEVNULL)
@@ -266,6 +283,7 @@ def main():
         soak.card_full()
         soak.card_out()
         soak.no_folder()
+        soak.read_only()
         soak.interrupted()
         cycles.join()
         soak.commands()

@@ -29,6 +29,7 @@ public:
     void Grant(int granted) { budget += granted; }
     [[nodiscard]] int Budget() const { return budget; }
     [[nodiscard]] bool Spent() const { return budget <= 0; }
+    void FillUp() {} // a decoder reads ahead here
 
     unsigned Symbol(CumulativeModel model, unsigned wanted);
     unsigned Bit(unsigned p0, unsigned wanted);

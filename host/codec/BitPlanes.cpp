@@ -233,6 +233,7 @@ template <class Coder, bool kLimited>
             std::uint64_t done = left;
             while (left != 0 && !spent) {
                 const std::uint64_t one = left & (0 - left);
+                pass.coder.FillUp();
                 const unsigned index = w * 64 + static_cast<unsigned>(std::countr_zero(left));
                 if (!CodeQuadAsItIs<Coder, kLimited>(pass, quads[index], index * kQuadLines, (inFirst & one) != 0,
                                                      (inSecond & one) != 0)) {

@@ -40,7 +40,7 @@ constexpr std::array<std::array<std::uint32_t, kQuadLines>, 16> kSigns = [] {
 
 } // namespace
 
-void Reconstruction::DequantiseQuad(const Quad& quad, unsigned channel, float bandGain, float* lines) const {
+inline void Reconstruction::DequantiseQuad(const Quad& quad, unsigned channel, float bandGain, float* lines) const {
     const std::uint16_t* magnitude = &quad.magnitude[static_cast<std::size_t>(kQuadLines) * channel];
     std::uint64_t all = 0;
     std::memcpy(&all, magnitude, sizeof all);
@@ -62,21 +62,25 @@ void Reconstruction::DequantiseQuad(const Quad& quad, unsigned channel, float ba
 // windows.
 void Reconstruction::Dequantise(const BlockHeader& header, const LayerGeometry& geometry,
                                 std::span<const std::uint16_t> edges, const SideInformation& info,
-                                const BitPlanes& planes, unsigned channel, Spectrum& spectrum) const {
-    spectrum.fill(0);
+                                const BitPlanes& planes, Spectra& spectra) const {
+    for (unsigned c = 0; c < header.channels; ++c)
+        spectra[c].fill(0);
+    const QuadSet opened = planes.Opened();
     for (unsigned g = 0; g < geometry.groups; ++g) {
         const auto firstLine = static_cast<unsigned>(geometry.group[g].firstLine);
         const auto windows = static_cast<unsigned>(geometry.group[g].windows);
         for (unsigned sfb = 0; sfb < header.maxSfb; ++sfb) {
             const unsigned index = SfbIndex(g, sfb);
-            if (channel == 1 && IsIntensity(info, index))
-                continue;
-            const float bandGain = Gain(info.level[channel][index]);
+            const unsigned channels = header.channels == 2 && !IsIntensity(info, index) ? 2 : 1;
+            const std::array<float, kMaxChannels> gains{Gain(info.level[0][index]), Gain(info.level[1][index])};
             unsigned quad = (firstLine + edges[sfb] * windows) / kQuadLines;
-            for (unsigned line = edges[sfb]; line < edges[sfb + 1]; line += kQuadLines) {
+            const unsigned end = (firstLine + edges[sfb + 1] * windows) / kQuadLines;
+            for (unsigned line = firstLine + edges[sfb]; quad < end; line += kQuadLines) {
                 for (unsigned w = 0; w < windows; ++w, ++quad) {
-                    if (planes.Opened().Contains(quad))
-                        DequantiseQuad(planes.At(quad), channel, bandGain, &spectrum[firstLine + 128 * w + line]);
+                    if (!opened.Contains(quad))
+                        continue;
+                    for (unsigned c = 0; c < channels; ++c)
+                        DequantiseQuad(planes.At(quad), c, gains[c], &spectra[c][line + 128 * w]);
                 }
             }
         }
@@ -133,8 +137,7 @@ void Reconstruction::Run(const RateTables& rate, const BlockHeader& header, cons
                          const SideInformation& info, const BitPlanes& planes, Spectra& spectra) {
     const std::span<const std::uint16_t> edges = BandEdges(rate, header);
     const bool stereo = header.channels == 2;
-    for (unsigned c = 0; c < header.channels; ++c)
-        Dequantise(header, geometry, edges, info, planes, c, spectra[c]);
+    Dequantise(header, geometry, edges, info, planes, spectra);
 
     for (unsigned g = 0; g < geometry.groups; ++g) {
         const auto firstWindowLine = static_cast<unsigned>(geometry.group[g].firstLine);

@@ -37,7 +37,7 @@ private:
 
     [[nodiscard]] float Gain(int level) const;
     void Dequantise(const BlockHeader& header, const LayerGeometry& geometry, std::span<const std::uint16_t> edges,
-                    const SideInformation& info, const BitPlanes& planes, unsigned channel, Spectrum& spectrum) const;
+                    const SideInformation& info, const BitPlanes& planes, Spectra& spectra) const;
     void DequantiseQuad(const Quad& quad, unsigned channel, float gain, float* lines) const;
     void SubstituteNoise(const SideInformation& info, unsigned index, unsigned firstLine, unsigned lines,
                          Spectra& spectra);

@@ -75,17 +75,24 @@ void DabSource::StopWorker() {
 }
 
 void DabSource::Work() {
-    {
-        const std::scoped_lock lock(guard_);
-        hasLabel_ = false; // another service's
-    }
     gap_ = true;
     labelWaits_ = slideWaits_ = false;
     silentAt_ = clock_.Now() + kSilenceMs;
     reception_.Begin(broadcast_);
     medmb::BroadcastReader reader = broadcast_.Attach();
+    const bool sameService = reader.Attached() && reader.Generation() == generation_;
+    generation_ = reader.Generation();
+    {
+        const std::scoped_lock lock(guard_);
+        hasLabel_ = hasLabel_ && sameService;
+    }
     broadcast_.SetNotify([this] { wake_.Raise(); });
     medmb::BroadcastItem item;
+    // Sound that queued up while the graph was stopped is old.
+    while (sameService && !quit_ && reader.TryRead(item) == medmb::ReadResult::Item)
+        if (item.kind != medmb::ItemKind::Audio)
+            Take(item);
+    labelRepeats_ = hasLabel_; // the viewer forgot it at the stop, and it does not come again until it changes
     while (!quit_) {
         while (!quit_ && reader.Attached() && reader.TryRead(item) == medmb::ReadResult::Item)
             Take(item);
@@ -139,6 +146,7 @@ void DabSource::TakeFrame(const medmb::BroadcastItem& item) {
         silentAt_ = clock_.Now() + kSilenceMs;
         const bool weak = broadcast_.Signal() == medmb::SignalState::Weak;
         reception_.Report(weak ? ReceptionState::kWeak : ReceptionState::kPlaying);
+        labelWaits_ |= std::exchange(labelRepeats_, false);
     }
     gap_ |= item.discontinuity;
     if (paused_) {

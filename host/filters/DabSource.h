@@ -66,6 +66,8 @@ private:
     // The worker's.
     std::shared_ptr<const AudioFormat> format_;
     bool gap_ = false;
+    std::uint32_t generation_ = 0; // of the service that was read last
+    bool labelRepeats_ = false;    // with the first good frame
     Reception reception_;
     ce::Millis silentAt_ = 0; // when a sound frame will have been missing for too long
     // Events that nobody would have heeded during a pause.

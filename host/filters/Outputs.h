@@ -31,7 +31,7 @@ protected:
 // - When the card goes away, simply stop pulling: after half a second without a Pull the renderer calls Stop and keeps time itself;
 //   at the next run of a graph Start is tried again. A device that opens another card by itself may go on pulling instead.
 // - Every Start that answers true is followed by exactly one Stop, maybe from another thread, before the next Start. Neither may take
-//   longer than some tens of milliseconds, because a graph's Run and Stop wait for them: keep the card open in between.
+//   longer than some tens of milliseconds, because a graph's Run and Stop wait for them.
 // - Play what it gets: volume and mute are the renderer's.
 class SoundDevice {
 public:

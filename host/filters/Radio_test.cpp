@@ -100,6 +100,27 @@ TEST_F(Radio, PlaysBeforeItsFirstLabel) {
     EXPECT_EQ(session->TakeEvents()[IDMB_EVENT_PAD], 1);
 }
 
+// The view stops the radio while the signal is weak and forgets its labels then.
+TEST_F(Radio, AfterAStopOldSoundIsLeftOutAndTheLabelComesAgain) {
+    (void)session->control->Run();
+    PutFrame();
+    PutText("NEWS");
+    (void)session->control->Stop();
+    for (int i = 0; i < 400; ++i)
+        PutFrame(true);
+    (void)session->TakeEvents();
+    (void)session->control->Run();
+    world.clock.Settle();
+    EXPECT_EQ(session->TakeEvents()[IDMB_EVENT_PAD], 0);
+    PutFrame();
+    EXPECT_EQ(world.status.States().back(), ReceptionState::kPlaying);
+    EXPECT_EQ(session->TakeEvents()[IDMB_EVENT_PAD], 1);
+    PadInfo* record = nullptr;
+    ASSERT_EQ(session->controller->GetPadInfo(&record), S_OK);
+    ASSERT_NE(record, nullptr);
+    EXPECT_EQ(std::string(record->dlsText, record->dlsText + record->dlsLength), "NEWS");
+}
+
 TEST_F(Radio, SilenceHasAReason) {
     (void)session->control->Run();
     PutFrame();

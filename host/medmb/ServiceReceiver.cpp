@@ -26,16 +26,23 @@ std::uint64_t ServiceReceiver::CountGap(const EtiFrame& frame, bool restarted) {
     const auto last = lastFrameCount;
     lastFrameCount = count;
     if (restarted) {
+        stoodStill = 0;
         radio.Gap();
         discontinuity = discontinuity || libraryType == DMB_SERVICE_TYPE_DAB_AUDIO;
         return 0;
     }
-    if (!last || count == *last)
+    if (!last)
         return 0;
+    if (count == *last) {
+        ++stoodStill;
+        return 0;
+    }
+    // Receivers without a signal let the count stand still for some frames and jump then: nothing is missing.
+    const std::uint64_t still = std::exchange(stoodStill, 0);
     const auto gap =
         static_cast<std::uint64_t>((count - *last - 1 + 2 * wire::kEtiFrameCountModulo) % wire::kEtiFrameCountModulo);
     if (gap <= kLongestGap)
-        return gap;
+        return gap - std::min(gap, still);
     radio.Gap();
     discontinuity = true;
     return 0;

@@ -79,6 +79,7 @@ private:
     bool receiving = false;
     bool discontinuity = false;
     std::optional<int> lastFrameCount;
+    std::uint64_t stoodStill = 0; // frames since then that told the same count
     wire::ByteVector lastTable;
     struct HeldFrame {
         wire::ByteVector bytes;

@@ -89,6 +89,16 @@ TEST(ServiceReceiver, TheFrameCountWraps) {
     EXPECT_EQ(sink.gaps, 0);
 }
 
+// Software receivers without a signal do this. The clock of the service must not run ahead of the time that passes.
+TEST(ServiceReceiver, ACountThatStandsStillAndThenJumpsLosesNothing) {
+    Collector sink;
+    ServiceReceiver receiver(0xE201, sink);
+    for (int i = 0; i < 100; ++i)
+        Push(receiver, RadioOnly(), i - i % 4);
+    EXPECT_EQ(receiver.Counters().framesLost, 0u);
+    EXPECT_EQ(receiver.FrameTime(), 100u);
+}
+
 TEST(ServiceReceiver, AJumpOfTheFrameCountIsAGapOfUnknownLength) {
     Collector sink;
     ServiceReceiver receiver(0xE201, sink);

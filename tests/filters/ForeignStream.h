@@ -1,5 +1,5 @@
-// For tests: ordinary transport streams as other transmitters make them, by FFmpeg's multiplexer and encoders. Nothing of this system's
-// own writing side takes part.
+// For tests: ordinary transport streams as other transmitters make them, by FFmpeg's multiplexer and encoders. Nothing of this
+// system's own writing side takes part.
 #pragma once
 
 #include <cstdint>

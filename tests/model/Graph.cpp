@@ -33,8 +33,9 @@ void Model::DropGraph() {
 }
 
 int Model::CountInGraph(Kind kind) const {
-    return static_cast<int>(std::count_if(
-        filters.begin(), filters.end(), [kind](const Filter& filter) { return filter.kind == kind && filter.inGraph; }));
+    return static_cast<int>(std::count_if(filters.begin(), filters.end(), [kind](const Filter& filter) {
+        return filter.kind == kind && filter.inGraph;
+    }));
 }
 
 bool Model::Alive(Kind kind) const {
@@ -58,7 +59,8 @@ void Model::Enqueue(int code) {
 
 // The filter of the kind that was made last reports. The end of the stream counts once every renderer has come to it.
 void Model::Report(Kind kind, int code) {
-    const auto filter = std::find_if(filters.rbegin(), filters.rend(), [kind](const Filter& f) { return f.kind == kind; });
+    const auto filter =
+        std::find_if(filters.rbegin(), filters.rend(), [kind](const Filter& f) { return f.kind == kind; });
     if (filter == filters.rend() || !filter->inGraph)
         return;
     if (code != kComplete)

@@ -58,6 +58,7 @@ void Model::Open(const std::vector<Record>& channels, bool listFile, std::option
     fileList = channels;
     fileExists = listFile;
     Preload();
+    active = true;
 }
 
 void Model::Close() {
@@ -86,7 +87,32 @@ void Model::CloseNow() {
     std::erase_if(queue, [](const Posted& message) { return message.window == kView; });
     timers.clear();
     pictureShown = false;
-    minimized = false;
+    minimized = homeInFront = active = false;
+}
+
+// The home screen holds the view; in front again it is active first and goes on then.
+void Model::ShowHome() {
+    if (homeInFront || minimized)
+        return;
+    Note("hold");
+    Hold(1);
+    active = false;
+    homeInFront = true;
+}
+
+void Model::ShowView() {
+    if (!modals.empty())
+        return;
+    if (minimized) {
+        Restore();
+        return;
+    }
+    if (!homeInFront)
+        return;
+    Note("back");
+    homeInFront = false;
+    active = true;
+    Hold(0);
 }
 
 // ---- The base ------------------------------------------------------------------------------------------------------------
@@ -233,7 +259,7 @@ void Model::Minimize() {
 }
 
 void Model::MoveSmall(const Place& place) {
-    if (!minimized || !IsUsable(place))
+    if (!minimized || !IsUsable(place) || place == smallPlace)
         return;
     const long grown = place.right - place.left - (smallPlace.right - smallPlace.left);
     smallPlace = place;

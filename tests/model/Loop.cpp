@@ -43,7 +43,7 @@ void Model::Send(unsigned message, std::int64_t w, std::int64_t l) {
 }
 
 void Model::KeyUp(unsigned code, unsigned repeat) {
-    PostTo(kView, kKeyReleased, code, repeat);
+    PostTo(homeInFront ? kMain : kView, kKeyReleased, code, repeat);
 }
 
 std::int64_t Model::Dispatch(const Posted& message) {
@@ -55,6 +55,8 @@ std::int64_t Model::Dispatch(const Posted& message) {
             CloseNow();
         else if (message.message == kCommand && id == 17)
             Restore();
+        else if (message.message == kKeyReleased && id == 195)
+            ShowView();
         return 0;
     }
     if (message.window == kBox) {
@@ -83,14 +85,17 @@ std::int64_t Model::Dispatch(const Posted& message) {
         PostedBox("VelDMB", id, static_cast<int>(message.l));
         break;
     case kChangeChannel: {
-        const std::string text = message.l > kLabelField ? texts[message.l] : message.l == kLabelField ? labelField : "";
+        const std::string text = message.l > kLabelField    ? texts[message.l]
+                                 : message.l == kLabelField ? labelField
+                                                            : "";
         ChangeTo(id, message.l == kNull ? nullptr : &text);
         break;
     }
     case kUpdateInfo:
         if (message.w == 0) {
-            const std::string text =
-                message.l > kLabelField ? texts[message.l] : message.l == kLabelField ? labelField : "";
+            const std::string text = message.l > kLabelField    ? texts[message.l]
+                                     : message.l == kLabelField ? labelField
+                                                                : "";
             ShowInfo(message.l == kNull ? nullptr : &text);
         } else {
             ShowInfoText(id & 0xFFFF);

@@ -47,6 +47,8 @@ public:
     void Minimize();
     void MoveSmall(const Place& place);
     void Restore();
+    void ShowHome(); // another screen in front, and back
+    void ShowView();
     void SaveAll();
     void SetSnrDebug(int value);
     void SetRatio(int value);
@@ -145,6 +147,8 @@ private:
     bool toolsShown = true;
     bool toggleOn = true;
     bool minimized = false;
+    bool homeInFront = false; // the view is held behind it
+    bool active = false;
     bool saveRequested = false;
     bool pictureShown = false;
     int keepsAspect = 0;

@@ -18,18 +18,75 @@ constexpr long kUsualSteps = 100000;
 constexpr std::size_t kShownSteps = 20;
 constexpr long kShownLines = 30;
 
-constexpr const char* kEveryEffect[] = {
-    "mode 2", "mode 4", "mode 5", "mode 8", "aspect 0", "aspect 1", "video on", "video off", "controls on", "controls off",
-    "title [CH", "box VelDMB 1001 style 2", "box VelDMB 1009 style 2", "box VelDMB 1010 style 3", "box VelDMB 1011 style 1",
-    "box VelDMB 1013 style 2", "box VelDMB 1014 style 2", "box VelDMB 1015 style 2", "box VelMain 5 style 3", "answer 1011 1",
-    "answer 1011 2", "unanswered", "small ", "full", "host key 27", "host key 33", "host key 180", "host key 193",
-    "host timer 999", "post main command 17", "post main 1324", "post view 1026", "post view 1029 0", "post view 1029 1573912",
-    "post view 1124 ", "post view 1125 0 ", "post view 1126 1000 1", "post view 1126 1000 -1", "post view 1127 0 0",
-    "post view command 20", "post view command 23", "post view command 96", "post view command 97", "stream.Close",
-    "tuner.Open", "tuner.Close", "tuner.GetChannel 214736000", "tuner.GetRSSI", "tuner.GetSNR", "tuner.SetChannel",
-    "parser.Create = 80004005", "dab.Create = 80004005", "parser.Load", "parser.SetCaptureFileName", "parser.StartCapture",
-    "parser.StopCapture", "parser.GetParam", "parser.SetParam", "picture.HoldVideo", "picture.ResumeVideo",
-    "dab.FetchPadInfo", "dab.End", "parser.End", "audio.Pause = 80004005", "audio.Run = 80004005", "audio.Stop = 80004005"};
+constexpr const char* kEveryEffect[] = {"mode 2",
+                                        "mode 4",
+                                        "mode 5",
+                                        "mode 8",
+                                        "aspect 0",
+                                        "aspect 1",
+                                        "video on",
+                                        "video off",
+                                        "controls on",
+                                        "controls off",
+                                        "title [CH",
+                                        "box VelDMB 1001 style 2",
+                                        "box VelDMB 1009 style 2",
+                                        "box VelDMB 1010 style 3",
+                                        "box VelDMB 1011 style 1",
+                                        "box VelDMB 1013 style 2",
+                                        "box VelDMB 1014 style 2",
+                                        "box VelDMB 1015 style 2",
+                                        "box VelMain 5 style 3",
+                                        "answer 1011 1",
+                                        "answer 1011 2",
+                                        "unanswered",
+                                        "small ",
+                                        "full",
+                                        "host key 27",
+                                        "host key 33",
+                                        "host key 180",
+                                        "host key 193",
+                                        "host timer 999",
+                                        "post main command 17",
+                                        "post main 1324",
+                                        "post view 1026",
+                                        "post view 1029 0",
+                                        "post view 1029 1573912",
+                                        "post view 1124 ",
+                                        "post view 1125 0 ",
+                                        "post view 1126 1000 1",
+                                        "post view 1126 1000 -1",
+                                        "post view 1127 0 0",
+                                        "post view command 20",
+                                        "post view command 23",
+                                        "post view command 96",
+                                        "post view command 97",
+                                        "stream.Close",
+                                        "tuner.Open",
+                                        "tuner.Close",
+                                        "tuner.GetChannel 214736000",
+                                        "tuner.GetRSSI",
+                                        "tuner.GetSNR",
+                                        "tuner.SetChannel",
+                                        "parser.Create = 80004005",
+                                        "dab.Create = 80004005",
+                                        "parser.Load",
+                                        "parser.SetCaptureFileName",
+                                        "parser.StartCapture",
+                                        "parser.StopCapture",
+                                        "parser.GetParam",
+                                        "parser.SetParam",
+                                        "picture.HoldVideo",
+                                        "picture.ResumeVideo",
+                                        "picture.put_AutoShow",
+                                        "hold",
+                                        "back",
+                                        "dab.FetchPadInfo",
+                                        "dab.End",
+                                        "parser.End",
+                                        "audio.Pause = 80004005",
+                                        "audio.Run = 80004005",
+                                        "audio.Stop = 80004005"};
 
 long Setting(const char* name, long usual) {
     const char* text = std::getenv(name);
@@ -122,6 +179,7 @@ TEST(Model, RandomWalkDoesWhatTheTablesSay) {
     while (done < steps && comparison.Do(done))
         ++done;
     EXPECT_EQ(done, steps);
-    if (steps >= kUsualSteps)
-        { EXPECT_EQ(comparison.NeverSeen(), std::vector<std::string>{}); }
+    if (steps >= kUsualSteps) {
+        EXPECT_EQ(comparison.NeverSeen(), std::vector<std::string>{});
+    }
 }

@@ -47,7 +47,8 @@ bool Model::ChangeTo(int index, const std::string* label) {
             return false;
         }
     }
-    const auto position = static_cast<std::size_t>(index < 0 ? 0 : index); // the list takes a negative one for the first
+    const auto position =
+        static_cast<std::size_t>(index < 0 ? 0 : index); // the list takes a negative one for the first
     if (position >= list.size()) {
         ShowInfoText(1002);
         return false;

@@ -66,6 +66,10 @@ void Model::RunDMB() {
             Note("aspect " + std::to_string(ratio));
         }
         PostTo(kView, kVideoRequest, kShowVideo);
+        if (!active && CountInGraph(kPicture) > 0) {
+            Note("picture.put_AutoShow(false)");
+            Note("picture.put_Visible(false)");
+        }
     }
     if (noSignal) {
         ShowInfo(nullptr);

@@ -3,16 +3,16 @@
 namespace model {
 
 const char* const Number::kNames[kCount] = {
-    "open",        "clock",       "mode",        "current",      "last",        "pending",    "last television",
-    "last radio",  "count",       "file",        "retries",      "on air",      "no signal",  "signal wait",
-    "change busy", "box up",      "scanning",    "toggle guard", "dirty",       "record time", "ratio",
-    "snr debug",   "slide ready", "found blocks", "current type", "last type",  "graph",      "controller",
-    "control",     "event",       "video",       "tuner",        "timers",      "filters",    "minimized",
-    "tools shown", "toggle on",   "picture shown", "keeps aspect", "info shown", "info top",  "info right",
-    "label left",  "label bottom", "26 left",    "10 state",     "10 level",    "9 shown",    "42 shown",
-    "2 shown",     "49 shown",    "50 shown",    "26 shown",     "20-27 shown", "20 state",   "21 state",
-    "22 state",    "23 state",    "24 state",    "25 state",     "27 state",    "23 face",    "24 face",
-    "26 face",     "27 face",     "modal depth"};
+    "open",        "clock",        "mode",          "current",      "last",        "pending",     "last television",
+    "last radio",  "count",        "file",          "retries",      "on air",      "no signal",   "signal wait",
+    "change busy", "box up",       "scanning",      "toggle guard", "dirty",       "record time", "ratio",
+    "snr debug",   "slide ready",  "found blocks",  "current type", "last type",   "graph",       "controller",
+    "control",     "event",        "video",         "tuner",        "timers",      "filters",     "minimized",
+    "tools shown", "toggle on",    "picture shown", "keeps aspect", "info shown",  "info top",    "info right",
+    "label left",  "label bottom", "26 left",       "10 state",     "10 level",    "9 shown",     "42 shown",
+    "2 shown",     "49 shown",     "50 shown",      "26 shown",     "20-27 shown", "20 state",    "21 state",
+    "22 state",    "23 state",     "24 state",      "25 state",     "27 state",    "23 face",     "24 face",
+    "26 face",     "27 face",      "modal depth"};
 
 namespace {
 

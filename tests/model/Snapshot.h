@@ -62,8 +62,8 @@ struct Number {
         ScanBoxShown,
         ScanTextShown,
         SmallToggleShown,
-        ToolShown,    // bit n: element 20 + n
-        StateScan,    // of elements 20 to 25 and 27
+        ToolShown, // bit n: element 20 + n
+        StateScan, // of elements 20 to 25 and 27
         StateList,
         StateSetting,
         StateRecord,

@@ -9,23 +9,24 @@ namespace model {
 namespace {
 
 const char* const kNames[Step::kCount] = {
-    "open",      "settle",      "close",     "idle",     "wait",   "command",  "change", "change by label", "step",
-    "show label", "show text",  "on air",    "graph notice", "key", "timer tick", "event", "hold",           "pause",
-    "stop",      "release",     "controls",  "small",    "move",   "full",     "save all", "snr debug",     "ratio",
-    "record time", "mask",      "reading",   "play file", "toggle", "theme",   "preload", "surroundings"};
+    "open",      "settle",     "close",     "idle",      "wait",         "command",     "change",     "change by label",
+    "step",      "show label", "show text", "on air",    "graph notice", "key",         "timer tick", "event",
+    "hold",      "pause",      "stop",      "release",   "controls",     "small",       "move",       "full",
+    "home",      "back",       "save all",  "snr debug", "ratio",        "record time", "mask",       "reading",
+    "play file", "toggle",     "theme",     "preload",   "surroundings"};
 
 // How often each kind comes, of a thousand or so.
-constexpr int kWeights[] = {0,  0,  2,  160, 190, 110, 60, 8,  20, 8,  10, 20, 6, 70, 14, 130, 12,
-                            8,  6,  5,  6,   10,  6,   14, 5,  6,  4,  5,  6,  8, 6,  6,   2,   1,   110};
+constexpr int kWeights[] = {0, 0, 2,  160, 190, 110, 60, 8, 20, 8, 10, 20, 6, 70, 14, 130, 12, 8,  6,
+                            5, 6, 10, 6,   14,  8,   12, 5, 6,  4, 5,  6,  8, 6,  6,  2,   1,  110};
 static_assert(std::size(kWeights) == Step::kCount);
 
-constexpr int kWaits[] = {1,   20,  99,  100,  101,  250,  499,  500,  501,  999,  1000, 1000,
+constexpr int kWaits[] = {1,    20,   99,   100,  101,  250,  499,  500,  501,  999,  1000,  1000,
                           1001, 1500, 2000, 2999, 3000, 3001, 4000, 5000, 5001, 9999, 10000, 10001};
 constexpr int kLongWait = 301000;
 constexpr int kCommands[] = {17, 18, 19, 20, 21, 22, 23, 23, 23, 24, 24, 25, 25, 26, 27, 27, 96, 97, 999};
 constexpr unsigned kKeys[] = {27, 33, 34, 65, 180, 193, 193, 195};
 constexpr int kTicks[] = {200, 201, 202, 203, 204, 205, 206, 207, 208, 999};
-constexpr int kEvents[] = {kComplete,   kFirstPicture, kFirstPicture, kAudioChange, kPadText,   kPadText, kPadText,
+constexpr int kEvents[] = {kComplete,   kFirstPicture, kFirstPicture, kAudioChange, kPadText,    kPadText,    kPadText,
                            kSlideReady, kTimeReset,    kSignalGone,   kSignalGone,  kSignalGone, kSignalBack, 0x7777};
 constexpr int kReadings[] = {-1, 0, 5, 6, 7, 8, 9, 10, 11, 13, 15, 17, 19, 21, 24, 30};
 constexpr float kSignals[] = {0.0F, 5.9F, 6.0F, 6.9F, 7.0F, 8.0F, 8.99F, 9.0F, 12.0F, 16.5F, 20.0F, 23.9F, 30.0F};
@@ -147,7 +148,8 @@ void Walk::FillOpen(Step& step) {
     constexpr int kinds[] = {0, 0, 0, 1, 1, 1, 3, 7};
     const int records = OneIn(5) ? 0 : 1 + Below(6);
     for (int i = 0; i < records; ++i)
-        step.channels.push_back({FrequencyOf(Below(kRows)), OneOf(kLabels), static_cast<unsigned>(16 + i), OneOf(kinds)});
+        step.channels.push_back(
+            {FrequencyOf(Below(kRows)), OneOf(kLabels), static_cast<unsigned>(16 + i), OneOf(kinds)});
     step.listFile = !OneIn(8);
     if (!OneIn(4))
         step.savedChannel = Below(8) - 1;
@@ -156,8 +158,8 @@ void Walk::FillOpen(Step& step) {
 }
 
 void Walk::ChooseAnswers(Inputs& in) {
-    constexpr Answer::Act acts[] = {Answer::Ok, Answer::Ok, Answer::Cancel, Answer::EscapeKey, Answer::OkKey, Answer::Pick,
-                                    Answer::Pick};
+    constexpr Answer::Act acts[] = {Answer::Ok,    Answer::Ok,   Answer::Cancel, Answer::EscapeKey,
+                                    Answer::OkKey, Answer::Pick, Answer::Pick};
     for (int i = Below(3); i > 0; --i)
         in.answers.push_back({OneOf(acts), Below(3), Below(5)});
 }

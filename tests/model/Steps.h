@@ -37,6 +37,8 @@ struct Step {
         Small,
         Move,
         Full,
+        Home,
+        Back,
         SaveAll,
         SnrDebug,
         Ratio,
@@ -46,7 +48,7 @@ struct Step {
         PlayFile,
         Toggle,
         Theme,
-        Preload, // once more: a stream is lost by rule
+        Preload,      // once more: a stream is lost by rule
         Surroundings, // the tuner, a filter or the card behaves otherwise from here on
         kCount
     };
@@ -157,6 +159,12 @@ template <class Side> void Perform(Side& side, const Step& step) {
         break;
     case Step::Full:
         side.Restore();
+        break;
+    case Step::Home:
+        side.ShowHome();
+        break;
+    case Step::Back:
+        side.ShowView();
         break;
     case Step::SaveAll:
         side.SaveAll();

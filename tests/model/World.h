@@ -43,6 +43,8 @@ public:
     void Minimize();
     void MoveSmall(const Place& place);
     void Restore();
+    void ShowHome();
+    void ShowView();
     void SaveAll();
     void SetSnrDebug(int value);
     void SetRatio(int value);
@@ -66,8 +68,8 @@ private:
     void Sync();
     void LookAtElements(Snapshot& seen);
 
-    ce::ManualClock graphClock;              // of the graphs alone, which never wait here
-    dshow::ClassTable graphs{graphClock};    // makes them as long as there are any
+    ce::ManualClock graphClock;           // of the graphs alone, which never wait here
+    dshow::ClassTable graphs{graphClock}; // makes them as long as there are any
     harness::Device device;
     scripted::Stage stage;
     std::unique_ptr<PadInfo> pad;

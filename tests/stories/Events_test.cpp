@@ -50,6 +50,18 @@ TEST_F(EventStory, SixthNoSignalReportShowsTheText) {
 }
 
 // Edge case: minimised, the short text.
+TEST_F(EventStory, CountOfReportsIsTheModulesNotTheViews) {
+    Tune(kNews);
+    for (int i = 0; i < 5; ++i)
+        Report(Kind::Parser, IDMB_EVENT_NO_SIGNAL);
+    Close();
+    Open();
+    Tune(kNews);
+    Report(Kind::Parser, IDMB_EVENT_NO_SIGNAL); // the sixth
+    EXPECT_EQ(peer->NoSignal(), 1);
+    EXPECT_EQ(Info(), TextOf(kTextNoSignal));
+}
+
 TEST_F(EventStory, SixthReportWhileSmallShowsTheShortText) {
     Tune(kNews);
     ASSERT_TRUE(device.shell.Minimize());
@@ -343,6 +355,17 @@ TEST_F(EventStory, OtherKeysReachTheShell) {
     device.shell.Key(65);
     Idle();
     EXPECT_TRUE(Saw("host key 65"));
+}
+
+TEST_F(EventStory, TouchesAreTheSkins) {
+    Tune(kNews);
+    Forget();
+    const RECT& next = Element(kElementChannelUp).GetRect();
+    device.shell.Click((next.left + next.right) / 2, (next.top + next.bottom) / 2);
+    Idle();
+    EXPECT_TRUE(InOrder({"post view 513", "post view command 25", "post view 1126 1000 1"})); // WM_LBUTTONDOWN
+    EXPECT_EQ(peer->PendingChannel(), kSport);
+    KillTimer(view->GetSafeHwnd(), eCHANGE_TIMER);
 }
 
 // ---- Timers and texts --------------------------------------------------------------------------------------------------

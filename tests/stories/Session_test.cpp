@@ -328,6 +328,35 @@ TEST_F(SessionStory, HoldingPausesAndKeepsThePictureAndReturningRuns) {
     EXPECT_EQ(view->GetPlayMode(), kPlayModePlaying);
 }
 
+TEST_F(SessionStory, ViewThatIsNotInFrontKeepsItsPictureHidden) {
+    Open();
+    Tune(kNews);
+    ASSERT_TRUE(device.shell.ShowHome());
+    EXPECT_EQ(view->GetPlayMode(), kPlayModePaused);
+    Forget();
+    peer->RunDMB();
+    EXPECT_TRUE(
+        InOrder({"mode 4", "post view 1029 1573912 0", "picture.put_AutoShow(false)", "picture.put_Visible(false)"}));
+    ASSERT_TRUE(device.shell.ShowView());
+    Forget();
+    peer->RunDMB();
+    EXPECT_EQ(Count("picture.put_"), 0);
+}
+
+TEST_F(SessionStory, FaceOfTheToggleFollowsTheKind) {
+    Open();
+    Tune(kNews);
+    EXPECT_EQ(FaceOf(kElementToggleFull), 1);
+    Tune(kMusic);
+    EXPECT_EQ(FaceOf(kElementToggleFull), 0);
+    ASSERT_TRUE(device.shell.Minimize());
+    EXPECT_EQ(FaceOf(kElementToggleSmall), 0);
+    Tune(kNews);
+    EXPECT_EQ(FaceOf(kElementToggleSmall), 1); // the small one, while small
+    EXPECT_EQ(FaceOf(kElementToggleFull), 0);
+    device.shell.Restore();
+}
+
 // Edge case: holding a radio session, which has no video window, does nothing.
 TEST_F(SessionStory, HoldingARadioDoesNothing) {
     Open();

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "dataservice/PadInfo.h"
+#include "host/shell/skin/Element.h"
 
 namespace stories {
 
@@ -136,6 +137,10 @@ GButton& Story::Element(UINT id) const {
     if (button == nullptr)
         throw std::runtime_error("the skin has no element " + std::to_string(id));
     return *button;
+}
+
+int Story::FaceOf(UINT id) const {
+    return static_cast<const shell::Element&>(Element(id)).State().face;
 }
 
 WString Story::Info() const {

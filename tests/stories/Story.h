@@ -61,6 +61,8 @@ protected:
     void Forget() { device.shell.ClearLog(); }
 
     [[nodiscard]] GButton& Element(UINT id) const;
+    // 0 the normal, 1 the alternative face; no view can ask for it.
+    [[nodiscard]] int FaceOf(UINT id) const;
     [[nodiscard]] WString Info() const; // empty when the element is hidden
     [[nodiscard]] WString TextOf(WORD id) const { return view->GetMessageW(id); }
 

@@ -102,10 +102,8 @@ void Controls::Do(Action action) {
         SendKey(kKeyDown, kKeyChannelUp);
         break;
     case Action::Ok:
-        if (shell.ModalDepth() > 0 || shell.IsBoxOpen())
-            shell.Key(kKeyOk);
-        else
-            PressTool(shell, kElementList);
+        if (shell.ModalDepth() > 0 || shell.IsBoxOpen() || !PressTool(shell, kElementList))
+            shell.Key(kKeyOk); // also the way from the home screen to television
         break;
     case Action::Cancel:
         shell.Key(kKeyEscape);

@@ -71,7 +71,7 @@ TEST_F(ProgramTest, WrongUsageIsStatus2) {
     EXPECT_EQ(script.status, 2);
     EXPECT_TRUE(Contains(script.output, "line 1: unknown line 'dance'"));
     const Outcome keys = Call("echo 'G = sing' >" + base + "/k; SDL_VIDEODRIVER=dummy $DMBTV --keys " + base + "/k " +
-                             air + folders + " 2>&1");
+                              air + folders + " 2>&1");
     EXPECT_EQ(keys.status, 2);
     EXPECT_TRUE(Contains(keys.output, "no action is called 'sing'"));
 }
@@ -125,7 +125,7 @@ TEST_F(ProgramTest, AScanFindsOutWhatIsWrongWithABlock) {
 // Edge case: the profile folder is read-only
 TEST_F(ProgramTest, AListThatCannotBeStoredIsTold) {
     const Outcome outcome = Call("$DMBTV scan " + air + " --json --profile /proc/nothing --card " + base +
-                                "/card --device-root " + base + "/device 2>&1 >/dev/null");
+                                 "/card --device-root " + base + "/device 2>&1 >/dev/null");
     EXPECT_EQ(outcome.status, 1);
     EXPECT_TRUE(Contains(outcome.output, "the channel list could not be written")) << outcome.output;
 }
@@ -133,7 +133,7 @@ TEST_F(ProgramTest, AListThatCannotBeStoredIsTold) {
 TEST_F(ProgramTest, AFailedExpectationIsStatus1WithLineWantedAndGot) {
     const Outcome outcome =
         Call("printf '# remark\\nexpect type 7\\n' >" + base + "/s; $DMBTV --headless " + air +
-            " --log-level error --script " + base + "/s --transcript " + base + "/t" + folders + "2>&1");
+             " --log-level error --script " + base + "/s --transcript " + base + "/t" + folders + "2>&1");
     EXPECT_EQ(outcome.status, 1);
     EXPECT_TRUE(Contains(outcome.output, "line 2 (expect type 7): wanted 7, got ")) << outcome.output;
     EXPECT_TRUE(Contains(Call("cat " + base + "/t").output, "FAILED"));
@@ -144,8 +144,8 @@ TEST_F(ProgramTest, AnInterruptEndsInOrderWithStatus130) {
         // The program itself tells when it is there: the pipe ends the waiting.
         const Outcome outcome =
             Call("SDL_VIDEODRIVER=dummy SDL_AUDIODRIVER=dummy; export SDL_VIDEODRIVER SDL_AUDIODRIVER; mkfifo " + base +
-                "/said" + window + "; $DMBTV " + window + " " + air + folders + " 2>" + base + "/said" + window +
-                " & read line <" + base + "/said" + window + "; kill -INT $!; wait $!");
+                 "/said" + window + "; $DMBTV " + window + " " + air + folders + " 2>" + base + "/said" + window +
+                 " & read line <" + base + "/said" + window + "; kill -INT $!; wait $!");
         EXPECT_EQ(outcome.status, 130) << window;
         fs::remove_all(base + "/profile");
     }
@@ -154,9 +154,9 @@ TEST_F(ProgramTest, AnInterruptEndsInOrderWithStatus130) {
 // Edge case: no sound card
 TEST_F(ProgramTest, WithoutASoundCardAWindowPlaysOn) {
     const Outcome outcome = Call("printf 'wait 100\\nexpect mode 4\\n' >" + base +
-                                "/s; SDL_VIDEODRIVER=dummy "
-                                "SDL_AUDIODRIVER=none-such $DMBTV " +
-                                air + " --script " + base + "/s" + folders + "2>&1");
+                                 "/s; SDL_VIDEODRIVER=dummy "
+                                 "SDL_AUDIODRIVER=none-such $DMBTV " +
+                                 air + " --script " + base + "/s" + folders + "2>&1");
     EXPECT_EQ(outcome.status, 0) << outcome.output;
     EXPECT_TRUE(Contains(outcome.output, "no sound card")) << outcome.output;
 }

@@ -27,8 +27,10 @@ std::uint32_t Pixel(int y, int u, int v) {
 void ToRgb(const filters::Picture& picture, std::span<std::uint32_t> pixels) {
     const std::size_t width = static_cast<std::size_t>(picture.width);
     const std::size_t height = static_cast<std::size_t>(picture.height);
-    if (picture.i420.size() < picture.LumaBytes() + 2 * picture.ChromaBytes() || pixels.size() < width * height)
+    if (picture.i420.size() < picture.LumaBytes() + 2 * picture.ChromaBytes() || pixels.size() < width * height) {
+        std::fill(pixels.begin(), pixels.end(), 0);
         return;
+    }
     const std::size_t chromaWidth = (width + 1) / 2;
     const std::uint8_t* luma = picture.i420.data();
     const std::uint8_t* u = luma + picture.LumaBytes();

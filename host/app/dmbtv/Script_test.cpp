@@ -10,16 +10,18 @@ TEST(Script, EveryLineIsRead) {
                    "pick 1 0\nshot a.png\nexpect mode 4\nexpect type -1\nexpect text 43 \"\"\n"
                    "expect title \"[CH12] \\\"A\\\\B\\\"\"\nexpect box 1001\nquit\r\n");
     ASSERT_EQ(script.error, "");
-    ASSERT_EQ(script.lines.size(), 14u);
-    EXPECT_EQ(script.lines[0].verb, Verb::Wait);
-    EXPECT_EQ(script.lines[0].first, 500);
-    EXPECT_EQ(script.lines[0].line, 3);
-    EXPECT_EQ(script.lines[3].second, 20);
-    EXPECT_EQ(script.lines[4].second, 1);
-    EXPECT_EQ(script.lines[5].second, 0);
-    EXPECT_EQ(script.lines[9].first, -1);
-    EXPECT_EQ(script.lines[11].text, "[CH12] \"A\\B\"");
-    EXPECT_EQ(script.lines[13].verb, Verb::Quit);
+    ASSERT_EQ(script.lines.size(), 15u);
+    EXPECT_EQ(script.lines[0].verb, Verb::Remark);
+    EXPECT_EQ(script.lines[0].text, "comment");
+    EXPECT_EQ(script.lines[1].verb, Verb::Wait);
+    EXPECT_EQ(script.lines[1].first, 500);
+    EXPECT_EQ(script.lines[1].line, 3);
+    EXPECT_EQ(script.lines[4].second, 20);
+    EXPECT_EQ(script.lines[5].second, 1);
+    EXPECT_EQ(script.lines[6].second, 0);
+    EXPECT_EQ(script.lines[10].first, -1);
+    EXPECT_EQ(script.lines[12].text, "[CH12] \"A\\B\"");
+    EXPECT_EQ(script.lines[14].verb, Verb::Quit);
 }
 
 TEST(Script, ErrorsNameLineAndReason) {

@@ -1,4 +1,5 @@
 // Watching in a window. The main thread has the window and nothing else; the shell's thread has everything else.
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <mutex>
@@ -7,8 +8,10 @@
 
 #include "host/app/dmbtv/Controls.h"
 #include "host/app/dmbtv/ExitStatus.h"
+#include "host/app/dmbtv/Folders.h"
 #include "host/app/dmbtv/Interrupts.h"
 #include "host/app/dmbtv/Player.h"
+#include "host/headend/Demo.h"
 #include "host/shell/sdl/SoundCard.h"
 #include "host/shell/sdl/Window.h"
 
@@ -81,9 +84,40 @@ std::shared_ptr<const sdl::Picture> PlanesOf(const std::shared_ptr<const filters
     return planes;
 }
 
+// What the window shows while the demo broadcast is made: how far that is. The title says it in words.
+std::shared_ptr<const sdl::Frame> ProgressFrame(double share) {
+    constexpr std::uint32_t kGround = 0xFF0B1016, kTrack = 0xFF26313D, kBar = 0xFF4FB3C9;
+    constexpr int kLeft = 200, kTop = 236, kWidth = 400, kHeight = 8;
+    auto frame = std::make_shared<sdl::Frame>();
+    frame->pixels.assign(static_cast<std::size_t>(sdl::kScreenWidth) * sdl::kScreenHeight, kGround);
+    const int done = static_cast<int>(kWidth * std::clamp(share, 0.0, 1.0));
+    for (int y = kTop; y < kTop + kHeight; ++y) {
+        const auto row = frame->pixels.begin() + static_cast<std::ptrdiff_t>(y) * sdl::kScreenWidth + kLeft;
+        std::fill_n(row, kWidth, kTrack);
+        std::fill_n(row, done, kBar);
+    }
+    frame->title = std::string("making the demo broadcast - ") + kWindowTitle;
+    return frame;
+}
+
+// Made here and not by the session, so that somebody who starts the program for the first time sees why it takes a while.
+void MakeDemoInSight(const Options& options, sdl::Frames& frames) {
+    if (!options.source.empty() || !options.command.empty() || options.noBroadcast)
+        return;
+    try {
+        (void)headend::EnsureDemo(CacheFolder() / "demo", [&frames](double share, const std::string& what) {
+            Log(LogLevel::Debug, "demo broadcast: " + what);
+            frames.Show(ProgressFrame(share));
+        });
+    } catch (const std::exception& error) {
+        throw StartFailure(kExitNoInput, std::string("the demo broadcast cannot be made: ") + error.what());
+    }
+}
+
 int PlayBehindWindow(const Options& options, const WindowTask& task, CardPort& card, QuitPort& quit,
                      sdl::Frames& frames, sdl::Inputs& inputs, WindowState& state) {
     try {
+        MakeDemoInSight(options, frames);
         Session session(options, {&card, nullptr, [&frames](const auto& picture) { frames.Show(PlanesOf(picture)); }});
         quit.Join(&session);
         int status = kExitDone;
@@ -135,7 +169,8 @@ int PlayInWindow(const Options& options, const WindowTask& task) {
     });
     window->Run([&quit] { quit.Request(); });
     shellThread.join();
-    state.fullScreen = window->IsFullScreen() && !options.fullScreen;
+    if (!options.fullScreen)
+        state.fullScreen = window->IsFullScreen();
     if (state != before)
         Keep(state, stateFile);
     return interrupts.Came() ? int{kExitInterrupted} : status;
