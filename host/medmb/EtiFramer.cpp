@@ -49,22 +49,28 @@ bool EtiFramer::SkipToSync() {
     return at + wire::kEtiSyncBytes <= rest.size();
 }
 
+// Another frame begins right behind the content, or behind a length word: this one is of a streamed file, and whole.
+bool EtiFramer::NextFollowsContent(const EtiFrame& frame) const {
+    for (const std::size_t at : {frame.Length(), frame.Length() + kLengthWordBytes})
+        if (Rest().size() >= at + wire::kEtiSyncBytes && wire::HasEtiSync(Rest().subspan(at)))
+            return true;
+    return false;
+}
+
 EtiFramer::Verdict EtiFramer::Judge(const EtiFrame& frame) const {
-    if (frame.HeaderCrcOk() || (locked && position == due))
+    if (frame.HeaderCrcOk() || (locked && position == due) || NextFollowsContent(frame))
         return Verdict::Frame;
     if (Rest().size() < wire::kEtiFrameBytes + wire::kEtiSyncBytes)
         return finished ? Verdict::NoFrame : Verdict::NeedMore;
     return wire::HasEtiSync(Rest().subspan(wire::kEtiFrameBytes)) ? Verdict::Frame : Verdict::NoFrame;
 }
 
-// Where another frame begins before this one, with its padding, can be over. In streamed files the next one rightly begins
-// where the content ends.
+// Where another frame begins before this one, with its padding, can be over.
 std::optional<std::size_t> EtiFramer::HeaderInside(const EtiFrame& frame) const {
     const std::size_t end = std::min(wire::kEtiFrameBytes, Rest().size());
     for (std::size_t at = wire::kEtiSyncBytes; at + wire::kEtiSyncBytes <= end; ++at) {
         const ByteSpan rest = Rest().subspan(at);
-        if (!wire::HasEtiSync(rest.first(wire::kEtiSyncBytes)) || at == frame.Length() ||
-            at == frame.Length() + kLengthWordBytes)
+        if (!wire::HasEtiSync(rest.first(wire::kEtiSyncBytes)))
             continue;
         if (at > frame.Length() && rest.size() < 8)
             return at;
@@ -101,7 +107,9 @@ std::optional<EtiFrame> EtiFramer::Next() {
             if (!nextKnown && !finished && rest.size() < wire::kEtiFrameBytes + wire::kEtiSyncBytes && locked &&
                 position == due)
                 return std::nullopt;
-            if (!nextKnown || !wire::HasEtiSync(rest.subspan(wire::kEtiFrameBytes))) {
+            const bool inPlace =
+                NextFollowsContent(*frame) || (nextKnown && wire::HasEtiSync(rest.subspan(wire::kEtiFrameBytes)));
+            if (!inPlace) {
                 if (const auto inner = HeaderInside(*frame)) {
                     ++counters.truncated;
                     Skip(*inner);

@@ -41,6 +41,7 @@ private:
 
     [[nodiscard]] wire::ByteSpan Rest() const { return wire::ByteSpan(buffer).subspan(position); }
     [[nodiscard]] bool SkipToSync();
+    [[nodiscard]] bool NextFollowsContent(const wire::EtiFrame& frame) const;
     [[nodiscard]] Verdict Judge(const wire::EtiFrame& frame) const;
     [[nodiscard]] std::optional<std::size_t> HeaderInside(const wire::EtiFrame& frame) const;
     void Skip(std::size_t count);

@@ -115,6 +115,29 @@ TEST(EtiFramer, StreamedAndFramedFiles) {
     EXPECT_EQ(counters.bytesSkipped, 0u);
 }
 
+TEST(EtiFramer, StreamedFilesWithWrongSumsThroughout) {
+    for (const std::size_t wrongByte : {200u, 6u}) { // main stream, header
+        for (const bool lengthWord : {true, false}) {
+            ByteVector streamed;
+            for (ByteVector frame : Frames()) {
+                frame[wrongByte] ^= 0x20;
+                const ByteVector bare = WithoutPadding(frame);
+                if (lengthWord)
+                    wire::AppendBytes(streamed, ByteVector{static_cast<std::uint8_t>(bare.size()),
+                                                           static_cast<std::uint8_t>(bare.size() >> 8)});
+                wire::AppendBytes(streamed, bare);
+            }
+            for (const std::size_t portion : {777u, 100000u}) {
+                EtiFramer::Counters counters;
+                const std::vector<int> counts = CountsOf(streamed, portion, &counters);
+                EXPECT_EQ(counters.truncated, 0u);
+                // Nothing behind the last frame tells that its header is one.
+                EXPECT_EQ(counts, Range(0, wrongByte == 6 ? kFrames - 1 : kFrames)) << lengthWord << ' ' << portion;
+            }
+        }
+    }
+}
+
 TEST(EtiFramer, BytesLostInsideAFrameCostThatFrameOnly) {
     std::vector<ByteVector> frames = Frames();
     frames[4].erase(frames[4].begin() + 1000, frames[4].begin() + 1100);
