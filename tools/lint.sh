@@ -57,6 +57,7 @@ tidy() {
 module() { tools/check_module.sh build/release; }
 slots() { tools/check_slots.sh; }
 edges() { python3 tools/edge_cases.py; }
+stories() { python3 tools/check_stories.py; }
 # Loads, unloads and loads the module again in a program that is not linked with it.
 reload() { build/release/bin/walking_path_tests --gtest_brief=1; }
 
@@ -72,5 +73,5 @@ check() {
     fi
 }
 
-for name in format width rooms forbidden declarations headers slots edges module reload tidy; do check $name; done
+for name in format width rooms forbidden declarations headers slots edges stories module reload tidy; do check $name; done
 exit $failed

@@ -288,7 +288,7 @@ TEST(BlockEncoder, TenThousandRandomBlocksDecodeToWhatWasEncoded) {
     EXPECT_GT(static_cast<double>(wanted), 0.3 * static_cast<double>(lines));
 }
 
-TEST(BlockEncoder, ABlockWithRoomForAllPlanesComesBackUnchanged) {
+TEST(BlockEncoder, ABlockWithRoomForAllPlanesComesBackUnchangedWhateverFollowsItsLayers) {
     RandomBlocks random(7);
     auto encoder = std::make_unique<BlockEncoder>();
     auto content = std::make_unique<BlockContent>();
@@ -311,6 +311,21 @@ TEST(BlockEncoder, ABlockWithRoomForAllPlanesComesBackUnchanged) {
     ASSERT_TRUE(encoder->Encode(rate, *content, writer));
     EXPECT_EQ(CountWantedLines(*content, *encoder), 2 * kBlockSamples);
     EXPECT_TRUE(encoder->Planes().Complete());
+
+    // Extension data: behind the last layer 32 zeros, the sync 1111, any bytes. They are no part of the lines.
+    std::vector<std::uint8_t> bytes = writer.Take();
+    std::size_t used = bytes.size();
+    while (bytes[used - 1] == 0)
+        --used;
+    ASSERT_LT(used + 50, bytes.size());
+    for (std::size_t i = used + 4; i < bytes.size(); ++i)
+        bytes[i] = static_cast<std::uint8_t>(0xF0 | random.Below(256));
+    auto got = std::make_unique<Decoded>();
+    ASSERT_EQ(got->Run(rate, 2, bytes), BsacStatus::kOk);
+    for (unsigned line = 0; line < kBlockSamples; ++line) {
+        for (unsigned c = 0; c < 2; ++c)
+            ASSERT_EQ(got->planes.Line(c, line), encoder->Planes().Line(c, line)) << line;
+    }
 }
 
 TEST(BlockEncoder, RefusesABlockThatCannotHoldItsSideInformation) {

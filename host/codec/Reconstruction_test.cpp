@@ -156,6 +156,24 @@ TEST_F(ReconstructionTest, NoiseModesMakeBothChannelsAlike) {
         EXPECT_EQ(spectra[1][i], -spectra[0][i]);
 }
 
+TEST_F(ReconstructionTest, ANoiseBandOfTheRightChannelStaysNoiseWhereIntensityIsMarked) {
+    content.header.noisePresent = true;
+    content.header.stereoMask = StereoMask::kInfoPerBand;
+    for (unsigned sfb : {40U, 41U}) { // noise on the right alone, and plain intensity
+        content.info.stereo[sfb] = StereoInfo::kInPhase;
+        content.lines[0][rate.longBands[sfb]] = 8;
+    }
+    content.info.noise[1][40] = true;
+    content.info.noiseStart[1] = 24;
+    content.info.level[1][40] = 24;
+    content.info.level[1][41] = 4;
+    Run();
+    EXPECT_NEAR(Power(spectra[1], rate.longBands[40], rate.longBands[41]), 4096, 1) << "2^(24 / 2)";
+    EXPECT_FLOAT_EQ(spectra[0][rate.longBands[40]], 16);
+    EXPECT_FLOAT_EQ(spectra[1][rate.longBands[41]], 8) << "half of the left line";
+    EXPECT_EQ(spectra[1][rate.longBands[41] + 1], 0);
+}
+
 TEST_F(ReconstructionTest, LinesOfAGroupGoBackToTheirWindows) {
     BlockHeader& header = content.header;
     header.windowSequence = WindowSequence::kShort;

@@ -96,8 +96,9 @@ TEST(MscDataGroup, WithoutCheckSumAndWithAnExtensionField) {
     EXPECT_FALSE(group->hasSegment);
     EXPECT_EQ(group->data.size(), 1u);
     EXPECT_FALSE(ParseMscDataGroup(ByteVector{0x83, 0x00, 0xAA}));
-    EXPECT_FALSE(
-        ParseMscDataGroup(ByteVector{0x14, 0x00, 0x11, 0x00})); // user access field too short for its identifier
+    // A user access field too short for its identifier, with bytes behind it that are not the group's.
+    const ByteVector longer = {0x14, 0x00, 0x11, 0x00, 0x00, 0x07};
+    EXPECT_FALSE(ParseMscDataGroup(ByteSpan(longer).first(4)));
 }
 
 } // namespace

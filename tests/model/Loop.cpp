@@ -55,8 +55,6 @@ std::int64_t Model::Dispatch(const Posted& message) {
             CloseNow();
         else if (message.message == kCommand && id == 17)
             Restore();
-        else if (message.message == kKeyReleased && id == 195)
-            ShowView();
         return 0;
     }
     if (message.window == kBox) {

@@ -70,6 +70,7 @@ public:
     bool settled = true; // nothing is left of the view before
     int leakedStreams = 0;
     [[nodiscard]] bool Alive(Kind kind) const;
+    [[nodiscard]] bool IsHeld() const { return homeInFront; }
     [[nodiscard]] int LeakedFilters() const { return static_cast<int>(filters.size()); }
     void ForgetLeaks() { filters.clear(), leakedStreams = 0; }
 

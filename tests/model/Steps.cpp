@@ -72,6 +72,9 @@ Step Walk::Next(const Model& model, Inputs& in) {
     step.kind = static_cast<Step::Kind>(kind);
     ChooseAnswers(in);
     Fill(step, in);
+    constexpr int kOkKey = 195;
+    if (step.kind == Step::Key && step.a == kOkKey && model.IsHeld())
+        step.a = 'A'; // the home screen would open a view of its own
     return step;
 }
 

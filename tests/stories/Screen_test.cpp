@@ -189,23 +189,6 @@ TEST_F(ScreenStory, StoppingForgetsTheSlideAndKeepsItsBuffers) {
 
 // ---- Small form --------------------------------------------------------------------------------------------------------
 
-// Kept as it is: going small asks for television, coming back for anything but radio.
-TEST_F(ScreenStory, FacesOfTheToggleFollowTwoRules) {
-    const auto faces = [this] {
-        view->TransferToPIP();
-        const int small = FaceOf(kElementToggleSmall);
-        view->RestoreFromPIP(view->GetPIPRect());
-        return std::pair(small, FaceOf(kElementToggleFull));
-    };
-    EXPECT_EQ(faces(), std::pair(0, 1)); // no session
-    Tune(kNews);
-    EXPECT_EQ(faces(), std::pair(1, 1));
-    Tune(kMusic);
-    EXPECT_EQ(faces(), std::pair(0, 0));
-    peer->PlayDMBFile(WTEXT("\\SDMMC Card\\DMB\\a.dmb"));
-    EXPECT_EQ(faces(), std::pair(0, 1)); // a file
-}
-
 // Edge case: channels, but none selected.
 TEST_F(ScreenStory, SmallFormNeedsASelectedChannel) {
     const RECT rect = {0, 0, 320, 240};
