@@ -2,6 +2,7 @@
 
 #include "host/wire/BitWriter.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -33,9 +34,11 @@ Bytes Adts(const Bytes& content, bool withCheckSum = false) {
 }
 
 Bytes Loas(const Bytes& element) {
-    Bytes frame = {0x56, static_cast<std::uint8_t>(0xE0 | element.size() >> 8),
-                   static_cast<std::uint8_t>(element.size())};
-    frame.insert(frame.end(), element.begin(), element.end());
+    Bytes frame(3 + element.size());
+    frame[0] = 0x56;
+    frame[1] = static_cast<std::uint8_t>(0xE0 | element.size() >> 8);
+    frame[2] = static_cast<std::uint8_t>(element.size());
+    std::copy(element.begin(), element.end(), frame.begin() + 3);
     return frame;
 }
 
