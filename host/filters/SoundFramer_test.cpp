@@ -2,9 +2,9 @@
 
 #include "host/wire/BitWriter.h"
 
-#include <algorithm>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 
 using namespace filters;
