@@ -85,7 +85,7 @@ private:
     int channels = 0;
 };
 
-int Run(const AudioOptions& options) {
+int RunAudio(const AudioOptions& options) {
     AudioSink sink(options.output);
     medmb::StageCounters counters;
     const int status =
@@ -112,7 +112,7 @@ void AddAudio(CLI::App& app, int& status) {
     command->add_option("SOURCE", options->source, "ETI: a directory, a file, - or tcp://HOST:PORT")->required();
     command->add_option("--service", options->service, "Label of the service, or its identifier (0x...)")->required();
     command->add_option("OUT.wav", options->output, "16-bit samples, in the format of the first frame")->required();
-    command->callback([options, &status] { status = Run(*options); });
+    command->callback([options, &status] { status = RunAudio(*options); });
 }
 
 } // namespace dmbprobe

@@ -64,7 +64,7 @@ void PrintEnsemble(std::ostream& out, const medmb::Ensemble& ensemble) {
         PrintSubChannel(out, entry);
 }
 
-int Run(const std::string& source) {
+int RunFic(const std::string& source) {
     WalkSource walk;
     if (!walk.Open(source, "fic"))
         return kNoInput;
@@ -88,7 +88,7 @@ void AddFic(CLI::App& app, int& status) {
     auto source = std::make_shared<std::string>();
     CLI::App* command = app.add_subcommand("fic", "Lists the ensemble: services, components, sub-channels");
     command->add_option("SOURCE", *source, "ETI: a directory, a file, - or tcp://HOST:PORT")->required();
-    command->callback([source, &status] { status = Run(*source); });
+    command->callback([source, &status] { status = RunFic(*source); });
 }
 
 } // namespace dmbprobe

@@ -119,7 +119,7 @@ void Print(const WalkInput& input, const Findings& found) {
     std::cout << "  " << (fault.empty() ? "all is well" : "first fault: " + fault) << '\n';
 }
 
-int Run(const std::string& source) {
+int RunInfo(const std::string& source) {
     WalkSource walk;
     if (!walk.Open(source, "info"))
         return kNoInput;
@@ -157,7 +157,7 @@ void AddInfo(CLI::App& app, int& status) {
     auto source = std::make_shared<std::string>();
     CLI::App* command = app.add_subcommand("info", "What a source holds, and the first thing that is wrong with it");
     command->add_option("SOURCE", *source, "ETI: a directory, a file, - or tcp://HOST:PORT")->required();
-    command->callback([source, &status] { status = Run(*source); });
+    command->callback([source, &status] { status = RunInfo(*source); });
 }
 
 } // namespace dmbprobe

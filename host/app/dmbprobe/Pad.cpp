@@ -107,7 +107,7 @@ private:
     bool failed = false;
 };
 
-int Run(const PadOptions& options) {
+int RunPad(const PadOptions& options) {
     std::error_code error;
     fs::create_directories(options.directory, error);
     if (error) {
@@ -135,7 +135,7 @@ void AddPad(CLI::App& app, int& status) {
     command->add_option("SOURCE", options->source, "ETI: a directory, a file, - or tcp://HOST:PORT")->required();
     command->add_option("--service", options->service, "Label of the service, or its identifier (0x...)")->required();
     command->add_option("DIR", options->directory, "Gets labels.txt and the slides under their own names")->required();
-    command->callback([options, &status] { status = Run(*options); });
+    command->callback([options, &status] { status = RunPad(*options); });
 }
 
 } // namespace dmbprobe

@@ -32,7 +32,7 @@ public:
     std::ofstream file;
 };
 
-int Run(const TsOptions& options) {
+int RunTs(const TsOptions& options) {
     TsSink sink(options.output);
     if (!sink.file) {
         std::cerr << "dmbprobe ts: cannot write " << options.output << '\n';
@@ -59,7 +59,7 @@ void AddTs(CLI::App& app, int& status) {
     command->add_option("SOURCE", options->source, "ETI: a directory, a file, - or tcp://HOST:PORT")->required();
     command->add_option("--service", options->service, "Label of the service, or its identifier (0x...)")->required();
     command->add_option("OUT.ts", options->output, "Packets of 188 bytes")->required();
-    command->callback([options, &status] { status = Run(*options); });
+    command->callback([options, &status] { status = RunTs(*options); });
 }
 
 } // namespace dmbprobe

@@ -21,12 +21,12 @@ namespace dmbtv {
 
 namespace {
 
-constexpr UINT kFileTab = 62;
+constexpr UINT kFileTabButton = 62;
 constexpr UINT kDownKey = 40, kReturnKey = 13, kEscapeKey = 27;
 
 // Opens the list and takes the file in it, by the keys that a user has.
 void PickInList(shell::Shell& shell, const CVelPlayerView& view, const WString& name) {
-    shell.DuringModal([&shell] { shell.Press(kFileTab); });
+    shell.DuringModal([&shell] { shell.Press(kFileTabButton); });
     shell.DuringModal([&shell, &name] {
         const auto* list = static_cast<const CVelFileDialog*>(CVelDialog::FromHandle(GView::GetFrontWindow()));
         const auto& lines = list->GetFileLines();
