@@ -100,6 +100,21 @@ public:
     // False when the two differ.
     bool Do(long number) {
         const model::Step step = walk.Next(model, inputs);
+        return Do(number, step);
+    }
+
+    // The end: the view is closed and nothing may be left over.
+    bool Finish(long number) {
+        inputs.answers.clear();
+        model::Step step;
+        step.kind = model::Step::Close;
+        if (model.open && !Do(number, step))
+            return false;
+        step.kind = model::Step::Settle;
+        return model.settled || Do(number, step);
+    }
+
+    bool Do(long number, const model::Step& step) {
         shown.push_back(std::to_string(number) + " " + step.Describe());
         if (shown.size() > kShownSteps)
             shown.pop_front();
@@ -179,6 +194,7 @@ TEST(Model, RandomWalkDoesWhatTheTablesSay) {
     while (done < steps && comparison.Do(done))
         ++done;
     EXPECT_EQ(done, steps);
+    EXPECT_TRUE(done < steps || comparison.Finish(done));
     if (steps >= kUsualSteps) {
         EXPECT_EQ(comparison.NeverSeen(), std::vector<std::string>{});
     }
