@@ -61,6 +61,7 @@ constexpr Form kForms[] = {
     {"answer", Verb::Answer, "no"},
     {"pick", Verb::Pick, "nn"},
     {"shot", Verb::Shot, "t"},
+    {"dialog", Verb::Dialog, "nnt"},
     {"expect mode", Verb::ExpectMode, "n"},
     {"expect type", Verb::ExpectType, "n"},
     {"expect text", Verb::ExpectText, "nt"},

@@ -49,6 +49,8 @@ public:
             return Pick(line.first, line.second);
         case Verb::Shot:
             return shell.Screenshot(line.text) ? std::string() : "cannot write " + line.text;
+        case Verb::Dialog:
+            return Dialog(line);
         case Verb::ExpectMode:
             return Expect(line.first, shell.View() ? shell.View()->GetPlayMode() : -1);
         case Verb::ExpectType:
@@ -117,6 +119,21 @@ private:
         plan.Add([this] { shell.Press(kOk); });
         if (!PressTool(shell, kListButton))
             return "the list cannot be opened";
+        shell.RunUntilIdle();
+        return failure;
+    }
+
+    // What is open after the picture goes as everything does that nobody answers.
+    std::string Dialog(const ScriptLine& line) {
+        std::string failure = "no dialog has opened";
+        ModalPlan plan(shell);
+        if (line.second >= 0)
+            plan.Add([this, &line] { shell.Press(static_cast<UINT>(line.second)); });
+        plan.Add([this, &line, &failure] {
+            failure = shell.Screenshot(line.text) ? std::string() : "cannot write " + line.text;
+        });
+        if (!PressTool(shell, static_cast<UINT>(line.first)))
+            return "the dialog cannot be opened";
         shell.RunUntilIdle();
         return failure;
     }

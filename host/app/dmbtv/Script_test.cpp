@@ -8,9 +8,9 @@ TEST(Script, EveryLineIsRead) {
     const Script script =
         ReadScript("# comment\n\nwait 500\npress 20\nkey 34\nclick 10 20\nanswer 1011 ok\nanswer 5 cancel\n"
                    "pick 1 0\nshot a.png\nexpect mode 4\nexpect type -1\nexpect text 43 \"\"\n"
-                   "expect title \"[CH12] \\\"A\\\\B\\\"\"\nexpect box 1001\nquit\r\n");
+                   "expect title \"[CH12] \\\"A\\\\B\\\"\"\nexpect box 1001\ndialog 22 -1 b.png\nquit\r\n");
     ASSERT_EQ(script.error, "");
-    ASSERT_EQ(script.lines.size(), 15u);
+    ASSERT_EQ(script.lines.size(), 16u);
     EXPECT_EQ(script.lines[0].verb, Verb::Remark);
     EXPECT_EQ(script.lines[0].text, "comment");
     EXPECT_EQ(script.lines[1].verb, Verb::Wait);
@@ -21,7 +21,9 @@ TEST(Script, EveryLineIsRead) {
     EXPECT_EQ(script.lines[6].second, 0);
     EXPECT_EQ(script.lines[10].first, -1);
     EXPECT_EQ(script.lines[12].text, "[CH12] \"A\\B\"");
-    EXPECT_EQ(script.lines[14].verb, Verb::Quit);
+    EXPECT_EQ(script.lines[14].second, -1);
+    EXPECT_EQ(script.lines[14].text, "b.png");
+    EXPECT_EQ(script.lines[15].verb, Verb::Quit);
 }
 
 TEST(Script, ErrorsNameLineAndReason) {
