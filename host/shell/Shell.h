@@ -131,17 +131,22 @@ public:
     // An element of the window in front (found as for Press), or null.
     [[nodiscard]] GButton* Element(UINT id) const;
     [[nodiscard]] const WCHAR* Title() const;
+    // How finely everything is drawn: 1 or 2 pixels for a unit of the screen's 800 x 480. A change paints everything anew and nobody
+    // else notices it. Others are taken for the nearest.
+    void SetScale(int scale);
+    [[nodiscard]] int Scale() const;
     // Writes the screen as PNG. False when the file cannot be written.
     [[nodiscard]] bool Screenshot(const std::filesystem::path& file);
     // Writes one window as PNG, with its transparency. False when there is no such window or file.
     [[nodiscard]] bool ScreenshotWindow(HWND window, const std::filesystem::path& file);
-    // The screen as rows of 32-bit pixels (0xFFRRGGBB), 800 a row. Valid until the next call.
+    // The screen as rows of 32-bit pixels (0xFFRRGGBB), 800 times the scale a row. Valid until the next call.
     [[nodiscard]] const std::uint32_t* Screen();
     // The screen for a window that shows the moving picture by itself.
     struct Layers {
-        std::vector<std::uint32_t> pixels; // 0xAARRGGBB, colours not multiplied with alpha; 800 a row
-        std::optional<RECT> video;         // where the moving picture shows through; nothing: it does not show
-        bool keepAspect = false;           // of the moving picture
+        std::vector<std::uint32_t> pixels; // 0xAARRGGBB, colours not multiplied with alpha; 800 times the scale a row
+        int scale = 1;
+        std::optional<RECT> video; // in units: where the moving picture shows through; nothing: it does not show
+        bool keepAspect = false;   // of the moving picture
     };
     // What has been painted so far. May be called while the shell is in the middle of something.
     [[nodiscard]] Layers ComposeLayers();

@@ -73,6 +73,24 @@ Difference Compare(const Picture& left, const Picture& right) {
     return difference;
 }
 
+Picture Halved(const Picture& picture) {
+    Picture half{picture.width / 2, picture.height / 2, {}};
+    half.pixels.reserve(static_cast<std::size_t>(half.width) * half.height);
+    for (int y = 0; y < half.height; ++y)
+        for (int x = 0; x < half.width; ++x) {
+            const std::uint32_t* upper = &picture.pixels[static_cast<std::size_t>(2 * y) * picture.width + 2 * x];
+            const std::uint32_t* lower = upper + picture.width;
+            std::uint32_t mean = 0;
+            for (const int shift : {0, 8, 16}) {
+                const int sum = Channel(upper[0], shift) + Channel(upper[1], shift) + Channel(lower[0], shift) +
+                                Channel(lower[1], shift);
+                mean |= static_cast<std::uint32_t>((sum + 2) / 4) << shift;
+            }
+            half.pixels.push_back(mean);
+        }
+    return half;
+}
+
 Picture Marked(const Picture& left, const Picture& right) {
     Picture marked = left;
     for (std::size_t i = 0; i < marked.pixels.size(); ++i)

@@ -37,6 +37,8 @@ struct Difference {
 
 // Both must have the same size.
 [[nodiscard]] Difference Compare(const Picture& left, const Picture& right);
+// Half as wide and high, each pixel the mean of four.
+[[nodiscard]] Picture Halved(const Picture& picture);
 // The pixels beyond the shade in red on the darkened left picture, to look at.
 [[nodiscard]] Picture Marked(const Picture& left, const Picture& right);
 

@@ -35,7 +35,8 @@ public:
     // The view was closed by its own command.
     void Forsake() { view = nullptr; }
 
-    // The picture as it is now.
+    // The picture as it is now, with as many pixels as the shell draws.
+    [[nodiscard]] Picture Look();
     void Take();
     // The same inside the next modal window, after `before` was done in it.
     void TakeInside(std::function<void()> before = {});

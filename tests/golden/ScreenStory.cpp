@@ -112,12 +112,17 @@ void ScreenStory::GiveReason(shell::ReasonShown reason) {
     Wait(kHalfSecond);
 }
 
-void ScreenStory::Take() {
+Picture ScreenStory::Look() {
     const std::uint32_t* screen = device.shell.Screen();
-    Picture picture{800, 480, {screen, screen + 800 * 480}};
+    const int scale = device.shell.Scale();
+    Picture picture{800 * scale, 480 * scale, {screen, screen + std::size_t{800} * 480 * scale * scale}};
     for (std::uint32_t& pixel : picture.pixels)
         pixel &= 0xFFFFFF;
-    taken = std::move(picture);
+    return picture;
+}
+
+void ScreenStory::Take() {
+    taken = Look();
 }
 
 void ScreenStory::TakeInside(std::function<void()> before) {

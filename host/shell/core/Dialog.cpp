@@ -90,7 +90,7 @@ void CVelDialog::EndDialog(int result) {
 void CVelDialog::PlaceTopmost(int x, int y, int width, int height) {
     ShellCore* core = ShellCore::Current();
     if (shell::Window* window = core ? core->windows.Find(m_hWnd) : nullptr) {
-        shell::WindowTree::Place(*window, {x, y, x + width, y + height});
+        core->windows.Place(*window, {x, y, x + width, y + height});
         window->visible = true;
         core->windows.Raise(m_hWnd);
         core->ScreenChanged();

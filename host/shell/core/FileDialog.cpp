@@ -50,7 +50,7 @@ void DrawSign(HDC dc, const GButton& row) {
     RECT place = row.GetRect();
     place.right = place.left + static_cast<const shell::Element&>(row).State().margin;
     if (sign && context) {
-        shell::DrawCentred(*context, sign->surface, place);
+        shell::DrawCentred(*context, sign->At(context->target->Scale()), place);
     }
 }
 

@@ -87,7 +87,7 @@ void CVelBaseView::MoveToPIPWindow(const RECT* /*oldRect*/, const RECT* newRect)
     if (!window || !newRect) {
         return;
     }
-    shell::WindowTree::Place(*window, *newRect);
+    core->windows.Place(*window, *newRect);
     const bool small = window->Width() < shell::kScreenWidth || window->Height() < shell::kScreenHeight;
     for (const auto& element : m_pFactory->elements) {
         element->PlaceFor(small, window->Width(), window->Height());
@@ -105,7 +105,7 @@ void CVelBaseView::RestoreFromPIP(const RECT* rect) {
     }
     core->document.SetMinimized(false);
     if (shell::Window* window = core->windows.Find(m_hWnd)) {
-        shell::WindowTree::Place(*window, shell::kScreen);
+        core->windows.Place(*window, shell::kScreen);
     }
     for (const auto& element : m_pFactory->elements) {
         element->PlaceFor(false, shell::kScreenWidth, shell::kScreenHeight);

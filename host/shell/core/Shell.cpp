@@ -245,11 +245,21 @@ const WCHAR* Shell::Title() const {
     return core->view ? VelShellAccess::Base(*core->view).title.c_str() : u"";
 }
 
+void Shell::SetScale(int scale) {
+    const int possible = std::clamp(scale, 1, kMaxScale);
+    screen->Rescale(possible);
+    core->SetScale(possible);
+}
+
+int Shell::Scale() const {
+    return screen->Scale();
+}
+
 const std::uint32_t* Shell::Screen() {
     while (core->PaintOne()) {
     }
     core->windows.Compose(*screen, core->video);
-    return screen->Row(0);
+    return screen->PixelRow(0);
 }
 
 Shell::Layers Shell::ComposeLayers() {
@@ -257,8 +267,9 @@ Shell::Layers Shell::ComposeLayers() {
     Layers layers;
     layers.video = core->windows.VideoPlace(core->video);
     layers.keepAspect = core->video.keepAspect;
-    const std::size_t count = static_cast<std::size_t>(kScreenWidth) * kScreenHeight;
-    layers.pixels.assign(screen->Row(0), screen->Row(0) + count);
+    layers.scale = screen->Scale();
+    const std::size_t count = static_cast<std::size_t>(screen->PixelWidth()) * screen->PixelHeight();
+    layers.pixels.assign(screen->PixelRow(0), screen->PixelRow(0) + count);
     if (layers.video) { // elsewhere everything is opaque
         std::transform(layers.pixels.begin(), layers.pixels.end(), layers.pixels.begin(), Straight);
     }

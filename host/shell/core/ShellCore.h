@@ -76,6 +76,8 @@ public:
     // Paints one window that wants it. False when none does.
     bool PaintOne();
     void PaintWindow(Window& window);
+    // Everything is painted anew, with so many pixels for a unit of 800 x 480.
+    void SetScale(int newScale);
     // The screen has changed: whoever presents it should compose it again.
     void ScreenChanged();
 
@@ -141,6 +143,7 @@ public:
     GdiState gdi;
     SkinLibrary skins;
     Language language;
+    int scale = 1; // pixels of the windows for a unit
     Document document;
     RunTimeClasses classes;
     EffectLog log;

@@ -11,9 +11,9 @@ namespace {
 // Under a window that waits for an answer everything is at 40 percent of its light; so is what shines through a hole.
 void Darken(Surface& screen) {
     constexpr std::uint32_t kLight = 102; // of 256
-    for (int y = 0; y < screen.Height(); ++y) {
-        std::uint32_t* row = screen.Row(y);
-        for (int x = 0; x < screen.Width(); ++x) {
+    for (int y = 0; y < screen.PixelHeight(); ++y) {
+        std::uint32_t* row = screen.PixelRow(y);
+        for (int x = 0; x < screen.PixelWidth(); ++x) {
             const std::uint32_t pixel = row[x];
             const std::uint32_t clear = (255 - (pixel >> 24)) * kLight >> 8;
             row[x] = (255 - clear) << 24 | ((pixel & 0xFF00FF) * kLight >> 8 & 0xFF00FF) |
@@ -32,9 +32,7 @@ void FrameSmall(Surface& screen, const RECT& place) {
     const LONG left = std::max(place.left - kLine, LONG{0}), top = std::max(place.top - kLine, LONG{0});
     const LONG right = std::min(place.right + kLine, LONG{screen.Width()});
     const LONG bottom = std::min(place.bottom + kLine, LONG{screen.Height()});
-    for (LONG y = top; y < bottom; ++y) {
-        std::fill(screen.Row(y) + left, screen.Row(y) + std::max(left, right), kFrame);
-    }
+    screen.Fill({left, top, right, bottom}, kFrame);
 }
 
 } // namespace
@@ -59,14 +57,22 @@ Window* WindowTree::Find(HWND handle) {
     return found == windows.end() ? nullptr : found->get();
 }
 
-void WindowTree::Place(Window& window, const RECT& place) {
+void WindowTree::Place(Window& window, const RECT& place) const {
     const int oldWidth = window.Width();
     const int oldHeight = window.Height();
     window.place = place;
     if (!window.surface || window.Width() != oldWidth || window.Height() != oldHeight) {
-        window.surface = std::make_unique<Surface>(window.Width(), window.Height());
+        window.surface = std::make_unique<Surface>(window.Width(), window.Height(), scale);
     }
     window.invalid = Region(window.Client());
+}
+
+void WindowTree::SetScale(int newScale) {
+    scale = newScale;
+    for (const auto& window : windows) {
+        window->surface->Rescale(scale);
+        window->invalid = Region(window->Client());
+    }
 }
 
 void WindowTree::Raise(HWND handle) {
@@ -92,9 +98,7 @@ Window* WindowTree::NextToPaint() {
 
 void WindowTree::ComposeWith(Surface& screen, const VideoPlane& video,
                              const std::function<void(const RECT&)>& under) const {
-    for (int y = 0; y < screen.Height(); ++y) {
-        std::fill(screen.Row(y), screen.Row(y) + screen.Width(), kOpaque);
-    }
+    screen.Fill(screen.Bounds(), kOpaque);
     const auto shows = [this](const Window& window) { return window.visible && !IsCovered(window); };
     const auto lastDimming = std::find_if(windows.rbegin(), windows.rend(),
                                           [&](const auto& window) { return shows(*window) && window->dims; });
@@ -133,11 +137,8 @@ void WindowTree::ComposeAround(Surface& screen, const VideoPlane& video) const {
     ComposeWith(screen, video, [&screen](const RECT& place) {
         const RECT bounds = screen.Bounds();
         RECT hole;
-        if (!IntersectRect(&hole, &place, &bounds)) {
-            return;
-        }
-        for (int y = hole.top; y < hole.bottom; ++y) {
-            std::fill(screen.Row(y) + hole.left, screen.Row(y) + hole.right, 0u);
+        if (IntersectRect(&hole, &place, &bounds)) {
+            screen.Fill(hole, 0);
         }
     });
 }

@@ -41,7 +41,9 @@ public:
     [[nodiscard]] std::size_t Count() const { return windows.size(); }
 
     // Moves and sizes a window; its surface is made anew when the size changes.
-    static void Place(Window& window, const RECT& place);
+    void Place(Window& window, const RECT& place) const;
+    // How many pixels a unit is wide on every window. They keep what they show and want painting.
+    void SetScale(int newScale);
     void Raise(HWND handle);
     // The window in front at a point of the screen, or null.
     [[nodiscard]] Window* At(POINT point);
@@ -61,6 +63,7 @@ private:
     void ComposeWith(Surface& screen, const VideoPlane& video, const std::function<void(const RECT&)>& under) const;
 
     std::vector<std::unique_ptr<Window>> windows; // lowest first
+    int scale = 1;
 };
 
 } // namespace shell

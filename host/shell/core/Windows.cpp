@@ -108,6 +108,18 @@ void ShellCore::ScreenChanged() {
     }
 }
 
+void ShellCore::SetScale(int newScale) {
+    if (newScale == scale) {
+        return;
+    }
+    scale = newScale;
+    skins.SetScale(scale);
+    windows.SetScale(scale);
+    while (PaintOne()) {
+    }
+    ScreenChanged();
+}
+
 void ShellCore::Redraw(HWND handle, const RECT& rect, bool atOnce) {
     Window* window = windows.Find(handle);
     if (!window) {
@@ -181,7 +193,8 @@ HBITMAP LoadBitmapW(HINSTANCE /*module*/, const WCHAR* name) {
     if (!picture) {
         return nullptr;
     }
-    shell::Surface copy(picture->surface.Width(), picture->surface.Height());
-    shell::StretchPixels(picture->surface, copy.Bounds(), copy, copy.Bounds(), std::array{copy.Bounds()});
+    const shell::Surface& pixels = picture->At(core->scale);
+    shell::Surface copy(pixels.Width(), pixels.Height(), pixels.Scale());
+    shell::StretchPixels(pixels, copy.Bounds(), copy, copy.Bounds(), std::array{copy.Bounds()});
     return core->gdi.AddBitmap(std::move(copy), false);
 }

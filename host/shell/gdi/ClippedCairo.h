@@ -9,7 +9,8 @@ namespace shell {
 
 class ClippedCairo {
 public:
-    explicit ClippedCairo(Context& context) : cairo(cairo_create(context.target->Cairo())) {
+    explicit ClippedCairo(Context& context)
+        : cairo(cairo_create(context.target->Cairo())), scale(context.target->Scale()) {
         for (const RECT& part : context.clip.Parts()) {
             AddRectangle(part);
         }
@@ -34,6 +35,7 @@ public:
     }
 
     cairo_t* const cairo;
+    const int scale; // of what is drawn on; coordinates are units whatever it is
 
 private:
     void AddRectangle(const RECT& rect) {

@@ -13,10 +13,12 @@ struct Box {
     int x, y, width, height;
 };
 
-void DrawPart(cairo_t* cairo, const Surface& picture, const Box& source, const Box& target, double opacity = 1.0) {
+void DrawPart(const ClippedCairo& on, const Surface& picture, const Box& source, const Box& target,
+              double opacity = 1.0) {
     if (source.width <= 0 || source.height <= 0 || target.width <= 0 || target.height <= 0) {
         return;
     }
+    cairo_t* cairo = on.cairo;
     cairo_save(cairo);
     cairo_rectangle(cairo, target.x, target.y, target.width, target.height);
     cairo_clip(cairo);
@@ -24,7 +26,7 @@ void DrawPart(cairo_t* cairo, const Surface& picture, const Box& source, const B
     cairo_scale(cairo, static_cast<double>(target.width) / source.width,
                 static_cast<double>(target.height) / source.height);
     cairo_set_source_surface(cairo, picture.Cairo(), -source.x, -source.y);
-    const bool scaled = target.width != source.width || target.height != source.height;
+    const bool scaled = target.width != source.width || target.height != source.height || picture.Scale() != on.scale;
     cairo_pattern_set_filter(cairo_get_source(cairo), scaled ? CAIRO_FILTER_GOOD : CAIRO_FILTER_NEAREST);
     cairo_pattern_set_extend(cairo_get_source(cairo), CAIRO_EXTEND_PAD);
     cairo_paint_with_alpha(cairo, opacity);
@@ -39,8 +41,7 @@ void DrawPicture(Context& context, const Surface& picture, const RECT& target, i
     const int height = target.bottom - target.top;
     const int b = std::min({border, width / 2, height / 2, picture.Width() / 2, picture.Height() / 2});
     if (b <= 0) {
-        DrawPart(clipped.cairo, picture, {0, 0, picture.Width(), picture.Height()},
-                 {target.left, target.top, width, height});
+        DrawPart(clipped, picture, {0, 0, picture.Width(), picture.Height()}, {target.left, target.top, width, height});
         return;
     }
     const std::array<int, 4> fromX = {0, b, picture.Width() - b, picture.Width()};
@@ -49,7 +50,7 @@ void DrawPicture(Context& context, const Surface& picture, const RECT& target, i
     const std::array<int, 4> toY = {target.top, target.top + b, target.bottom - b, target.bottom};
     for (std::size_t row = 0; row < 3; ++row) {
         for (std::size_t column = 0; column < 3; ++column) {
-            DrawPart(clipped.cairo, picture,
+            DrawPart(clipped, picture,
                      {fromX[column], fromY[row], fromX[column + 1] - fromX[column], fromY[row + 1] - fromY[row]},
                      {toX[column], toY[row], toX[column + 1] - toX[column], toY[row + 1] - toY[row]});
         }
@@ -60,8 +61,8 @@ void DrawCentred(Context& context, const Surface& picture, const RECT& target, d
     const ClippedCairo clipped(context);
     const int x = (target.left + target.right - picture.Width()) / 2;
     const int y = (target.top + target.bottom - picture.Height()) / 2;
-    DrawPart(clipped.cairo, picture, {0, 0, picture.Width(), picture.Height()},
-             {x, y, picture.Width(), picture.Height()}, opacity);
+    DrawPart(clipped, picture, {0, 0, picture.Width(), picture.Height()}, {x, y, picture.Width(), picture.Height()},
+             opacity);
 }
 
 void FillPixels(Context& context, const RECT& target, std::uint32_t pixel) {
@@ -71,9 +72,7 @@ void FillPixels(Context& context, const RECT& target, std::uint32_t pixel) {
         if (!IntersectRect(&visible, &target, &bounds) || !IntersectRect(&visible, &visible, &part)) {
             continue;
         }
-        for (int y = visible.top; y < visible.bottom; ++y) {
-            std::fill(context.target->Row(y) + visible.left, context.target->Row(y) + visible.right, pixel);
-        }
+        context.target->Fill(visible, pixel);
     }
     context.painted = true;
 }

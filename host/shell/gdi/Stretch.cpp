@@ -2,7 +2,9 @@
 
 #include "platform/gdi.h"
 
+#include <array>
 #include <bit>
+#include <cairo.h>
 #include <cstdlib>
 #include <cstring>
 
@@ -38,7 +40,7 @@ std::uint32_t AndTogether(const Surface& from, Span column, Span row) {
     std::uint32_t pixel = 0xFFFFFFFFu;
     for (int y = row.first; y <= row.last; ++y) {
         for (int x = column.first; x <= column.last; ++x) {
-            pixel &= from.At(x, y);
+            pixel &= from.PixelAt(x, y);
         }
     }
     return pixel;
@@ -65,16 +67,12 @@ bool IsContiguous(std::uint32_t mask) {
     return mask != 0 && std::has_single_bit((mask >> std::countr_zero(mask)) + 1);
 }
 
-} // namespace
-
-void StretchPixels(const Surface& from, const RECT& source, Surface& to, const RECT& target,
-                   std::span<const RECT> clip) {
-    if (IsRectEmpty(&source) || IsRectEmpty(&target)) {
-        return;
-    }
+// All in pixels.
+void StretchSteps(const Surface& from, const RECT& source, Surface& to, const RECT& target,
+                  std::span<const RECT> clip) {
     const auto columns = MakeSpans(source.left, source.right - source.left, target.right - target.left);
     const auto rows = MakeSpans(source.top, source.bottom - source.top, target.bottom - target.top);
-    const RECT bounds = to.Bounds();
+    const RECT bounds = to.InPixels(to.Bounds());
     for (const RECT& part : clip) {
         RECT visible;
         if (!IntersectRect(&visible, &target, &bounds) || !IntersectRect(&visible, &visible, &part)) {
@@ -82,12 +80,55 @@ void StretchPixels(const Surface& from, const RECT& source, Surface& to, const R
         }
         for (int y = visible.top; y < visible.bottom; ++y) {
             const Span row = rows[static_cast<std::size_t>(y - target.top)];
-            std::uint32_t* out = to.Row(y);
+            std::uint32_t* out = to.PixelRow(y);
             for (int x = visible.left; x < visible.right; ++x) {
                 out[x] = AndTogether(from, columns[static_cast<std::size_t>(x - target.left)], row) | kOpaque;
             }
         }
     }
+}
+
+// What a coarse surface would show of `target`, painted on a finer one.
+void StretchSmoothly(const Surface& from, const RECT& source, Surface& to, const RECT& target,
+                     std::span<const RECT> clip) {
+    RECT seen;
+    const RECT bounds = to.Bounds();
+    if (!IntersectRect(&seen, &target, &bounds)) {
+        return;
+    }
+    Surface coarse(seen.right - seen.left, seen.bottom - seen.top, from.Scale());
+    const RECT there = {target.left - seen.left, target.top - seen.top, target.right - seen.left,
+                        target.bottom - seen.top};
+    StretchPixels(from, source, coarse, there, std::array{coarse.Bounds()});
+    cairo_surface_mark_dirty(coarse.Cairo());
+    cairo_t* cairo = cairo_create(to.Cairo());
+    for (const RECT& part : clip) {
+        cairo_rectangle(cairo, part.left, part.top, part.right - part.left, part.bottom - part.top);
+    }
+    cairo_clip(cairo);
+    cairo_rectangle(cairo, seen.left, seen.top, seen.right - seen.left, seen.bottom - seen.top);
+    cairo_set_source_surface(cairo, coarse.Cairo(), seen.left, seen.top);
+    cairo_pattern_set_extend(cairo_get_source(cairo), CAIRO_EXTEND_PAD);
+    cairo_fill(cairo);
+    cairo_destroy(cairo);
+}
+
+} // namespace
+
+void StretchPixels(const Surface& from, const RECT& source, Surface& to, const RECT& target,
+                   std::span<const RECT> clip) {
+    if (IsRectEmpty(&source) || IsRectEmpty(&target)) {
+        return;
+    }
+    if (from.Scale() != to.Scale()) {
+        StretchSmoothly(from, source, to, target, clip);
+        return;
+    }
+    std::vector<RECT> parts(clip.begin(), clip.end());
+    for (RECT& part : parts) {
+        part = to.InPixels(part);
+    }
+    StretchSteps(from, from.InPixels(source), to, to.InPixels(target), parts);
 }
 
 std::optional<DibHeader> ReadDibHeader(const void* info) {
@@ -125,7 +166,7 @@ Surface DibToSurface(const DibHeader& header, const void* bits) {
     for (int y = 0; y < header.height; ++y) {
         const int stored = header.topDown ? y : header.height - 1 - y;
         const auto* in = static_cast<const std::uint8_t*>(bits) + stride * static_cast<std::size_t>(stored);
-        std::uint32_t* out = surface.Row(y);
+        std::uint32_t* out = surface.PixelRow(y);
         for (int x = 0; x < header.width; ++x, in += bytesPerPixel) {
             std::uint32_t value = 0;
             for (std::size_t i = 0; i < bytesPerPixel; ++i) {

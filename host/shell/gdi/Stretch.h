@@ -9,7 +9,8 @@
 namespace shell {
 
 // Stretches `source`, which must lie inside its surface, into `target` of another surface, painting only inside the clip
-// rectangles. Pixels become opaque. Rectangles with no area draw nothing.
+// rectangles (all in units). Pixels become opaque. Rectangles with no area draw nothing. On a finer surface the result is what the
+// coarse one would show, with the steps between its pixels smoothed.
 void StretchPixels(const Surface& from, const RECT& source, Surface& to, const RECT& target,
                    std::span<const RECT> clip);
 

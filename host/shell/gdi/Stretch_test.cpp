@@ -11,14 +11,14 @@ namespace {
 
 Surface Row(std::initializer_list<std::uint32_t> pixels) {
     Surface surface(static_cast<int>(pixels.size()), 1);
-    std::copy(pixels.begin(), pixels.end(), surface.Row(0));
+    std::copy(pixels.begin(), pixels.end(), surface.PixelRow(0));
     return surface;
 }
 
 std::vector<std::uint32_t> Stretched(const Surface& from, int width, const RECT& clip) {
     Surface to(width, 1);
     StretchPixels(from, from.Bounds(), to, to.Bounds(), std::array{clip});
-    return {to.Row(0), to.Row(0) + width};
+    return {to.PixelRow(0), to.PixelRow(0) + width};
 }
 
 } // namespace
@@ -46,9 +46,37 @@ TEST(Stretch, TargetsOutsideTheSurfaceAreCut) {
     const Surface from = Row({1, 2, 3, 4});
     Surface to(2, 1);
     StretchPixels(from, from.Bounds(), to, {-1, 0, 3, 1}, std::array{to.Bounds()});
-    EXPECT_EQ(to.At(0, 0), 0xFF000002u);
-    EXPECT_EQ(to.At(1, 0), 0xFF000003u);
+    EXPECT_EQ(to.PixelAt(0, 0), 0xFF000002u);
+    EXPECT_EQ(to.PixelAt(1, 0), 0xFF000003u);
     StretchPixels(from, from.Bounds(), to, {5, 5, 9, 9}, std::array{to.Bounds()});
+}
+
+TEST(Stretch, BetweenFineSurfacesPixelsStayWhatTheyAre) {
+    Surface from(2, 1, 2);
+    for (int y = 0; y < 2; ++y) {
+        for (int x = 0; x < 4; ++x) {
+            from.PixelRow(y)[x] = static_cast<std::uint32_t>(10 * y + x);
+        }
+    }
+    Surface to(2, 1, 2);
+    StretchPixels(from, from.Bounds(), to, to.Bounds(), std::array{RECT{1, 0, 2, 1}});
+    EXPECT_EQ(to.PixelAt(1, 0), 0u) << "outside the clip";
+    EXPECT_EQ(to.PixelAt(2, 0), 0xFF000002u);
+    EXPECT_EQ(to.PixelAt(3, 1), 0xFF00000Du);
+}
+
+TEST(Stretch, OnAFinerSurfaceTheStepsAreSmoothedInsideTheTargetOnly) {
+    Surface to(4, 1, 2);
+    StretchPixels(Row({0xFFFF00, 0x00FFFF}), {0, 0, 2, 1}, to, {1, 0, 3, 1}, std::array{to.Bounds()});
+    EXPECT_EQ(to.PixelAt(1, 0), 0u);
+    EXPECT_EQ(to.PixelAt(2, 0), 0xFFFFFF00u) << "nothing from beside the picture";
+    EXPECT_EQ(to.PixelAt(5, 1), 0xFF00FFFFu);
+    EXPECT_EQ(to.PixelAt(6, 0), 0u);
+    const std::uint32_t before = to.PixelAt(3, 0);
+    const std::uint32_t after = to.PixelAt(4, 0);
+    EXPECT_EQ(before >> 24, 0xFFu);
+    EXPECT_NEAR(static_cast<double>(before >> 16 & 0xFF), 255 * 0.75, 3);
+    EXPECT_NEAR(static_cast<double>(after >> 16 & 0xFF), 255 * 0.25, 3);
 }
 
 TEST(Dib, HeadersThatAreNoPictureAreRefused) {
@@ -79,8 +107,8 @@ TEST(Dib, TwentyFourBitRowsEndAtFourBytes) {
     const auto read = ReadDibHeader(&header);
     ASSERT_TRUE(read);
     const Surface surface = DibToSurface(*read, pixels);
-    EXPECT_EQ(surface.At(0, 0), 0xFF040506u);
-    EXPECT_EQ(surface.At(0, 1), 0xFF010203u);
+    EXPECT_EQ(surface.PixelAt(0, 0), 0xFF040506u);
+    EXPECT_EQ(surface.PixelAt(0, 1), 0xFF010203u);
 }
 
 } // namespace shell

@@ -37,7 +37,7 @@ void VideoPlane::Present(int width, int height, std::span<const std::uint32_t> p
         const std::lock_guard lock(mutex);
         MakeFrame(width, height, aspect);
         std::transform(pixels.begin(), pixels.begin() + static_cast<std::ptrdiff_t>(PixelCount(width, height)),
-                       frame->Row(0), [](std::uint32_t pixel) { return pixel | kOpaque; });
+                       frame->PixelRow(0), [](std::uint32_t pixel) { return pixel | kOpaque; });
         notify = listener;
     }
     if (notify) {
@@ -93,7 +93,7 @@ void VideoPlane::Paint(Surface& target, const RECT& rect) const {
     cairo_paint(cairo);
     const std::lock_guard lock(mutex);
     if (frame && pending) {
-        const std::span<std::uint32_t> pixels(frame->Row(0), PixelCount(frame->Width(), frame->Height()));
+        const std::span<std::uint32_t> pixels(frame->PixelRow(0), PixelCount(frame->Width(), frame->Height()));
         std::fill(pixels.begin(), pixels.end(), 0);
         std::exchange(pending, nullptr)(pixels);
         std::transform(pixels.begin(), pixels.end(), pixels.begin(),

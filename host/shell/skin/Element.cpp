@@ -169,6 +169,7 @@ bool Element::ShowsOtherFace() const {
 void Element::Paint(Context& context) const {
     const ElementDescription& description = *m_pImpl->description;
     const SkinLibrary& pictures = CurrentSkinHost()->Skins();
+    const int scale = context.target->Scale();
     const std::size_t look = Look();
     const bool textOnly = description.textWhenPressed && look == kButtonPressed;
     const FaceDescription& face = description.faces[ShowsOtherFace() ? 1 : 0];
@@ -181,9 +182,9 @@ void Element::Paint(Context& context) const {
     }
     if (picture && !textOnly) {
         if (description.patchBorder > 0) {
-            DrawPicture(context, picture->surface, m_pImpl->rect, description.patchBorder);
+            DrawPicture(context, picture->At(scale), m_pImpl->rect, description.patchBorder);
         } else {
-            DrawCentred(context, picture->surface, m_pImpl->rect);
+            DrawCentred(context, picture->At(scale), m_pImpl->rect);
         }
     }
     if (const SkinImage* icon = pictures.Picture(face.icon)) {
@@ -194,7 +195,7 @@ void Element::Paint(Context& context) const {
             place.bottom -= (place.bottom - place.top) * 3 / 10; // the caption stands below the icon
         }
         constexpr double kDimmed = 0.3;
-        DrawCentred(context, icon->surface, place, look == kButtonDisabled ? kDimmed : 1.0);
+        DrawCentred(context, icon->At(scale), place, look == kButtonDisabled ? kDimmed : 1.0);
     }
     if (!description.textWhenPressed || textOnly) {
         PaintText(context);

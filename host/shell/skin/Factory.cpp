@@ -29,7 +29,7 @@ void GFactory::DoPaint(HDC dc) {
     const GImage* background = GetBackground();
     shell::FillPixels(*context, clip, video || background ? 0 : shell::kOpaque);
     if (background && !video) {
-        const shell::Surface& picture = static_cast<const shell::SkinImage*>(background)->surface;
+        const shell::Surface& picture = static_cast<const shell::SkinImage*>(background)->At(context->target->Scale());
         shell::DrawPicture(*context, picture, picture.Bounds(), 0);
     }
     shell::PaintElements(*m_pFactory, *context, false);

@@ -104,7 +104,7 @@ double LeastContrast(const Colour& colour, const Surface& surface, const RECT& a
     double least = 21;
     for (LONG y = area.top; y < area.bottom; ++y) {
         for (LONG x = area.left; x < area.right; ++x) {
-            const std::uint32_t pixel = surface.At(x, y);
+            const std::uint32_t pixel = surface.PixelAt(x, y);
             const double under = Luminance(static_cast<int>(pixel >> 16 & 0xFF), static_cast<int>(pixel >> 8 & 0xFF),
                                            static_cast<int>(pixel & 0xFF));
             least = std::min(least, Contrast(text, under));
@@ -124,7 +124,7 @@ RECT MiddleOf(const ElementDescription& element, const RECT& part, LONG height) 
 
 void FillPixelsOf(Surface& surface, const RECT& area, std::uint32_t pixel) {
     for (LONG y = area.top; y < area.bottom; ++y) {
-        std::fill(surface.Row(y) + area.left, surface.Row(y) + area.right, pixel);
+        std::fill(surface.PixelRow(y) + area.left, surface.PixelRow(y) + area.right, pixel);
     }
 }
 
@@ -182,7 +182,7 @@ TEST_F(ProductSkin, TargetsOfOneWindowDoNotMeet) {
                 const auto place = [this](const ElementDescription& e) {
                     RECT rect = e.rect;
                     if (!e.imageSet.empty()) {
-                        rect.right = rect.left + library.Picture(e.imageSet.back())->surface.Width();
+                        rect.right = rect.left + library.Picture(e.imageSet.back())->At(1).Width();
                     }
                     return rect;
                 };
@@ -407,14 +407,14 @@ TEST_F(ProductSkin, TextStandsOutFromItsBackground) {
                     Context& context = *gdi.Find(handle);
                     FillPixels(context, surface.Bounds(), backdrop.value_or(kOpaque));
                     if (!backdrop && skin.background != nullptr) {
-                        DrawPicture(context, skin.background->surface, surface.Bounds(), 0);
+                        DrawPicture(context, skin.background->At(1), surface.Bounds(), 0);
                     }
                     const auto paint = [&](const ElementDescription& e, const std::string& name) {
                         if (const SkinImage* picture = library.Picture(name)) {
                             if (e.patchBorder > 0) {
-                                DrawPicture(context, picture->surface, e.rect, e.patchBorder);
+                                DrawPicture(context, picture->At(1), e.rect, e.patchBorder);
                             } else {
-                                DrawCentred(context, picture->surface, e.rect);
+                                DrawCentred(context, picture->At(1), e.rect);
                             }
                         }
                     };
@@ -436,7 +436,7 @@ TEST_F(ProductSkin, TextStandsOutFromItsBackground) {
                             FillPixelsOf(
                                 surface,
                                 {element->rect.left + icon, part.top, element->rect.left + icon + 36, part.bottom},
-                                surface.At(part.left + 10, part.top));
+                                surface.PixelAt(part.left + 10, part.top));
                         }
                     }
                     const std::size_t colour = element->textWhenPressed ? 1 : look;
@@ -451,18 +451,36 @@ TEST_F(ProductSkin, TextStandsOutFromItsBackground) {
     EXPECT_GT(looked, 150);
 }
 
+// Every picture is there twice, the second time with two pixels for one.
+TEST_F(ProductSkin, EveryPictureHasAFineOne) {
+    int pictures = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder / "images")) {
+        const std::string name = entry.path().stem().string();
+        if (name.find('@') != std::string::npos) {
+            continue;
+        }
+        const auto coarse = Surface::ReadPng(entry.path());
+        const auto fine = Surface::ReadPng(folder / "images" / (name + "@2x.png"), 2);
+        ASSERT_TRUE(coarse && fine) << name;
+        EXPECT_EQ(coarse->Width(), fine->Width()) << name;
+        EXPECT_EQ(coarse->Height(), fine->Height()) << name;
+        ++pictures;
+    }
+    EXPECT_GT(pictures, 60);
+}
+
 // The seven pictures of the antenna are seven, and none looks like its neighbour.
 TEST_F(ProductSkin, AntennaHasSevenPictures) {
     const ElementDescription& antenna = ElementOf(u"VelDMB", kElementAntenna);
     ASSERT_EQ(antenna.imageSet.size(), 7u);
     for (std::size_t i = 1; i < antenna.imageSet.size(); ++i) {
-        const Surface& left = library.Picture(antenna.imageSet[i - 1])->surface;
-        const Surface& right = library.Picture(antenna.imageSet[i])->surface;
+        const Surface& left = library.Picture(antenna.imageSet[i - 1])->At(1);
+        const Surface& right = library.Picture(antenna.imageSet[i])->At(1);
         ASSERT_EQ(left.Width(), right.Width());
         int differs = 0;
         for (int y = 0; y < left.Height(); ++y) {
             for (int x = 0; x < left.Width(); ++x) {
-                differs += left.At(x, y) != right.At(x, y) ? 1 : 0;
+                differs += left.PixelAt(x, y) != right.PixelAt(x, y) ? 1 : 0;
             }
         }
         EXPECT_GT(differs, 10) << i;

@@ -118,6 +118,19 @@ const SkinImage* SkinLibrary::LoadPicture(const SkinDescription& skin, int line,
     return pictures.emplace(name, std::make_unique<SkinImage>(std::move(*surface))).first->second.get();
 }
 
+void SkinLibrary::SetScale(int scale) {
+    for (const auto& [name, picture] : pictures) {
+        picture->fine.reset();
+        if (scale == 1) {
+            continue;
+        }
+        auto read = Surface::ReadPng(folder / "images" / (name + "@" + std::to_string(scale) + "x.png"), scale);
+        if (read && read->Width() == picture->coarse.Width() && read->Height() == picture->coarse.Height()) {
+            picture->fine = std::make_unique<Surface>(std::move(*read));
+        }
+    }
+}
+
 const Skin* SkinLibrary::Find(WStringView resource) const {
     const auto found = skins.find(resource);
     return found == skins.end() ? nullptr : found->second.get();

@@ -1,6 +1,7 @@
 // The skins of a folder with their pictures, fonts and texts, ready for use.
 //
-// The folder holds one `<anything>.skin` per resource, `texts.txt`, and the pictures as `images/<name>.png`.
+// The folder holds one `<anything>.skin` per resource, `texts.txt`, and the pictures as `images/<name>.png`; those of twice the size for
+// finer screens are `images/<name>@2x.png`.
 #pragma once
 
 #include "host/shell/gdi/Context.h"
@@ -18,11 +19,17 @@ namespace shell {
 
 class SkinImage final : public GImage {
 public:
-    explicit SkinImage(Surface pixels) : surface(std::move(pixels)) {
-        m_nWidth = surface.Width();
-        m_nHeight = surface.Height();
+    explicit SkinImage(Surface pixels) : coarse(std::move(pixels)) {
+        m_nWidth = coarse.Width();
+        m_nHeight = coarse.Height();
     }
-    const Surface surface;
+    // The picture for a surface of that scale, or the coarse one where there is no better. Every one has the same size in units.
+    [[nodiscard]] const Surface& At(int scale) const { return fine && fine->Scale() == scale ? *fine : coarse; }
+
+private:
+    friend class SkinLibrary;
+    const Surface coarse;          // one pixel for a unit
+    std::unique_ptr<Surface> fine; // more than one
 };
 
 class SkinImageSet final : public GImageSet {
@@ -47,6 +54,8 @@ public:
     SkinLibrary(const SkinLibrary&) = delete;
     SkinLibrary& operator=(const SkinLibrary&) = delete;
 
+    // Has the pictures ready for surfaces of that scale. One that is missing in it, or of another size, is drawn from the coarse one.
+    void SetScale(int scale);
     // The skin of a resource, or null.
     [[nodiscard]] const Skin* Find(WStringView resource) const;
     // A picture that a loaded skin names, or null for an empty name.

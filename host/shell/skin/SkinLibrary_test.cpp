@@ -71,4 +71,26 @@ TEST_F(SkinFolder, FindsByName) {
     EXPECT_EQ(library.Bitmap(2001), nullptr);
 }
 
+TEST_F(SkinFolder, APictureOfTwiceTheSizeIsTakenForFineSurfacesWhereItFits) {
+    Write("a.skin", head + "button 3\nrect 0 0 1 1\nface both coarse wrong\n");
+    Write("texts.txt", "");
+    const auto put = [this](const char* name, int side) {
+        return Surface(side, side).WritePng(folder / "images" / name);
+    };
+    ASSERT_TRUE(put("both.png", 3) && put("both@2x.png", 6) && put("coarse.png", 3));
+    ASSERT_TRUE(put("wrong.png", 3) && put("wrong@2x.png", 8));
+    GdiState gdi;
+    SkinLibrary library(folder, gdi);
+    const SkinImage* both = library.Picture("both");
+    EXPECT_EQ(both->At(2).Scale(), 1) << "nobody has asked for it yet";
+    library.SetScale(2);
+    EXPECT_EQ(both->At(2).PixelWidth(), 6);
+    EXPECT_EQ(both->At(2).Width(), 3);
+    EXPECT_EQ(both->At(1).PixelWidth(), 3);
+    EXPECT_EQ(library.Picture("coarse")->At(2).PixelWidth(), 3);
+    EXPECT_EQ(library.Picture("wrong")->At(2).PixelWidth(), 3) << "four by four units are not three by three";
+    library.SetScale(1);
+    EXPECT_EQ(both->At(2).PixelWidth(), 3);
+}
+
 } // namespace shell
