@@ -20,7 +20,7 @@ _dmbtv() {
         return
         ;;
     esac
-    local common="--help --headless --full-screen --once --script --transcript --audio-out --screenshot --keys --device-root --card --profile --lang --log-level --debug-mode"
+    local common="--help --headless --scale --full-screen --once --script --transcript --audio-out --screenshot --keys --device-root --card --profile --lang --log-level --debug-mode"
     local source="--command --gain"
     if [[ $cur == -* ]]; then
         case $command in

@@ -50,6 +50,7 @@ Controls::~Controls() {
 
 LRESULT Controls::OnMessage(UINT message) {
     if (message == kInputCame) {
+        shell.SetScale(inputs.WantedScale());
         TakeInput();
     } else if (message == WM_TIMER) {
         session.System().loop().StopTimer(window, kVolumeTimer);
@@ -202,8 +203,9 @@ void Controls::Publish() {
     auto frame = std::make_shared<Frame>();
     shell::Shell::Layers layers = shell.ComposeLayers();
     frame->pixels = std::move(layers.pixels);
+    frame->scale = layers.scale;
     if (volumeShows)
-        shell::sdl::DrawVolumeSign(frame->pixels, state.volume, state.muted);
+        shell::sdl::DrawVolumeSign(frame->pixels, frame->scale, state.volume, state.muted);
     if (layers.video) {
         const RECT& place = *layers.video;
         frame->video = true;

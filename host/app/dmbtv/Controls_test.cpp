@@ -297,6 +297,37 @@ TEST_F(ControlsTest, TheVolumeGoesInStepsAndShowsASign) {
     EXPECT_EQ(state.volume, 95);
 }
 
+TEST_F(ControlsTest, TheScreenIsDrawnAsFinelyAsTheWindowWants) {
+    OpenPlaying();
+    session->Shell().View()->ShowControls(0, 1);
+    session->Shell().RunUntilIdle();
+    const auto before = frames.Take().frame;
+    EXPECT_EQ(before->scale, 1);
+    inputs.WantScale(2);
+    session->Shell().RunUntilIdle();
+    const auto fine = frames.Take().frame;
+    EXPECT_EQ(fine->scale, 2);
+    ASSERT_EQ(fine->pixels.size(), std::size_t{1600} * 960);
+    EXPECT_EQ(fine->pixels[std::size_t{940} * 1600 + 800], 0u) << "the picture shows through";
+    EXPECT_EQ(fine->videoPlace, before->videoPlace);
+    inputs.WantScale(1);
+    session->Shell().RunUntilIdle();
+    EXPECT_EQ(frames.Take().frame->pixels, before->pixels);
+}
+
+// Edge case: the window becomes larger during a scan
+TEST_F(ControlsTest, AWindowThatGrowsDuringAScanIsNotForgotten) {
+    OpenPlaying();
+    frames.SetListener([&] {
+        if (session->IsScanning() && inputs.WantedScale() == 1)
+            inputs.WantScale(2);
+    });
+    session->System().loop().Send(View().GetSafeHwnd(), WM_COMMAND, kCmdScan);
+    frames.SetListener({});
+    session->Shell().RunUntilIdle();
+    EXPECT_EQ(frames.Take().frame->scale, 2);
+}
+
 TEST_F(ControlsTest, ATouchBringsTheHiddenControlsBackAndTheyLeaveThePictureFree) {
     OpenPlaying();
     CVelPlayerView& view = *session->Shell().View();

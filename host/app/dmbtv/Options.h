@@ -27,6 +27,7 @@ struct Options {
     std::string language;             // "ko", "en", or empty: by the locale
     std::string logLevel = "info";
     bool headless = false;
+    int scale = 1; // pixels of screenshots for one of 800 x 480, without a window
     bool fullScreen = false;
     bool debugMode = false;
     bool once = false;        // files end at their end instead of starting over

@@ -97,6 +97,7 @@ Session::Session(const Options& options, SessionPorts outside) : ports(std::move
         medmb::Tuner::Install(nullptr);
         throw StartFailure(kExitUsage, error.what());
     }
+    shell->SetScale(options.scale);
     shell->SetScreenListener([this] { OnScreen(); });
     shell->SetQuitListener([this] { RequestQuit(); });
     shell->SetViewListener(

@@ -57,6 +57,19 @@ std::deque<Input> Inputs::Take() {
     return std::exchange(waiting, {});
 }
 
+void Inputs::WantScale(int scale) {
+    const std::lock_guard lock(mutex);
+    wantedScale = scale;
+    if (listener) {
+        listener();
+    }
+}
+
+int Inputs::WantedScale() const {
+    const std::lock_guard lock(mutex);
+    return wantedScale;
+}
+
 void Inputs::SetListener(std::function<void()> newListener) {
     const std::lock_guard lock(mutex);
     listener = std::move(newListener);

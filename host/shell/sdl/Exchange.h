@@ -18,6 +18,7 @@ namespace shell::sdl {
 // The screen without its moving picture, and what the window should know beside it. Never changed once handed over.
 struct Frame {
     std::vector<std::uint32_t> pixels; // kScreenWidth x kScreenHeight, 0xAARRGGBB, colours not multiplied with alpha
+    int scale = 1;                     // so many times wider and higher than that
     std::string title;                 // UTF-8
     bool video = false;                // the moving picture shows through the transparent pixels
     Box videoPlace;                    // on the screen
@@ -76,12 +77,16 @@ public:
     void Push(const Input& input);
     // All that waits, oldest first.
     [[nodiscard]] std::deque<Input> Take();
-    // Called after the first input that comes to an empty queue, by the thread that brought it.
+    // How finely the window would like the screen drawn from now on, see ScaleFor. No input: it is never thrown away with others.
+    void WantScale(int scale);
+    [[nodiscard]] int WantedScale() const;
+    // Called after the first input that comes to an empty queue and after each wish, by the thread that brought it.
     void SetListener(std::function<void()> listener);
 
 private:
-    std::mutex mutex; // guards what follows
+    mutable std::mutex mutex; // guards what follows
     std::deque<Input> waiting;
+    int wantedScale = 1;
     std::function<void()> listener;
 };
 

@@ -30,12 +30,19 @@ Box PlaceScreen(int outputWidth, int outputHeight) {
     return FitInside({0, 0, outputWidth, outputHeight}, static_cast<double>(kScreenWidth) / kScreenHeight);
 }
 
-Box ToOutput(const Box& part, const Box& screen) {
-    const int left = Scale(part.x, screen.width, kScreenWidth);
-    const int top = Scale(part.y, screen.height, kScreenHeight);
-    const int right = Scale(part.x + part.width, screen.width, kScreenWidth);
-    const int bottom = Scale(part.y + part.height, screen.height, kScreenHeight);
+Box ToOutput(const Box& part, const Box& screen, int scale) {
+    const int width = kScreenWidth * scale;
+    const int height = kScreenHeight * scale;
+    const int left = Scale(part.x, screen.width, width);
+    const int top = Scale(part.y, screen.height, height);
+    const int right = Scale(part.x + part.width, screen.width, width);
+    const int bottom = Scale(part.y + part.height, screen.height, height);
     return {screen.x + left, screen.y + top, right - left, bottom - top};
+}
+
+int ScaleFor(int outputWidth, int outputHeight) {
+    const Box screen = PlaceScreen(outputWidth, outputHeight);
+    return screen.width * 4 > kScreenWidth * 5 ? 2 : 1;
 }
 
 Point ToScreen(const Point& inWindow, int windowWidth, int windowHeight) {

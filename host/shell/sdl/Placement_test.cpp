@@ -41,6 +41,23 @@ TEST(Placement, APointBesideTheScreenLiesOutsideOfIt) {
     EXPECT_GE(ToScreen({1900, 500}, 1920, 1080).x, kScreenWidth);
 }
 
+TEST(Placement, PartsOfAFinerScreenLieWhereThoseOfTheUsualDo) {
+    const Box screen = PlaceScreen(1920, 1080);
+    EXPECT_EQ(ToOutput({200, 120, 666, 2}, screen, 2), ToOutput({100, 60, 333, 1}, screen));
+    EXPECT_EQ(ToOutput({0, 0, 1600, 960}, {0, 0, 1600, 960}, 2), (Box{0, 0, 1600, 960}));
+    EXPECT_EQ(ToOutput({0, 1, 1600, 1}, {0, 0, 1600, 960}, 2), (Box{0, 1, 1600, 1}));
+}
+
+TEST(Placement, ALargeOutputIsDrawnFinely) {
+    EXPECT_EQ(ScaleFor(800, 480), 1);
+    EXPECT_EQ(ScaleFor(400, 240), 1);
+    EXPECT_EQ(ScaleFor(1000, 600), 1) << "a quarter larger";
+    EXPECT_EQ(ScaleFor(1001, 601), 2);
+    EXPECT_EQ(ScaleFor(1600, 960), 2);
+    EXPECT_EQ(ScaleFor(1920, 480), 1) << "wide, but the screen in it is no larger";
+    EXPECT_EQ(ScaleFor(0, 0), 1);
+}
+
 TEST(Placement, AShapeThatMakesNoSenseFillsTheBox) {
     EXPECT_EQ(FitInside({1, 2, 30, 40}, 0), (Box{1, 2, 30, 40}));
     EXPECT_EQ(FitInside({0, 0, 400, 300}, 16.0 / 9), (Box{0, 37, 400, 225}));

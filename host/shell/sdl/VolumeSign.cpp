@@ -16,11 +16,21 @@ constexpr std::uint32_t kEmptyColour = 0xFF3A4653;
 constexpr std::uint32_t kFullColour = 0xFFF2F5F9;
 constexpr std::uint32_t kMutedColour = 0xFFFF6B5E;
 
-void Fill(std::span<std::uint32_t> pixels, const Box& box, std::uint32_t colour) {
-    for (int y = box.y; y < box.y + box.height; ++y) {
-        std::fill_n(pixels.begin() + static_cast<std::ptrdiff_t>(y) * kScreenWidth + box.x, box.width, colour);
+// The pixels of a frame, in which boxes are given in units of the usual screen.
+struct Canvas {
+    std::span<std::uint32_t> pixels;
+    int scale;
+
+    void Fill(const Box& box, std::uint32_t colour) const {
+        FillPixels({box.x * scale, box.y * scale, box.width * scale, box.height * scale}, colour);
     }
-}
+    void FillPixels(const Box& box, std::uint32_t colour) const {
+        for (int y = box.y; y < box.y + box.height; ++y) {
+            std::fill_n(pixels.begin() + static_cast<std::ptrdiff_t>(y) * kScreenWidth * scale + box.x, box.width,
+                        colour);
+        }
+    }
+};
 
 // Rows of 20 pixels: the loudspeaker, and what is in front of it.
 constexpr int kSignRows = 20;
@@ -33,13 +43,31 @@ constexpr Sign kWaves = {0x00000, 0x00010, 0x00008, 0x00084, 0x00044, 0x00022, 0
 constexpr Sign kCross = {0x00000, 0x00000, 0x00000, 0x00000, 0x00000, 0x00000, 0x00303, 0x00186, 0x000CC, 0x00078,
                          0x00078, 0x000CC, 0x00186, 0x00303, 0x00000, 0x00000, 0x00000, 0x00000, 0x00000, 0x00000};
 
-void Draw(std::span<std::uint32_t> pixels, const Sign& sign, std::uint32_t colour) {
+bool IsSet(const Sign& sign, int x, int y) {
+    return x >= 0 && y >= 0 && x < kSignRows && y < kSignRows &&
+           (sign[static_cast<std::size_t>(y)] >> (kSignRows - 1 - x) & 1) != 0;
+}
+
+// One of the four finer pixels that a pixel becomes; (right, below) is 1 for those on that side. Steps of a slanted edge become steps of
+// half the height: a corner takes the colour on which the two neighbours beside it agree, unless the edge goes straight on.
+bool IsFinerSet(const Sign& sign, int x, int y, int right, int below) {
+    const int aside = 2 * right - 1;
+    const int onward = 2 * below - 1;
+    const bool beside = IsSet(sign, x + aside, y);
+    const bool next = IsSet(sign, x, y + onward);
+    const bool corner = beside == next && beside != IsSet(sign, x - aside, y) && next != IsSet(sign, x, y - onward);
+    return corner ? beside : IsSet(sign, x, y);
+}
+
+void Draw(const Canvas& canvas, const Sign& sign, std::uint32_t colour) {
     constexpr int kLeft = kPanel.x + 18;
     constexpr int kTop = kPanel.y + 14;
-    for (int y = 0; y < kSignRows; ++y) {
-        for (int x = 0; x < kSignRows; ++x) {
-            if ((sign[static_cast<std::size_t>(y)] >> (kSignRows - 1 - x) & 1) != 0) {
-                Fill(pixels, {kLeft + x, kTop + y, 1, 1}, colour);
+    const int scale = canvas.scale;
+    for (int y = 0; y < kSignRows * scale; ++y) {
+        for (int x = 0; x < kSignRows * scale; ++x) {
+            const bool set = scale == 2 ? IsFinerSet(sign, x / 2, y / 2, x % 2, y % 2) : IsSet(sign, x, y);
+            if (set) {
+                canvas.FillPixels({kLeft * scale + x, kTop * scale + y, 1, 1}, colour);
             }
         }
     }
@@ -47,16 +75,17 @@ void Draw(std::span<std::uint32_t> pixels, const Sign& sign, std::uint32_t colou
 
 } // namespace
 
-void DrawVolumeSign(std::span<std::uint32_t> pixels, int percent, bool muted) {
-    if (pixels.size() < static_cast<std::size_t>(kScreenWidth) * kScreenHeight) {
+void DrawVolumeSign(std::span<std::uint32_t> pixels, int scale, int percent, bool muted) {
+    if (scale < 1 || pixels.size() < static_cast<std::size_t>(kScreenWidth) * kScreenHeight * scale * scale) {
         return;
     }
-    Fill(pixels, kPanel, kPanelColour);
-    Draw(pixels, kSpeaker, kFullColour);
-    Draw(pixels, muted ? kCross : kWaves, muted ? kMutedColour : kFullColour);
-    Fill(pixels, kBar, kEmptyColour);
+    const Canvas canvas{pixels, scale};
+    canvas.Fill(kPanel, kPanelColour);
+    Draw(canvas, kSpeaker, kFullColour);
+    Draw(canvas, muted ? kCross : kWaves, muted ? kMutedColour : kFullColour);
+    canvas.Fill(kBar, kEmptyColour);
     const int full = kBar.width * std::clamp(percent, 0, 100) / 100;
-    Fill(pixels, {kBar.x, kBar.y, full, kBar.height}, muted ? kMutedColour : kFullColour);
+    canvas.Fill({kBar.x, kBar.y, full, kBar.height}, muted ? kMutedColour : kFullColour);
 }
 
 } // namespace shell::sdl

@@ -63,18 +63,19 @@ SDL_Renderer* MakeRenderer(SDL_Window* window) {
     return renderer;
 }
 
-// Rows of the screen that are not wholly transparent, as runs.
-std::vector<Box> VisibleBands(const std::vector<std::uint32_t>& pixels) {
+// Rows of pixels that are not wholly transparent, as runs.
+std::vector<Box> VisibleBands(const Frame& frame) {
     std::vector<Box> bands;
-    for (int y = 0; y < kScreenHeight; ++y) {
-        const auto row = pixels.begin() + static_cast<std::ptrdiff_t>(y) * kScreenWidth;
-        if (std::all_of(row, row + kScreenWidth, [](std::uint32_t pixel) { return pixel >> 24 == 0; })) {
+    const int width = kScreenWidth * frame.scale;
+    for (int y = 0; y < kScreenHeight * frame.scale; ++y) {
+        const auto row = frame.pixels.begin() + static_cast<std::ptrdiff_t>(y) * width;
+        if (std::all_of(row, row + width, [](std::uint32_t pixel) { return pixel >> 24 == 0; })) {
             continue;
         }
         if (!bands.empty() && bands.back().y + bands.back().height == y) {
             ++bands.back().height;
         } else {
-            bands.push_back({0, y, kScreenWidth, 1});
+            bands.push_back({0, y, width, 1});
         }
     }
     return bands;
@@ -88,6 +89,7 @@ struct Window::Impl {
     ~Impl();
 
     void Open(const std::string& title, bool fullScreen);
+    void MakeOverlay(int scale);
     void Handle(const SDL_Event& event);
     void HandleWindow(const SDL_WindowEvent& event);
     void HandleKey(const SDL_KeyboardEvent& event);
@@ -108,10 +110,12 @@ struct Window::Impl {
     SDL_Window* window = nullptr;
     SDL_Renderer* renderer = nullptr;
     SDL_Texture* overlay = nullptr;
+    int overlayScale = 0;
+    int wantedScale = 1; // the shell has been told
     SDL_Texture* video = nullptr;
     int videoWidth = 0, videoHeight = 0;
     std::shared_ptr<const Picture> uploaded; // what `video` holds
-    std::vector<Box> bands;                  // of the overlay
+    std::vector<Box> bands;                  // of the overlay, in its pixels
     Frames::News news;
     std::string title;
     Uint32 newsEvent = 0;
@@ -156,13 +160,10 @@ void Window::Impl::Open(const std::string& firstTitle, bool fullScreen) {
     if (renderer == nullptr) {
         Refuse("nothing can be drawn in the window");
     }
-    overlay =
-        SDL_CreateTexture(renderer, SDL_PIXELFORMAT_ARGB8888, SDL_TEXTUREACCESS_STREAMING, kScreenWidth, kScreenHeight);
+    MakeOverlay(1);
     if (overlay == nullptr) {
         Refuse("nothing can be drawn in the window");
     }
-    SDL_SetTextureBlendMode(overlay, SDL_BLENDMODE_BLEND);
-    SDL_SetTextureScaleMode(overlay, SDL_ScaleModeLinear);
     newsEvent = SDL_RegisterEvents(1);
     frames.SetListener([this] {
         if (!newsPosted.exchange(true)) {
@@ -172,6 +173,20 @@ void Window::Impl::Open(const std::string& firstTitle, bool fullScreen) {
         }
     });
     pointerMoved = SDL_GetTicks64();
+}
+
+// What the window shows of the skin, with so many pixels for one of the usual; null when there is no room for it.
+void Window::Impl::MakeOverlay(int scale) {
+    if (overlay != nullptr) {
+        SDL_DestroyTexture(overlay);
+    }
+    overlayScale = scale;
+    overlay = SDL_CreateTexture(renderer, SDL_PIXELFORMAT_ARGB8888, SDL_TEXTUREACCESS_STREAMING, kScreenWidth * scale,
+                                kScreenHeight * scale);
+    if (overlay != nullptr) {
+        SDL_SetTextureBlendMode(overlay, SDL_BLENDMODE_BLEND);
+        SDL_SetTextureScaleMode(overlay, SDL_ScaleModeLinear);
+    }
 }
 
 // ---- Input -----------------------------------------------------------------------------------------------------------
@@ -301,8 +316,11 @@ void Window::Impl::TakeFrame() {
         return;
     }
     const Frame& frame = *news.frame;
-    bands = VisibleBands(frame.pixels);
-    SDL_UpdateTexture(overlay, nullptr, frame.pixels.data(), kScreenWidth * 4);
+    if (frame.scale != overlayScale) {
+        MakeOverlay(frame.scale);
+    }
+    bands = VisibleBands(frame);
+    SDL_UpdateTexture(overlay, nullptr, frame.pixels.data(), kScreenWidth * frame.scale * 4);
     if (frame.title != title) {
         title = frame.title;
         SDL_SetWindowTitle(window, title.c_str());
@@ -355,6 +373,10 @@ void Window::Impl::Present() {
     if (SDL_GetRendererOutputSize(renderer, &width, &height) != 0) {
         return;
     }
+    if (const int scale = ScaleFor(width, height); scale != wantedScale) {
+        wantedScale = scale;
+        inputs.WantScale(scale); // until the shell has painted anew, the old picture is scaled
+    }
     const Box screen = PlaceScreen(width, height);
     SDL_SetRenderDrawColor(renderer, 0, 0, 0, SDL_ALPHA_OPAQUE);
     SDL_RenderClear(renderer);
@@ -367,7 +389,7 @@ void Window::Impl::Present() {
         }
         for (const Box& band : bands) {
             const SDL_Rect source = RectOf(band);
-            const SDL_Rect target = RectOf(ToOutput(band, screen));
+            const SDL_Rect target = RectOf(ToOutput(band, screen, overlayScale));
             SDL_RenderCopy(renderer, overlay, &source, &target);
         }
     }

@@ -10,7 +10,7 @@ namespace shell::sdl {
 
 namespace {
 
-constexpr std::uint32_t kRed = 0xFFFF0000, kClear = 0x00000000, kHalfWhite = 0x80FFFFFF;
+constexpr std::uint32_t kRed = 0xFFFF0000, kClear = 0x00000000, kHalfWhite = 0x80FFFFFF, kOpaqueBlack = 0xFF000000;
 
 std::shared_ptr<Frame> FrameOf(std::uint32_t pixel) {
     auto frame = std::make_shared<Frame>();
@@ -185,6 +185,36 @@ TEST_F(WindowTest, ShowsTheScreenAndThePictureUnderIt) {
     EXPECT_NEAR(static_cast<double>(grey), 128, 4);
     EXPECT_EQ(PixelAt(20, 200) & 0xFFFFFF, 0u) << "beside a 4:3 picture it is black";
     EXPECT_NEAR(static_cast<double>(PixelAt(400, 300) & 0xFF), (128 + 255) / 2.0, 5);
+}
+
+TEST_F(WindowTest, ALargeWindowWantsAFinerScreenAndShowsEachOfItsPixels) {
+    Open();
+    SDL_SetWindowSize(Handle(), 1600, 960);
+    auto coarse = FrameOf(kRed);
+    frames.Show(std::shared_ptr<const Frame>(coarse));
+    int told = 0;
+    inputs.SetListener([&told] { ++told; });
+    Settle();
+    inputs.SetListener({});
+    EXPECT_EQ(told, 1);
+    EXPECT_EQ(inputs.WantedScale(), 2);
+    EXPECT_TRUE(inputs.Take().empty()) << "a wish is no input";
+    EXPECT_EQ(PixelAt(1599, 959) & 0xFFFFFF, kRed & 0xFFFFFF) << "until then the old picture is enlarged";
+
+    auto fine = std::make_shared<Frame>();
+    fine->scale = 2;
+    fine->pixels.assign(std::size_t{1600} * 960, kOpaqueBlack);
+    fine->pixels[std::size_t{101} * 1600 + 333] = kRed;
+    frames.Show(std::shared_ptr<const Frame>(fine));
+    Settle();
+    EXPECT_EQ(PixelAt(333, 101) & 0xFFFFFF, kRed & 0xFFFFFF);
+    EXPECT_EQ(PixelAt(332, 101) & 0xFFFFFF, 0u);
+    EXPECT_EQ(PixelAt(334, 101) & 0xFFFFFF, 0u);
+    EXPECT_EQ(PixelAt(333, 100) & 0xFFFFFF, 0u);
+
+    SDL_SetWindowSize(Handle(), 800, 480);
+    Settle();
+    EXPECT_EQ(inputs.WantedScale(), 1);
 }
 
 TEST_F(WindowTest, TheScreenSaverSleepsOnlyWhileAPictureMoves) {

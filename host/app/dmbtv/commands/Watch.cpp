@@ -38,7 +38,11 @@ int Watch(const Options& options) {
 void AddWatch(CLI::App& app, Request& request) {
     Options& options = request.options;
     AddSourceOptions(app, options);
-    app.add_flag("--headless", options.headless, "no window");
+    CLI::Option* headless = app.add_flag("--headless", options.headless, "no window");
+    app.add_option("--scale", options.scale,
+                   "draw the screen with so many pixels for one, for screenshots; a window finds out by itself")
+        ->check(CLI::Range(1, 2))
+        ->needs(headless);
     app.add_flag("--full-screen", options.fullScreen, "begin with the whole screen");
     app.add_flag("--once", options.once, "files end at their end; without it they start over");
     app.add_option("--script", options.script, "file of lines to carry out, then leave");
