@@ -113,7 +113,7 @@ void ShellCore::SetScale(int newScale) {
         return;
     }
     scale = newScale;
-    skins.SetScale(scale);
+    skins.DropFine();
     windows.SetScale(scale);
     while (PaintOne()) {
     }

@@ -42,6 +42,27 @@ SkinImageSet::~SkinImageSet() {
     delete m_pImpl;
 }
 
+const Surface& SkinImage::At(int scale) const {
+    if (scale == 1) {
+        return coarse;
+    }
+    if (scale != soughtScale) {
+        soughtScale = scale;
+        fine.reset();
+        const std::string name = coarseFile.stem().string() + "@" + std::to_string(scale) + "x.png";
+        auto read = Surface::ReadPng(coarseFile.parent_path() / name, scale);
+        if (read && read->Width() == coarse.Width() && read->Height() == coarse.Height()) {
+            fine = std::make_unique<Surface>(std::move(*read));
+        }
+    }
+    return fine ? *fine : coarse;
+}
+
+void SkinImage::DropFine() {
+    fine.reset();
+    soughtScale = 1;
+}
+
 SkinLibrary::SkinLibrary(const std::filesystem::path& skinFolder, GdiState& gdiState)
     : folder(skinFolder), gdi(gdiState) {
     std::error_code error;
@@ -111,23 +132,17 @@ const SkinImage* SkinLibrary::LoadPicture(const SkinDescription& skin, int line,
     if (name.empty() || pictures.find(name) != pictures.end()) {
         return Picture(name);
     }
-    auto surface = Surface::ReadPng(folder / "images" / (name + ".png"));
+    const std::filesystem::path file = folder / "images" / (name + ".png");
+    auto surface = Surface::ReadPng(file);
     if (!surface) {
         throw SkinError(skin.file, line, "the picture '" + name + "' is missing or no PNG picture");
     }
-    return pictures.emplace(name, std::make_unique<SkinImage>(std::move(*surface))).first->second.get();
+    return pictures.emplace(name, std::make_unique<SkinImage>(std::move(*surface), file)).first->second.get();
 }
 
-void SkinLibrary::SetScale(int scale) {
+void SkinLibrary::DropFine() {
     for (const auto& [name, picture] : pictures) {
-        picture->fine.reset();
-        if (scale == 1) {
-            continue;
-        }
-        auto read = Surface::ReadPng(folder / "images" / (name + "@" + std::to_string(scale) + "x.png"), scale);
-        if (read && read->Width() == picture->coarse.Width() && read->Height() == picture->coarse.Height()) {
-            picture->fine = std::make_unique<Surface>(std::move(*read));
-        }
+        picture->DropFine();
     }
 }
 

@@ -19,17 +19,22 @@ namespace shell {
 
 class SkinImage final : public GImage {
 public:
-    explicit SkinImage(Surface pixels) : coarse(std::move(pixels)) {
+    // `file` is where the picture came from; finer ones lie beside it.
+    SkinImage(Surface pixels, std::filesystem::path file) : coarse(std::move(pixels)), coarseFile(std::move(file)) {
         m_nWidth = coarse.Width();
         m_nHeight = coarse.Height();
     }
-    // The picture for a surface of that scale, or the coarse one where there is no better. Every one has the same size in units.
-    [[nodiscard]] const Surface& At(int scale) const { return fine && fine->Scale() == scale ? *fine : coarse; }
+    // The picture for a surface of that scale, read when it is first asked for, or the coarse one where there is no better. Every one
+    // has the same size in units. Valid until the next call with another scale.
+    [[nodiscard]] const Surface& At(int scale) const;
+    // Keeps the coarse one only.
+    void DropFine();
 
 private:
-    friend class SkinLibrary;
-    const Surface coarse;          // one pixel for a unit
-    std::unique_ptr<Surface> fine; // more than one
+    const Surface coarse; // one pixel for a unit
+    const std::filesystem::path coarseFile;
+    mutable std::unique_ptr<Surface> fine; // more than one; null: none has been found
+    mutable int soughtScale = 1;           // the last that was looked for
 };
 
 class SkinImageSet final : public GImageSet {
@@ -54,8 +59,8 @@ public:
     SkinLibrary(const SkinLibrary&) = delete;
     SkinLibrary& operator=(const SkinLibrary&) = delete;
 
-    // Has the pictures ready for surfaces of that scale. One that is missing in it, or of another size, is drawn from the coarse one.
-    void SetScale(int scale);
+    // Gives back the room of the pictures of twice the size; those that are drawn again are read again.
+    void DropFine();
     // The skin of a resource, or null.
     [[nodiscard]] const Skin* Find(WStringView resource) const;
     // A picture that a loaded skin names, or null for an empty name.

@@ -82,15 +82,15 @@ TEST_F(SkinFolder, APictureOfTwiceTheSizeIsTakenForFineSurfacesWhereItFits) {
     GdiState gdi;
     SkinLibrary library(folder, gdi);
     const SkinImage* both = library.Picture("both");
-    EXPECT_EQ(both->At(2).Scale(), 1) << "nobody has asked for it yet";
-    library.SetScale(2);
     EXPECT_EQ(both->At(2).PixelWidth(), 6);
     EXPECT_EQ(both->At(2).Width(), 3);
     EXPECT_EQ(both->At(1).PixelWidth(), 3);
     EXPECT_EQ(library.Picture("coarse")->At(2).PixelWidth(), 3);
     EXPECT_EQ(library.Picture("wrong")->At(2).PixelWidth(), 3) << "four by four units are not three by three";
-    library.SetScale(1);
-    EXPECT_EQ(both->At(2).PixelWidth(), 3);
+    ASSERT_TRUE(put("coarse@2x.png", 6));
+    EXPECT_EQ(library.Picture("coarse")->At(2).PixelWidth(), 3) << "looked for once";
+    library.DropFine();
+    EXPECT_EQ(library.Picture("coarse")->At(2).PixelWidth(), 6);
 }
 
 } // namespace shell
