@@ -18,8 +18,9 @@ constexpr ce::Millis kLargestCatchUp = 500;
 
 } // namespace
 
-AudioRenderer::AudioRenderer(ce::Clock& clock, const Outputs& outputs)
-    : FilterBase(CLSID_AudioRender), clock_(clock), outputs_(outputs), playout_(clock), room_(clock), wake_(clock) {
+AudioRenderer::AudioRenderer(ce::Clock& clock, const Outputs& outputs, std::shared_ptr<LiveHold> hold)
+    : FilterBase(CLSID_AudioRender), clock_(clock), outputs_(outputs), playout_(clock, std::move(hold)), room_(clock),
+      wake_(clock) {
     AddPin(std::make_unique<SampleInput<SoundBlock>>(*this, kAudioRendererPin,
                                                      dshow::MediaType(MEDIATYPE_Audio, kSubtypePcm),
                                                      static_cast<SampleReceiver<SoundBlock>&>(*this)));

@@ -15,7 +15,9 @@ namespace filters {
 
 class AudioRenderer final : public dshow::FilterBase, private SampleReceiver<SoundBlock> {
 public:
-    AudioRenderer(ce::Clock& clock, const Outputs& outputs);
+    // `hold` is shared with whatever plays the same source.
+    AudioRenderer(ce::Clock& clock, const Outputs& outputs,
+                  std::shared_ptr<LiveHold> hold = std::make_shared<LiveHold>());
 
     [[nodiscard]] const Playout& Sound() const { return playout_; }
 

@@ -15,6 +15,8 @@ constexpr Millis kFrame = wire::kEtiFrameMilliseconds;
 constexpr Millis kReadLimit = 100;
 // A live source may run a little faster than our clock, never much: what comes in one burst is spread.
 constexpr Millis kLiveFrame = 23;
+// A file's first frames are there, so nobody need wait for them: as many come at once as live sound is held back for.
+constexpr Millis kFileAhead = 3 * kFrame;
 // Being this late means that the source paused, not that we have to catch up.
 constexpr Millis kLateness = 500;
 constexpr std::uint64_t kCountersEvery = 10; // frames
@@ -200,7 +202,8 @@ bool Tuner::SetChannel(int hz, int type, std::uint32_t serviceId) {
     description.frequency = static_cast<std::uint32_t>(hz);
     description.serviceId = serviceId;
     session->generation = session->sink.generation = broadcast.Publish(std::move(description));
-    session->due = session->lastFrame = clock.Now();
+    session->lastFrame = clock.Now();
+    session->due = session->lastFrame - (session->source->IsFile() ? kFileAhead : 0);
     UpdateDescription(*session);
     UpdateSignal(*session, true);
     playing = std::move(session);
