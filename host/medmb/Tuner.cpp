@@ -101,6 +101,7 @@ struct Tuner::Session {
     bool ended = false;
     std::string label;
     bool scrambled = false;
+    std::string told; // what the source complained of last
 };
 
 Tuner::Tuner(ce::Clock& clockToUse, Broadcast& broadcastToFill, std::unique_ptr<SourceProvider> sources, Log log)
@@ -280,6 +281,13 @@ void Tuner::Play(Session& session) {
             continue;
         }
         if (status == ReadStatus::Cancelled)
+            return;
+        if (std::string reason = session.source->Reason(); status == ReadStatus::Waiting && reason != session.told) {
+            Say(reason);
+            session.told = std::move(reason);
+        }
+        // A file without frames has not waited.
+        if (status == ReadStatus::Waiting && session.source->IsFile() && !cancellation.WaitUntil(clock.Now() + kFrame))
             return;
         if ((status == ReadStatus::End || status == ReadStatus::Failed) && !session.ended) {
             session.ended = true;
