@@ -118,10 +118,13 @@ struct Place {
 };
 
 SessionPorts PortsOf(Watch& watch) {
-    return {nullptr, &watch, [&watch](const auto& picture) {
+    return {nullptr,
+            &watch,
+            [&watch](const auto& picture) {
                 if (picture != nullptr)
                     watch.OnPicture();
-            }};
+            },
+            {}};
 }
 
 void MeasureScan(Session& session, const CVelDMBView& view, int rounds) {

@@ -133,8 +133,8 @@ Addresses LookUp(const std::string& host, const std::string& port, int flags, st
     return {found, freeaddrinfo};
 }
 
-// Names are looked up on a thread of their own, which is left to itself when it takes too long: the system's way to do so can take half
-// a minute, and nothing ends it.
+// Names are looked up on a thread of their own, which is left to itself when it takes too long: the system's way to do so can take
+// half a minute, and nothing ends it.
 Addresses Resolve(const std::string& host, const std::string& port, const Cancellation& cancellation, Millis limit,
                   std::string& reason) {
     if (Addresses plain = LookUp(host, port, AI_NUMERICHOST, reason))

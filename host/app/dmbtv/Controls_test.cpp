@@ -1,5 +1,5 @@
 // The whole viewer but its window: what keys and touches do, and what the window is shown.
-#include "host/app/dmbtv/ViewerFixture.h"
+#include "tests/app/ViewerFixture.h"
 
 #include <thread>
 

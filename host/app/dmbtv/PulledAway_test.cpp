@@ -1,5 +1,5 @@
 // What becomes of the viewer when something is taken away from it: its source, the program that receives for it, its sound card.
-#include "host/app/dmbtv/ViewerFixture.h"
+#include "tests/app/ViewerFixture.h"
 
 #include <signal.h>
 

@@ -9,7 +9,6 @@
 #include "host/app/dmbtv/ViewLook.h"
 #include "host/ce/Text.h"
 #include "host/filters/Register.h"
-#include "host/headend/Demo.h"
 #include "view/DMBViewIds.h"
 
 namespace dmbtv {
@@ -20,19 +19,14 @@ constexpr const char* kViewClass = "CVelDMBView";
 constexpr const WCHAR* kProfileMount = WTEXT("\\Profile");
 
 // The broadcast to receive.
-std::unique_ptr<medmb::SourceProvider> OpenSource(const Options& options) {
+std::unique_ptr<medmb::SourceProvider> OpenSource(const Options& options, const std::stop_token& stop) {
     if (options.noBroadcast)
         return medmb::MakeSourceProvider({});
     if (!options.command.empty())
         return medmb::MakeSourceProvider(medmb::CommandSource(options.command, options.gain));
     std::string source = options.source;
-    if (source.empty()) {
-        try {
-            source = headend::EnsureDemo(CacheFolder() / "demo").string();
-        } catch (const std::exception& error) {
-            throw StartFailure(kExitNoInput, std::string("the demo broadcast cannot be made: ") + error.what());
-        }
-    }
+    if (source.empty())
+        source = DemoFolder({}, stop).string();
     std::string reason;
     std::optional<medmb::SourceSpec> spec = medmb::ParseSource(source, reason);
     if (!spec)
@@ -49,6 +43,25 @@ std::filesystem::path FirstOf(const char* built, const char* installed) {
 }
 
 } // namespace
+
+std::filesystem::path DemoFolder(const headend::Progress& progress, const std::stop_token& stop) {
+    try {
+        const auto tell = [&progress](double share, const std::string& what) {
+            if (share == 0)
+                Log(LogLevel::Info, "making the demo broadcast");
+            else
+                Log(LogLevel::Debug, "demo broadcast: " + what);
+            if (progress)
+                progress(share, what);
+        };
+        return headend::EnsureDemo(CacheFolder() / "demo", tell, stop);
+    } catch (const headend::Interrupted&) {
+        throw StartFailure(kExitInterrupted,
+                           "making the demo broadcast was interrupted; the next start makes it from the beginning");
+    } catch (const std::exception& error) {
+        throw StartFailure(kExitNoInput, std::string("the demo broadcast cannot be made: ") + error.what());
+    }
+}
 
 std::filesystem::path ModuleFile() {
     return FirstOf("lib/libveldmb.so", "lib/dmbview/libveldmb.so");
@@ -70,7 +83,7 @@ shell::Language LanguageOf(const Options& options) {
 }
 
 Session::Session(const Options& options, SessionPorts outside) : ports(std::move(outside)) {
-    std::unique_ptr<medmb::SourceProvider> source = OpenSource(options);
+    std::unique_ptr<medmb::SourceProvider> source = OpenSource(options, ports.stop);
     Mount(options);
     ce.debug().SetSink([](WStringView text) {
         std::string line = ce::ToUtf8(text);

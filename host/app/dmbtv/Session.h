@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <stdexcept>
+#include <stop_token>
 
 #include "host/app/dmbtv/Options.h"
 #include "host/app/dmbtv/PictureReason.h"
@@ -15,6 +16,7 @@
 #include "host/ce/Ce.h"
 #include "host/dshow/ClassTable.h"
 #include "host/filters/WavTap.h"
+#include "host/headend/Demo.h"
 #include "host/medmb/Tuner.h"
 #include "host/shell/Shell.h"
 
@@ -33,7 +35,13 @@ struct SessionPorts {
     filters::SoundTap* tap = nullptr; // hears what is played, unless --audio-out does
     // The picture to be seen from now on, or none. The renderer's thread.
     std::function<void(std::shared_ptr<const filters::Picture>)> picture;
+    // Ends the making of a session that takes long.
+    std::stop_token stop;
 };
+
+// The folder of the demo broadcast, which is made when it is not there yet. Throws StartFailure; its status is kExitInterrupted after
+// a stop was asked for.
+[[nodiscard]] std::filesystem::path DemoFolder(const headend::Progress& progress, const std::stop_token& stop);
 
 class Session {
 public:

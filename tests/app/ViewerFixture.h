@@ -68,7 +68,7 @@ protected:
     }
 
     void Open() {
-        session.emplace(options, SessionPorts{card, nullptr, {}});
+        session.emplace(options, SessionPorts{card, nullptr, {}, {}});
         controls.emplace(*session, frames, inputs, state);
         CancelUnanswered(session->Shell());
     }
