@@ -400,6 +400,19 @@ TEST_F(SessionStory, ExitWhileRecordingAnsweredCancelGoesOnRecording) {
     EXPECT_EQ(view->GetPlayMode(), kPlayModeRecording);
 }
 
+TEST_F(SessionStory, EscapeInTheQuestionOfTheExitGoesOnRecording) {
+    Open();
+    Tune(kNews);
+    Command(kCmdRecord);
+    device.shell.DuringModal([this] { device.shell.Key(kKeyEscape); });
+    Forget();
+    Command(kCmdExit);
+    EXPECT_TRUE(Saw("answer 1011 2"));
+    EXPECT_FALSE(Saw("unanswered"));
+    ASSERT_NE(device.shell.View(), nullptr);
+    EXPECT_EQ(view->GetPlayMode(), kPlayModeRecording);
+}
+
 // Edge case: answered OK it stops the recording and closes the view.
 TEST_F(SessionStory, ExitWhileRecordingAnsweredOkStopsAndCloses) {
     Open();
