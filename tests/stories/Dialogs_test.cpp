@@ -200,6 +200,16 @@ TEST_F(DialogStory, RefreshMessageReadsTheFolderAgain) {
     Command(kCmdList);
 }
 
+TEST_F(DialogStory, ListOpensOnTheFilesForAnUnknownKind) {
+    peer->List().AppendRecord(harness::Channel(211280000, "ODD", 9, 7));
+    Tune(5);
+    Then([this] {
+        EXPECT_EQ(device.shell.Element(62)->GetState(), kButtonPressed);
+        device.shell.Key(27);
+    });
+    Command(kCmdList);
+}
+
 // ---- Settings ----------------------------------------------------------------------------------------------------------
 
 // Edge case: previous at the first length shows the last, next at the last shows the first.
@@ -243,6 +253,7 @@ TEST_F(DialogStory, CancelStoresNothing) {
 // Edge case: ratio-on when it is on moves nothing.
 TEST_F(DialogStory, RatioSelectorMovesOnlyOnAChange) {
     RECT off{};
+    RECT moved{};
     Then([&] {
         off = device.shell.Element(16)->GetRect();
         Press(14);
@@ -251,9 +262,14 @@ TEST_F(DialogStory, RatioSelectorMovesOnlyOnAChange) {
         const RECT on = device.shell.Element(16)->GetRect();
         EXPECT_TRUE(on.left != off.left || on.top != off.top);
         EXPECT_EQ(on.right - on.left, off.right - off.left);
+        moved = {on.left + 1, on.top + 1, on.right + 1, on.bottom + 1};
+        device.shell.Element(16)->SetRect(moved, 0);
         Press(14);
     });
-    Then([this] { device.shell.Key(27); });
+    Then([&] {
+        EXPECT_EQ(device.shell.Element(16)->GetRect().left, moved.left) << "it was put back on its anchor";
+        device.shell.Key(27);
+    });
     Command(kCmdSetting);
 }
 
@@ -358,6 +374,28 @@ TEST_F(DialogStory, SelectorsStandOnTheirAnchors) {
     Command(kCmdSetting);
     EXPECT_EQ(view->GetRatioOnOff(), 1u) << "the way over the debug dialog stores nothing";
     EXPECT_EQ(view->GetSNRDebug(), 0u);
+}
+
+TEST_F(DialogStory, SignalSelectorMovesOnlyOnAChange) {
+    device.shell.SetDebugMode(true);
+    LONG moved = 0;
+    Then([this] { Press(7); });
+    Then([&] {
+        RECT rect = device.shell.Element(33)->GetRect();
+        moved = ++rect.left;
+        ++rect.right;
+        device.shell.Element(33)->SetRect(rect, 0);
+        Press(32); // off already
+    });
+    Then([&] {
+        EXPECT_EQ(device.shell.Element(33)->GetRect().left, moved) << "it was put back on its anchor";
+        Press(31);
+    });
+    Then([&] {
+        EXPECT_NE(device.shell.Element(33)->GetRect().left, moved);
+        device.shell.Key(27);
+    });
+    Command(kCmdSetting);
 }
 
 TEST_F(DialogStory, RatioIsAppliedAtOnceWhilePicturePlays) {
