@@ -126,16 +126,20 @@ TEST_F(LabelStory, TextLongerThanTheAreaIsClippedByIt) {
 TEST_F(LabelStory, ThePrefixCountsWhenALineIsMeasured) {
     const RECT& area = peer->DlsRect();
     const LONG width = area.right - area.left;
-    WString text = WTEXT("x");
-    while (Measured(WTEXT("\u25B6 ") + text, LabelFont()).cx <= width)
-        text += WTEXT(" x");
-    const SIZE alone = Measured(text, LabelFont());
-    ASSERT_LE(alone.cx, width) << "a line alone, two with its prefix";
-    const LONG lines = (area.bottom - area.top) / alone.cy;
+    std::vector<WString> texts;
+    LONG height = 0;
+    for (const WCHAR* begin : {WTEXT("a"), WTEXT("b"), WTEXT("c")}) {
+        WString text = begin;
+        while (Measured(WTEXT("\u25B6 ") + text, LabelFont()).cx <= width)
+            text += WTEXT(" x");
+        const SIZE alone = Measured(text, LabelFont());
+        ASSERT_LE(alone.cx, width) << "a line alone, two with its prefix";
+        height = alone.cy;
+        texts.push_back(text);
+    }
+    const LONG lines = (area.bottom - area.top) / height;
     ASSERT_TRUE(lines == 3 || lines == 4) << lines;
-    const std::vector<WString> texts(3, text);
-    const std::vector<WString> fitting(static_cast<std::size_t>(lines / 2), text);
-    const Pixels wanted = DrawnHere(fitting, LabelFont());
+    const Pixels wanted = DrawnHere({texts.end() - lines / 2, texts.end()}, LabelFont());
     EXPECT_EQ(Differing(DrawnByTheView(texts), wanted), 0);
 }
 
