@@ -286,7 +286,6 @@ TEST_F(ScreenStory, OnlyARectangleFromOutsideIsSaved) {
     EXPECT_EQ(peer->ProfileDirty(), 1);
 }
 
-// Edge case: a small view decodes and marks a slide ready but does not ask to paint it.
 TEST_F(ScreenStory, SmallViewDecodesWithoutPainting) {
     Tune(kMusic);
     OnAir();
