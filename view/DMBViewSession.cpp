@@ -170,7 +170,10 @@ HRESULT CVelDMBView::StopDAB() {
     const HRESULT result = m_pControl->Stop();
     if (FAILED(result))
         return result;
-    m_bSlideReady = 0;
+    {
+        const SectionLock lock(m_csSLS);
+        m_bSlideReady = 0;
+    }
     {
         const SectionLock lock(m_csDLS);
         m_arrDLS.clear();
