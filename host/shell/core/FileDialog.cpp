@@ -130,7 +130,7 @@ void CVelFileDialog::OnDraw(HDC dc) {
     SetTextColor(dc, RGB(0xB7, 0xC4, 0xD3));
     const HGDIOBJ before = SelectObject(dc, GetDefaultFont());
     for (int row = 0; row < GetVisibleRows(); ++row) {
-        const auto index = static_cast<std::size_t>(m_FileItems.top + row);
+        const auto index = static_cast<std::size_t>(m_FileItems.top) + static_cast<std::size_t>(row);
         const GButton* widget = Find(kFirstRow + static_cast<UINT>(row));
         if (!widget || index >= m_pFileDialog->files.size()) {
             continue;
