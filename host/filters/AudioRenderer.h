@@ -1,8 +1,8 @@
 // "Audio Renderer": plays the sound and is the graph's clock.
 //
-// The device pulls; when there is none, or when it falls silent, a worker pulls in its place at the pace of the host's clock, so a graph
-// runs the same without a sound card. Every two seconds it looks whether there is one again. While paused nobody pulls and both clocks
-// stand still.
+// The device pulls; when there is none, or when it falls silent, a worker pulls in its place at the pace of the host's clock, so that
+// a graph runs the same without a sound card. Every two seconds it looks whether there is one again. While paused nobody pulls and
+// both clocks stand still.
 #pragma once
 
 #include "host/dshow/Forwarders.h"

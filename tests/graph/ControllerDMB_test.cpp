@@ -123,6 +123,7 @@ TEST_F(ControllerDMB, FileModeLoadsTheFileWithoutAType) {
     EXPECT_EQ(control.CloseDMBFilters(), 0);
 }
 
+// Edge case: a null name with mode 1 builds a live graph.
 TEST_F(ControllerDMB, InitDMBFiltersWithANullNameAndMode1BuildsALiveModeGraph) {
     EXPECT_EQ(control.InitDMBFilters(nullptr, 1), 0);
     EXPECT_TRUE(Calls("Load(").empty());
@@ -139,6 +140,7 @@ TEST_F(ControllerDMB, AnyOtherModeWithANameIsLive) {
     EXPECT_TRUE(Calls("Load(").empty());
 }
 
+// Edge case: a file that the parser cannot open is no failure of the build.
 TEST_F(ControllerDMB, AFileNameThatTheParserCannotOpenStillReturns0FromInitDMBFilters) {
     world.stage[Kind::Parser].load = static_cast<HRESULT>(0x80070002u);
     EXPECT_EQ(control.InitDMBFilters(WTEXT("missing.dmb"), 1), 0);
@@ -160,6 +162,7 @@ TEST_F(ControllerDMB, AParserWithoutIFileSourceFilterLoadsNothingAndSaysSo) {
     EXPECT_EQ(control.CloseDMBFilters(), 0);
 }
 
+// Edge case: a second connect over a connected graph changes nothing.
 TEST_F(ControllerDMB, ASecondConnectDMBFiltersOverAConnectedGraphReturns0AndChangesNothing) {
     ASSERT_EQ(control.InitDMBFilters(nullptr, 0), 0);
     ULONG before[5];
@@ -301,6 +304,7 @@ TEST_F(ControllerDMB, CloseKeepsTheOldValuesInTheFields) {
         EXPECT_EQ(peer.Field(kDMBKinds[i]), before[i]);
 }
 
+// Edge case: a filter that somebody holds makes the close fail after ten retries; those after it stay.
 TEST_F(ControllerDMB, AFilterThatKeepsAReferenceAfterRemovalMakesCloseReturnE_FAILAfter10Retries100msApart) {
     ASSERT_EQ(control.InitDMBFilters(nullptr, 0), 0);
     (void)world.TakeDebugLines();
