@@ -250,6 +250,11 @@ class Soak:
         document = json.loads(told.stdout)
         check([c["label"] for c in document["channels"]] == [SERVICE] and
               len(document["recordings"]) == len(self.recordings("cycles")), f"list --json: {told.stdout}")
+        # A cycle is 1.4 s; the file begins and ends with the picture, and a busy machine stretches it.
+        check(all(r["seconds"] is not None and r["seconds"] <= 4 for r in document["recordings"]),
+              f"list --json: playing times {[r['seconds'] for r in document['recordings']]}")
+        printed = subprocess.run(self.program("dmbtv", "list", *self.device("cycles")), capture_output=True, text=True).stdout
+        check(printed.count(" 0:0") == len(document["recordings"]) and " MB" not in printed, f"list: {printed}")
         for arguments, status in [
             (("play", self.folder / "nothing.dmb"), 3),
             (("play", self.folder / "soak.json"), 3),

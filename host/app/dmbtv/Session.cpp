@@ -8,6 +8,7 @@
 #include "host/app/dmbtv/Folders.h"
 #include "host/app/dmbtv/ViewLook.h"
 #include "host/ce/Text.h"
+#include "host/filters/Recording.h"
 #include "host/filters/Register.h"
 #include "host/headend/Demo.h"
 #include "view/DMBViewIds.h"
@@ -102,6 +103,7 @@ Session::Session(const Options& options, SessionPorts outside) : ports(std::move
     shell->SetViewListener(
         [this](const CVelPlayerView* view) { onAir.Join(view != nullptr ? view->GetSafeHwnd() : nullptr); });
     shell->SetReasonSource([this] { return WhyNoPicture(Look()); });
+    shell->SetPlayingTimeSource(filters::PlayingSeconds);
     screen.Join(shell.get(), ports.picture);
     captureEnd = ce.loop().AddWindow([this](HWND, UINT message, WPARAM wParam, LPARAM) -> LRESULT {
         if (message == kCaptureEndedMessage)
