@@ -21,13 +21,13 @@ HANDLE OpenFile(const WCHAR* path, std::uint64_t& size) {
     return file;
 }
 
-Bytes ReadFrom(HANDLE file, std::size_t size) {
-    Bytes bytes(size);
+// False when the reading failed.
+bool ReadFrom(HANDLE file, std::size_t size, Bytes& bytes) {
+    bytes.resize(size);
     DWORD done = 0;
-    if (ReadFile(file, bytes.data(), static_cast<DWORD>(size), &done, nullptr) == FALSE)
-        done = 0;
-    bytes.resize(done);
-    return bytes;
+    const bool read = ReadFile(file, bytes.data(), static_cast<DWORD>(size), &done, nullptr) != FALSE;
+    bytes.resize(read ? done : 0);
+    return read;
 }
 
 void Place(HANDLE file, std::uint64_t byte) {
@@ -53,11 +53,14 @@ void Recording::Close() {
         CloseHandle(file_);
     file_ = INVALID_HANDLE_VALUE;
     size_ = 0;
+    lost_ = false;
     times_ = {};
 }
 
 Bytes Recording::Read(std::size_t size) {
-    return IsOpen() ? ReadFrom(file_, size) : Bytes();
+    Bytes bytes;
+    lost_ = lost_ || (IsOpen() && !ReadFrom(file_, size, bytes));
+    return bytes;
 }
 
 void Recording::MoveTo(std::uint64_t byte) {
@@ -120,8 +123,10 @@ std::optional<unsigned> PlayingSeconds(const WCHAR* path) {
     if (file == INVALID_HANDLE_VALUE)
         return std::nullopt;
     const auto time = PlayingTime(size, [file](std::uint64_t from, std::size_t part) {
+        Bytes bytes;
         Place(file, from);
-        return ReadFrom(file, part);
+        (void)ReadFrom(file, part, bytes);
+        return bytes;
     });
     CloseHandle(file);
     if (!time)

@@ -22,6 +22,8 @@ public:
 
     // The next bytes; fewer than asked at the end, none behind it or when the card is gone.
     [[nodiscard]] Bytes Read(std::size_t size);
+    // A reading has failed since the file was opened.
+    [[nodiscard]] bool IsLost() const { return lost_; }
     // Reading goes on here.
     void MoveTo(std::uint64_t byte);
 
@@ -39,6 +41,7 @@ private:
 
     HANDLE file_ = INVALID_HANDLE_VALUE;
     std::uint64_t size_ = 0;
+    bool lost_ = false;
     RecordingTimes times_;
 };
 
