@@ -22,10 +22,11 @@ using scripted::Kind;
 // A sanitizer keeps memory of its own: there the limit on one block is what a machine without memory is elsewhere.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define DMB_LIMITS_BLOCKS 1
-extern "C" const char* __asan_default_options() { // NOLINT(bugprone-reserved-identifier): the sanitizer's name
+#define DMB_FOR_THE_RUN_TIME extern "C" __attribute__((visibility("default")))
+DMB_FOR_THE_RUN_TIME const char* __asan_default_options() {
     return "allocator_may_return_null=1:max_allocation_size_mb=1024";
 }
-extern "C" const char* __tsan_default_options() { // NOLINT(bugprone-reserved-identifier)
+DMB_FOR_THE_RUN_TIME const char* __tsan_default_options() {
     return "allocator_may_return_null=1:max_allocation_size_mb=1024";
 }
 #else
