@@ -91,7 +91,7 @@ std::optional<Ticks> PlayingTime(std::uint64_t size, const FilePart& read) {
     for (std::size_t part = kFirstLook;; part /= 4) {
         const std::uint64_t tailBytes = std::min<std::uint64_t>(kTailBytes / part, size);
         const Bytes head = read(0, kHeadBytes / part);
-        const auto times = MeasureTimes(head, read(size - tailBytes, tailBytes), size);
+        const auto times = MeasureTimes(head, read(size - tailBytes, static_cast<std::size_t>(tailBytes)), size);
         const bool certain = times && times->steady && times->seen >= kEnoughSeen;
         if (!certain && part > 1 && head.size() < size && !head.empty())
             continue;

@@ -126,7 +126,8 @@ void CVelFileDialog::OnDraw(HDC dc) {
     SetTextColor(dc, RGB(0xB7, 0xC4, 0xD3));
     const HGDIOBJ before = SelectObject(dc, GetDefaultFont());
     for (int row = 0; row < GetVisibleRows(); ++row) {
-        const auto index = static_cast<std::size_t>(m_FileItems.top + row);
+        const int line = m_FileItems.top + row;
+        const auto index = static_cast<std::size_t>(line);
         const GButton* widget = Find(kFirstRow + static_cast<UINT>(row));
         if (!widget || index >= m_pFileDialog->files.size()) {
             continue;
