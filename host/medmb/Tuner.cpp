@@ -1,6 +1,7 @@
 #include "host/medmb/Tuner.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "host/wire/LabelText.h"
@@ -18,6 +19,7 @@ constexpr Millis kLiveFrame = 23;
 // Being this late means that the source paused, not that we have to catch up.
 constexpr Millis kLateness = 500;
 constexpr std::uint64_t kCountersEvery = 10; // frames
+constexpr float kBestSignal = 99;            // dB, of a receiver that tells its own
 
 std::shared_ptr<const RadioText> MakeText(const DynamicLabelText& label) {
     auto text = std::make_shared<RadioText>();
@@ -319,8 +321,9 @@ void Tuner::UpdateDescription(Session& session) {
 void Tuner::UpdateSignal(Session& session, bool measured) {
     const SignalMeter& meter = session.receiver.Meter();
     float decibel = meter.SignalToNoise();
-    if (measured)
-        (void)session.source->Measured(decibel);
+    // A figure of the receiver's own is some program's text: below 0 would mean that there is no reading, and no number is none.
+    if (float own = 0; measured && session.source->Measured(own) && std::isfinite(own))
+        decibel = std::clamp(own, 0.0F, kBestSignal);
     snr = decibel;
     strength = meter.Strength();
     fibErrors = meter.FibErrorPerMille();

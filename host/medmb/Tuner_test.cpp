@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <future>
+#include <limits>
 
 #include <gtest/gtest.h>
 
@@ -230,6 +231,39 @@ TEST(Tuner, ASecondServiceEndsTheFirst) {
     bench.clock.Sleep(2000);
     bench.clock.Settle();
     EXPECT_EQ(bench.broadcast.Service().label, "KURZ");
+}
+
+// What a demodulator says of itself is its own text; the view takes anything below 0 for no reading at all.
+TEST(Tuner, ADemodulatorsFigureIsTakenWhenItIsOneAndKeptInItsRange) {
+    struct Provider final : SourceProvider {
+        Provider(ce::Clock& clockToMove, float decibel) : clock(clockToMove), figure(decibel) {}
+        std::unique_ptr<FrameSource> Open(int, Purpose, Cancellation&, std::string&) override {
+            auto source = std::make_unique<ScriptedSource>(
+                clock, [this](int index) { return ScriptedSource::Step{ensemble.Frame(index)}; }, true);
+            source->figure = figure;
+            return source;
+        }
+        ce::Clock& clock;
+        float figure;
+        TestEnsemble ensemble = TwoServices();
+    };
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+    constexpr float kUndamaged = 30; // our own reading of these frames
+    for (const auto& [told, taken] : {std::pair{17.5F, 17.5F},
+                                      {-3.5F, 0.0F},
+                                      {-1e30F, 0.0F},
+                                      {250.0F, 99.0F},
+                                      {kInfinity, kUndamaged},
+                                      {-kInfinity, kUndamaged},
+                                      {kNan, kUndamaged}}) {
+        ce::ManualClock clock;
+        Broadcast broadcast;
+        Tuner tuner(clock, broadcast, std::make_unique<Provider>(clock, told));
+        ASSERT_TRUE(tuner.SetChannel(183008000, 0, 0xE201));
+        EXPECT_EQ(tuner.SignalToNoise(), taken) << told;
+        tuner.StopService();
+    }
 }
 
 // ---- live sources: real descriptors on the real clock ---------------------------------------------------------------

@@ -121,6 +121,7 @@ TEST_F(ControllerDMB, FileModeLoadsTheFileWithoutAType) {
     EXPECT_EQ(control.CloseDMBFilters(), 0);
 }
 
+// Edge case: a null name with mode 1 builds a live graph.
 TEST_F(ControllerDMB, InitDMBFiltersWithANullNameAndMode1BuildsALiveModeGraph) {
     EXPECT_EQ(control.InitDMBFilters(nullptr, 1), 0);
     EXPECT_TRUE(Calls("Load(").empty());
@@ -137,6 +138,7 @@ TEST_F(ControllerDMB, AnyOtherModeWithANameIsLive) {
     EXPECT_TRUE(Calls("Load(").empty());
 }
 
+// Edge case: a file that the parser cannot open is no failure of the build.
 TEST_F(ControllerDMB, AFileNameThatTheParserCannotOpenStillReturns0FromInitDMBFilters) {
     world.stage[Kind::Parser].load = static_cast<HRESULT>(0x80070002u);
     EXPECT_EQ(control.InitDMBFilters(WTEXT("missing.dmb"), 1), 0);
@@ -158,6 +160,7 @@ TEST_F(ControllerDMB, AParserWithoutIFileSourceFilterLoadsNothingAndSaysSo) {
     EXPECT_EQ(control.CloseDMBFilters(), 0);
 }
 
+// Edge case: a second connect over a connected graph changes nothing.
 TEST_F(ControllerDMB, ASecondConnectDMBFiltersOverAConnectedGraphReturns0AndChangesNothing) {
     ASSERT_EQ(control.InitDMBFilters(nullptr, 0), 0);
     ULONG before[5];

@@ -25,9 +25,14 @@ protected:
 // Edge case: five reports show nothing, the sixth shows the text; a signal event in between restarts the count.
 TEST_F(EventStory, SixthNoSignalReportShowsTheText) {
     Tune(kNews);
+    Report(Kind::VideoRenderer, EC_VIDEOFRAMEREADY); // hides the text of the change, enables the toggle
+    Forget();
     for (int i = 0; i < 5; ++i)
         Report(Kind::Parser, IDMB_EVENT_NO_SIGNAL);
     EXPECT_EQ(peer->NoSignal(), 0);
+    EXPECT_EQ(Info(), WString());
+    EXPECT_TRUE(view->IsToggleEnabled());
+    EXPECT_EQ(Count("post view 1029"), 0);
     Report(Kind::Parser, IDMB_EVENT_SIGNAL);
     for (int i = 0; i < 5; ++i)
         Report(Kind::Parser, IDMB_EVENT_NO_SIGNAL);
@@ -49,7 +54,6 @@ TEST_F(EventStory, SixthNoSignalReportShowsTheText) {
     EXPECT_TRUE(Saw("post view 1029 1573912 0"));
 }
 
-// Edge case: minimised, the short text.
 TEST_F(EventStory, CountOfReportsIsTheModulesNotTheViews) {
     Tune(kNews);
     for (int i = 0; i < 5; ++i)
@@ -62,6 +66,7 @@ TEST_F(EventStory, CountOfReportsIsTheModulesNotTheViews) {
     EXPECT_EQ(Info(), TextOf(kTextNoSignal));
 }
 
+// Edge case: minimised, the short text.
 TEST_F(EventStory, SixthReportWhileSmallShowsTheShortText) {
     Tune(kNews);
     ASSERT_TRUE(device.shell.Minimize());

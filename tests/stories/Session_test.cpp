@@ -86,12 +86,15 @@ TEST_F(SessionStory, RunAppliesTheAspectRatioOnlyWhenItDiffers) {
 TEST_F(SessionStory, StopDMBWhenStoppedTouchesNothing) {
     Open();
     Tune(kNews);
-    EXPECT_EQ(peer->StopDMB(), S_OK);
-    EXPECT_EQ(view->GetPlayMode(), kPlayModeStopped);
+    view->SetPlayMode(kPlayModeStopped); // the graph runs on, so that a stop would be seen
     Forget();
     EXPECT_EQ(peer->StopDMB(), S_OK);
     EXPECT_EQ(Count("parser.Stop"), 0);
     EXPECT_EQ(Count("mode"), 0);
+    view->SetPlayMode(kPlayModePlaying);
+    EXPECT_EQ(peer->StopDMB(), S_OK);
+    EXPECT_EQ(Count("parser.Stop"), 1);
+    EXPECT_EQ(view->GetPlayMode(), kPlayModeStopped);
 }
 
 // Edge case: stop while a file plays changes no play mode but takes the view off the air.
@@ -110,15 +113,14 @@ TEST_F(SessionStory, FailedRadioStopChangesNothingElse) {
     Tune(kMusic);
     OnAir();
     Label("hello");
+    peer->SlideReady() = 1;
     stage[Kind::DABSource].stop = E_FAIL;
-    const HRESULT result = peer->StopDAB();
-    if (FAILED(result)) { // a graph may keep a filter's failure to itself
-        EXPECT_EQ(view->GetPlayMode(), kPlayModePlaying);
-        EXPECT_EQ(peer->Labels().size(), 1u);
-    } else {
-        EXPECT_EQ(view->GetPlayMode(), kPlayModeStopped);
-        EXPECT_TRUE(peer->Labels().empty());
-    }
+    EXPECT_TRUE(FAILED(peer->StopDAB()));
+    EXPECT_EQ(view->GetPlayMode(), kPlayModePlaying);
+    EXPECT_EQ(peer->Labels().size(), 1u);
+    EXPECT_EQ(peer->SlideReady(), 1);
+    EXPECT_TRUE(Element(kElementAudioBG).IsVisible());
+    peer->SlideReady() = 0;
     stage[Kind::DABSource].stop = S_OK;
     stage.Last(Kind::DABSource)->Stop();
 }
@@ -233,14 +235,17 @@ TEST_F(SessionStory, OnAirShowsTheBackgroundOfARadioOnly) {
 TEST_F(SessionStory, PauseNeedsPlayMode4) {
     Open();
     Tune(kNews);
+    for (const int mode : {kPlayModeStopped, kPlayModePaused, kPlayModeRecording}) {
+        view->SetPlayMode(mode); // the graph runs, so that a pause would be seen
+        Forget();
+        view->Pause();
+        EXPECT_EQ(Count("parser.Pause"), 0) << mode;
+        EXPECT_EQ(view->GetPlayMode(), mode);
+    }
+    view->SetPlayMode(kPlayModePlaying);
     view->Pause();
+    EXPECT_EQ(Count("parser.Pause"), 1);
     EXPECT_EQ(view->GetPlayMode(), kPlayModePaused);
-    Forget();
-    view->Pause();
-    EXPECT_EQ(Count("parser.Pause"), 0);
-    peer->StopDMB();
-    view->Pause();
-    EXPECT_EQ(view->GetPlayMode(), kPlayModeStopped);
 }
 
 TEST_F(SessionStory, HoldingPausesAndKeepsThePictureAndReturningRuns) {
@@ -311,6 +316,19 @@ TEST_F(SessionStory, ExitWhileRecordingAnsweredCancelGoesOnRecording) {
     device.shell.Answer(kTextStopRecording, false);
     Command(kCmdExit);
     EXPECT_NE(device.shell.View(), nullptr);
+    EXPECT_EQ(view->GetPlayMode(), kPlayModeRecording);
+}
+
+TEST_F(SessionStory, EscapeInTheQuestionOfTheExitGoesOnRecording) {
+    Open();
+    Tune(kNews);
+    Command(kCmdRecord);
+    device.shell.DuringModal([this] { device.shell.Key(kKeyEscape); });
+    Forget();
+    Command(kCmdExit);
+    EXPECT_TRUE(Saw("answer 1011 2"));
+    EXPECT_FALSE(Saw("unanswered"));
+    ASSERT_NE(device.shell.View(), nullptr);
     EXPECT_EQ(view->GetPlayMode(), kPlayModeRecording);
 }
 

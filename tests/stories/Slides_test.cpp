@@ -273,3 +273,24 @@ TEST_F(SlideStory, ABusyLockSkipsThePaintAndTheNextOneShowsIt) {
     Idle();
     EXPECT_EQ(Wrong(), 0u);
 }
+
+// ---- A view that goes ----------------------------------------------------------------------------------------------------
+
+// Found on a walk through the code: neither way leaves the session before its buffers go, and taking it down paints.
+TEST_F(SlideStory, ClosingAPausedRadioPaintsNoFreedSlide) {
+    Send(harness::ReadFile(harness::TestData("broadcast/slide.jpg")));
+    ASSERT_EQ(peer->SlideReady(), 1);
+    peer->NoSignal() = 1;
+    view->Pause();
+    ASSERT_EQ(view->GetPlayMode(), kPlayModePaused);
+    InvalidateRect(view->GetSafeHwnd(), nullptr, FALSE);
+    Close();
+}
+
+TEST_F(SlideStory, ClosingARadioThatCannotBeStoppedPaintsNoFreedSlide) {
+    Send(harness::ReadFile(harness::TestData("broadcast/slide.jpg")));
+    ASSERT_EQ(peer->SlideReady(), 1);
+    stage[Kind::AudioRenderer].stopped = E_FAIL;
+    InvalidateRect(view->GetSafeHwnd(), nullptr, FALSE);
+    Close();
+}

@@ -1,8 +1,7 @@
-// From television to radio and back.
+// The button between television and radio.
 #include "tests/stories/Story.h"
 
 using namespace stories;
-using scripted::Kind;
 
 namespace {
 class ToggleStory : public Story {};
@@ -42,6 +41,17 @@ TEST_F(ToggleStory, ToggleWithoutASelectionLooksForTelevision) {
     EXPECT_EQ(peer->ChangeDMBDAB(), 1);
     Idle();
     EXPECT_EQ(peer->CurChannel(), 1);
+}
+
+TEST_F(ToggleStory, ToggleWithoutASelectionGoesBackToTheLastTelevision) {
+    Open();
+    Tune(kSport);
+    peer->CurChannel() = -1;
+    Forget();
+    EXPECT_EQ(peer->ChangeDMBDAB(), 1);
+    EXPECT_TRUE(Saw("post view 1124 2 0"));
+    Idle();
+    EXPECT_EQ(peer->CurChannel(), kSport);
 }
 
 TEST_F(ToggleStory, ToggleWithoutChannelsDoesNothing) {

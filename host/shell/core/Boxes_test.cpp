@@ -54,6 +54,32 @@ TEST_F(ShellFixture, KeysGoToTheViewWhileItsBoxIsOpen) {
     EXPECT_TRUE(Logged("host key 195"));
 }
 
+TEST_F(ShellFixture, EscapeThatTheViewHandsOnCancelsTheBoxInFront) {
+    TestView& view = Open();
+    shell->DuringModal([&] { shell->Key(27); });
+    EXPECT_EQ(view.MsgBox(1011, kBoxOkCancel), 2);
+    EXPECT_FALSE(Logged("unanswered"));
+    PostMessageW(view.GetSafeHwnd(), WM_USER + 7, 1010, kBoxError);
+    shell->RunUntilIdle();
+    ASSERT_TRUE(shell->IsBoxOpen());
+    shell->Key(27);
+    shell->RunUntilIdle();
+    EXPECT_FALSE(shell->IsBoxOpen());
+    EXPECT_EQ(shell->BoxRecords().back().answer, kDialogCancel);
+}
+
+TEST_F(ShellFixture, EscapeOnTheHomeScreenCancelsTheBoxInFront) {
+    Open();
+    ASSERT_TRUE(shell->ShowHome());
+    PostMessageW(GView::GetMainWindow(), WM_USER + 7, 5, kBoxError);
+    shell->RunUntilIdle();
+    ASSERT_TRUE(shell->IsBoxOpen());
+    shell->Key(27);
+    shell->RunUntilIdle();
+    EXPECT_FALSE(shell->IsBoxOpen());
+    EXPECT_FALSE(shell->View()->IsActivated()) << "home is still in front";
+}
+
 TEST_F(ShellFixture, MessagesAreHandledWhileABoxIsOpen) {
     TestView& view = Open();
     PostMessageW(view.GetSafeHwnd(), WM_COMMAND, 20, 0);

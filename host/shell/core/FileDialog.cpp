@@ -1,6 +1,7 @@
 // The list dialog: rows over lines, with scrolling and selection, and the files of a folder as its own lines.
 #include "platform/velshell/VelFileDialog.h"
 
+#include "host/shell/core/DialogImpl.h"
 #include "host/shell/core/FileDetails.h"
 #include "host/shell/core/ShellCore.h"
 #include "host/shell/gdi/ImagePainter.h"
@@ -126,8 +127,7 @@ void CVelFileDialog::OnDraw(HDC dc) {
     SetTextColor(dc, RGB(0xB7, 0xC4, 0xD3));
     const HGDIOBJ before = SelectObject(dc, GetDefaultFont());
     for (int row = 0; row < GetVisibleRows(); ++row) {
-        const int line = m_FileItems.top + row;
-        const auto index = static_cast<std::size_t>(line);
+        const auto index = static_cast<std::size_t>(m_FileItems.top) + static_cast<std::size_t>(row);
         const GButton* widget = Find(kFirstRow + static_cast<UINT>(row));
         if (!widget || index >= m_pFileDialog->files.size()) {
             continue;
@@ -162,13 +162,23 @@ void CVelFileDialog::ReadFolder() {
     m_arrFileLines.clear();
     m_pFileDialog->files.clear();
     ShellCore* core = ShellCore::Current();
+    // A player says itself which recordings it plays.
+    GView* parent = m_pDialog->parent;
+    auto* player = parent && parent->IsKindOf(&CVelPlayerView::classCVelPlayerView)
+                       ? static_cast<CVelPlayerView*>(parent)
+                       : nullptr;
+    const auto isRecording = [&](const WString& name, int type) {
+        return player ? player->AllowFileList((m_strFolder + name).c_str()) != 0
+                      : type == kFileTypeDMB || type == kFileTypeTS;
+    };
     const auto entries = core ? core->ce.files().List(m_strFolder.c_str()) : std::nullopt;
     if (entries) {
         for (const ce::FolderEntry& entry : *entries) {
+            if (entry.isFolder) {
+                continue;
+            }
             const int type = core->document.CheckFileType(entry.name.c_str());
-            const bool wanted =
-                m_nFileType == kListTypeRecordings ? type == kFileTypeDMB || type == kFileTypeTS : type == m_nFileType;
-            if (!entry.isFolder && wanted) {
+            if (m_nFileType == kListTypeRecordings ? isRecording(entry.name, type) : type == m_nFileType) {
                 m_arrFileLines.push_back(entry.name);
                 m_pFileDialog->files.push_back({entry, std::nullopt});
             }

@@ -43,6 +43,15 @@ TEST_F(ShellFixture, RecordingsOfBothKindsAreListed) {
     EXPECT_EQ(only.GetSelection(), -1);
 }
 
+TEST_F(ShellFixture, AFileThatTheViewDoesNotPlayIsNotListed) {
+    MakeFiles(root / "card", {"a.dmb", "b.dmb", "c.ts"});
+    TestView& view = Open();
+    view.refusedFile = u"\\SDMMC Card\\DMB\\b.dmb";
+    TestList list(&view);
+    shell->DuringModal([&] { EXPECT_EQ(list.GetFileLines(), (std::vector<WString>{u"a.dmb", u"c.ts"})); });
+    EXPECT_EQ(list.DoModal(), kDialogCancel);
+}
+
 TEST_F(ShellFixture, AListScrollsByPages) {
     MakeFiles(root / "card", {"1.dmb", "2.dmb", "3.dmb", "4.dmb", "5.dmb", "6.dmb", "7.dmb"});
     TestView& view = Open();
