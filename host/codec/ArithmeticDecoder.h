@@ -56,10 +56,20 @@ public:
     [[gnu::always_inline]] unsigned EvenBit(unsigned wanted = 0) {
         static_cast<void>(wanted);
         const std::uint64_t boundary = std::uint64_t{step << 13} << kAhead;
-        const bool one = value >= boundary;
-        value = (one ? value - boundary : value) << 1;
+        std::uint64_t rest = value;
+        unsigned bit = 0;
+#if defined(__x86_64__)
+        asm("sub %[boundary], %[rest]\n\tcmovb %[value], %[rest]\n\tsbb $-1, %[bit]"
+            : [rest] "+&r"(rest), [bit] "+&r"(bit)
+            : [boundary] "r"(boundary), [value] "r"(value)
+            : "cc");
+#else
+        bit = value >= boundary ? 1 : 0;
+        rest = bit != 0 ? value - boundary : value;
+#endif
+        value = rest << 1;
         --carefree;
-        return one ? 1 : 0;
+        return bit;
     }
 
     // Before a few bits in a row: fetches for all of them, needed or not, so that Spent seldom has to, at moments that no
