@@ -12,6 +12,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -70,6 +71,32 @@ public:
         value = rest << 1;
         --carefree;
         return bit;
+    }
+
+    // Takes a 0 for each of `p0`, in order, when these are what comes and the bits in advance and the budget suffice for them
+    // all. False: it is not so, and nothing has been taken. As 0 has the lower part of the range, one comparison with the last
+    // of the parts decides about all of them.
+    template <std::size_t kCount>
+    [[nodiscard, gnu::always_inline]] bool TakeZeros(const std::array<unsigned, kCount>& p0) {
+        std::uint32_t newStep = step;
+        std::uint32_t range = 0;
+        int doublings = 0;
+#pragma GCC unroll 8
+        for (const unsigned p : p0) {
+            range = newStep * p;
+            const int zeros = __builtin_clz(range);
+            range <<= zeros;
+            newStep = range >> 16;
+            doublings += zeros - 2;
+        }
+        // The last part, doubled as often as it was, is range / 4.
+        const std::uint64_t boundary = std::uint64_t{range} << (kAhead - 2) >> (doublings & 63);
+        if (doublings >= carefree || value >= boundary)
+            return false;
+        step = newStep;
+        value <<= doublings;
+        carefree -= doublings;
+        return true;
     }
 
     // Before a few bits in a row: fetches for all of them, needed or not, so that Spent seldom has to, at moments that no

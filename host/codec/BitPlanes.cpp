@@ -63,11 +63,13 @@ int BitPlanes::Line(unsigned channel, unsigned line) const {
 
 namespace {
 
+constexpr int kFreeBudget = 14; // from here on p0 is not limited
+
 // Tables 4.A.35 and 4.A.36: the fewer bits are left, the nearer to one half.
 unsigned Limit(unsigned p0, int budget) {
-    if (budget >= 14)
+    if (budget >= kFreeBudget)
         return p0;
-    const unsigned least = 1U << (14 - budget);
+    const unsigned least = 1U << (kFreeBudget - budget);
     return std::clamp(p0, least, kProbabilityScale - least);
 }
 
@@ -118,12 +120,38 @@ template <bool kFirst, bool kSecond>
         lower(1, second);
 }
 
+// Most planes of a quad whose lines are all 0 bring nothing but zeros. True: the plane was like that, and is done.
+template <bool kFirst, bool kSecond>
+[[gnu::always_inline]] inline bool TakeEmptyPlane(ArithmeticDecoder& coder, Quad& quad) {
+    constexpr std::size_t kTaking = (kFirst ? 1 : 0) + (kSecond ? 1 : 0);
+    std::array<unsigned, kTaking * kQuadLines> p0;
+    for (std::size_t line = 0; line < kQuadLines; ++line) {
+        if constexpr (kFirst)
+            p0[line * kTaking] = (*quad.row[0])[kContextPosition[line]];
+        if constexpr (kSecond)
+            p0[line * kTaking + kTaking - 1] = (*quad.row[1])[kContextPosition[line]];
+    }
+    if (!coder.TakeZeros(p0))
+        return false;
+    if constexpr (kFirst)
+        ++quad.row[0];
+    if constexpr (kSecond)
+        ++quad.row[1];
+    return true;
+}
+
 // Codes the plane in the quad's lines, in the channels that take part; kResumes: from the pause on. False, with the place
 // to go on in quad.pause, when the budget ended before the last one.
 template <class Coder, bool kLimited, bool kFirst, bool kSecond, bool kResumes>
 [[gnu::always_inline]] inline bool CodeQuad(Pass<Coder>& pass, Quad& quad, unsigned firstLine) {
     constexpr unsigned kStride = kFirst && kSecond ? 1 : 2;
     constexpr unsigned kLast = 2 * (kQuadLines - 1) + (kSecond ? 1 : 0);
+    if constexpr (!Coder::kEncodes && !kResumes) {
+        const bool empty = (!kFirst || quad.higher[0] == 0) && (!kSecond || quad.higher[1] == 0);
+        const bool unlimited = !kLimited || pass.coder.Budget() >= kFreeBudget + 32;
+        if (empty && unlimited && TakeEmptyPlane<kFirst, kSecond>(pass.coder, quad))
+            return true;
+    }
     const unsigned start = kResumes ? quad.pause / 2 : 0;
     bool due = kResumes && quad.pause % 2 != 0;
     std::array<unsigned, kMaxChannels> current{};
