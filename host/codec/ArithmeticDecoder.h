@@ -73,6 +73,23 @@ public:
         return bit;
     }
 
+    // Whether a bit and a sign fit into the budget without asking again.
+    [[nodiscard, gnu::always_inline]] bool Ample() const { return carefree > 1; }
+
+    // As EvenBit when `due` is 1; when it is 0, nothing happens and 0 is returned. To be asked only while Ample.
+    [[gnu::always_inline]] unsigned EvenBitIf(unsigned due) {
+        const std::uint64_t boundary = std::uint64_t{step << 13} << kAhead;
+        std::uint64_t rest = value;
+        unsigned bit = 0;
+        asm("sub %[boundary], %[rest]\n\tcmovb %[value], %[rest]\n\tsbb $-1, %[bit]"
+            : [rest] "+&r"(rest), [bit] "+&r"(bit)
+            : [boundary] "r"(boundary & (0 - std::uint64_t{due})), [value] "r"(value)
+            : "cc");
+        value = rest << due;
+        carefree -= static_cast<int>(due);
+        return bit & due;
+    }
+
     // Takes a 0 for each of `p0`, in order, when these are what comes and the bits in advance and the budget suffice for them
     // all. False: it is not so, and nothing has been taken. As 0 has the lower part of the range, one comparison with the last
     // of the parts decides about all of them.

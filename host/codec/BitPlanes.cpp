@@ -160,7 +160,9 @@ template <class Coder, bool kLimited, bool kFirst, bool kSecond, bool kResumes>
     const std::array<const std::uint8_t*, kMaxChannels> contexts{kSpectralContext[quad.higher[0]],
                                                                  kSpectralContext[quad.higher[1]]};
     const std::array<const PlaneRow*, kMaxChannels> row = quad.row;
+    unsigned negative = quad.negative;
     const auto stop = [&](unsigned next, bool signDue) {
+        quad.negative = static_cast<std::uint8_t>(negative);
         quad.pause = static_cast<std::uint8_t>(2 * next + (signDue ? 1 : 0));
         quad.current = {static_cast<std::uint8_t>(current[0]), static_cast<std::uint8_t>(current[1])};
         // The first channel has its bit in every other place from 0 on, the second one from 1 on.
@@ -192,12 +194,18 @@ template <class Coder, bool kLimited, bool kFirst, bool kSecond, bool kResumes>
             bit = pass.coder.Bit(p0, wantedBit);
             current[c] = current[c] << 1 | bit;
         }
+        if constexpr (!Coder::kEncodes && !kResumes) {
+            if (pass.coder.Ample()) [[likely]] {
+                negative |= pass.coder.EvenBitIf(history < bit ? 1 : 0) << lane;
+                continue;
+            }
+        }
         if (history < bit) { // the line's first 1
             if (pass.coder.Spent()) {
                 stop(element, true);
                 return false;
             }
-            quad.negative = static_cast<std::uint8_t>(quad.negative | pass.coder.EvenBit(wanted < 0 ? 1 : 0) << lane);
+            negative |= pass.coder.EvenBit(wanted < 0 ? 1 : 0) << lane;
             due = false;
         }
         if (element != kLast && pass.coder.Spent()) {
@@ -207,6 +215,7 @@ template <class Coder, bool kLimited, bool kFirst, bool kSecond, bool kResumes>
     }
     if constexpr (kResumes)
         quad.pause = 0;
+    quad.negative = static_cast<std::uint8_t>(negative);
     EndPlane<kFirst, kSecond>(quad, pass.plane, current[0], current[1]);
     return true;
 }
