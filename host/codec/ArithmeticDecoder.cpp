@@ -51,6 +51,9 @@ std::size_t CountAbove(CumulativeModel model, std::int16_t place) {
 unsigned ArithmeticDecoder::Symbol(CumulativeModel model, unsigned wanted) {
     static_cast<void>(wanted);
     Refill();
+    // Most models have two entries, the second of them 0: a bit whose 0 stands for symbol 1.
+    if (model.size() == 2)
+        return 1 - Bit(model[0]);
     // The symbol is the first entry that is not above value / step. The models fall and end with 0, so it is the number of
     // those above. Broken data may lie above all.
     const std::uint32_t place = static_cast<std::uint32_t>(value >> kAhead) / step;
