@@ -56,7 +56,12 @@ public:
     // Bit with p0 = kSignP0: both halves of the range are alike, and the cost is always 1. Not for the first bit of a segment.
     [[gnu::always_inline]] unsigned EvenBit(unsigned wanted = 0) {
         static_cast<void>(wanted);
-        const std::uint64_t boundary = std::uint64_t{step << 13} << kAhead;
+        return EvenBitIf(1);
+    }
+
+    // As EvenBit when `due` is 1; when it is 0, nothing happens and 0 is returned.
+    [[gnu::always_inline]] unsigned EvenBitIf(unsigned due) {
+        const std::uint64_t boundary = (std::uint64_t{step << 13} << kAhead) & (0 - std::uint64_t{due});
         std::uint64_t rest = value;
         unsigned bit = 0;
 #if defined(__x86_64__)
@@ -68,26 +73,14 @@ public:
         bit = value >= boundary ? 1 : 0;
         rest = bit != 0 ? value - boundary : value;
 #endif
-        value = rest << 1;
-        --carefree;
-        return bit;
-    }
-
-    // Whether a bit and a sign fit into the budget without asking again.
-    [[nodiscard, gnu::always_inline]] bool Ample() const { return carefree > 1; }
-
-    // As EvenBit when `due` is 1; when it is 0, nothing happens and 0 is returned. To be asked only while Ample.
-    [[gnu::always_inline]] unsigned EvenBitIf(unsigned due) {
-        const std::uint64_t boundary = std::uint64_t{step << 13} << kAhead;
-        std::uint64_t rest = value;
-        unsigned bit = 0;
-        asm("sub %[boundary], %[rest]\n\tcmovb %[value], %[rest]\n\tsbb $-1, %[bit]"
-            : [rest] "+&r"(rest), [bit] "+&r"(bit)
-            : [boundary] "r"(boundary & (0 - std::uint64_t{due})), [value] "r"(value)
-            : "cc");
         value = rest << due;
         carefree -= static_cast<int>(due);
         return bit & due;
+    }
+
+    // Whether EvenBitIf may follow a Bit, and a Bit that, without asking Spent.
+    [[nodiscard, gnu::always_inline]] bool Ample() const {
+        return carefree > 1;
     }
 
     // Takes a 0 for each of `p0`, in order, when these are what comes and the bits in advance and the budget suffice for them

@@ -196,7 +196,9 @@ template <class Coder, bool kLimited, bool kFirst, bool kSecond, bool kResumes>
         }
         if constexpr (!Coder::kEncodes && !kResumes) {
             if (pass.coder.Ample()) [[likely]] {
-                negative |= pass.coder.EvenBitIf(history < bit ? 1 : 0) << lane;
+                // Signs come too seldom and too irregularly for a branch.
+                if (history == 0)
+                    negative |= pass.coder.EvenBitIf(bit) << lane;
                 continue;
             }
         }
