@@ -7,9 +7,7 @@
 
 namespace codec {
 
-void QuadSet::AddLines(int firstLine, int endLine) {
-    const auto first = static_cast<unsigned>(firstLine) / kQuadLines;
-    const auto end = static_cast<unsigned>(endLine) / kQuadLines;
+void QuadSet::AddManyQuads(unsigned first, unsigned end) {
     for (unsigned w = first / 64; w * 64 < end; ++w) {
         const std::uint64_t from = w * 64 < first ? ~std::uint64_t{0} << (first - w * 64) : ~std::uint64_t{0};
         const std::uint64_t beyond = (w + 1) * 64 > end ? ~std::uint64_t{0} << (end - w * 64) : 0;
@@ -147,7 +145,8 @@ template <class Coder, bool kLimited, bool kFirst, bool kSecond, bool kResumes>
     constexpr unsigned kStride = kFirst && kSecond ? 1 : 2;
     constexpr unsigned kLast = 2 * (kQuadLines - 1) + (kSecond ? 1 : 0);
     if constexpr (!Coder::kEncodes && !kResumes) {
-        const bool empty = (!kFirst || quad.higher[0] == 0) && (!kSecond || quad.higher[1] == 0);
+        const bool empty =
+            kFirst && kSecond ? std::bit_cast<std::uint16_t>(quad.higher) == 0 : quad.higher[kFirst ? 0 : 1] == 0;
         const bool unlimited = !kLimited || pass.coder.Budget() >= kFreeBudget + 32;
         if (empty && unlimited && TakeEmptyPlane<kFirst, kSecond>(pass.coder, quad))
             return true;

@@ -105,28 +105,35 @@ void LayOutScalefactorBands(std::span<const std::uint16_t> edges, const BlockHea
     }
 }
 
-// Bits set aside for the side information of a layer.
-int ReservedBits(const BlockHeader& header, const Layer& layer) {
-    const int bands = layer.endBand - layer.startBand;
-    const int firstBands = bands > 0 && layer.startBand == 0 ? 1 : 0;
-    const int sfbs = std::max(layer.endSfb - layer.startSfb, 0);
-    int bits = 0;
-    for (unsigned c = 0; c < header.channels; ++c) {
-        const ChannelHeader& channel = header.channel[c];
-        bits += firstBands * kBand0ReservedBits;
-        bits += (bands - firstBands) * kCbandSiTypes[channel.cbandSiType].reservedBits;
-        bits += sfbs * (channel.maxSfbSiLength + 5);
+// Bits set aside for the side information of a layer: for each of its bands so many, all channels together.
+struct Reserve {
+    int firstBand = 0; // coding band 0
+    int otherBand = 0;
+    int sfb = 0;
+
+    explicit Reserve(const BlockHeader& header) {
+        for (unsigned c = 0; c < header.channels; ++c) {
+            firstBand += kBand0ReservedBits;
+            otherBand += kCbandSiTypes[header.channel[c].cbandSiType].reservedBits;
+            sfb += header.channel[c].maxSfbSiLength + 5;
+        }
     }
-    return bits;
-}
+    [[nodiscard]] int Bits(const Layer& layer) const {
+        const int bands = layer.endBand - layer.startBand;
+        const int firstBands = bands > 0 && layer.startBand == 0 ? 1 : 0;
+        return firstBands * firstBand + (bands - firstBands) * otherBand +
+               std::max(layer.endSfb - layer.startSfb, 0) * sfb;
+    }
+};
 
 // Offsets by the rate rule from the top down, then what the base layers lack or have left over is shared out.
 void LayOutOffsets(const BlockHeader& header, int blockBits, LayerGeometry& geometry) {
     const int layers = geometry.layers;
     const int base = geometry.baseLayers;
-    std::array<int, kMaxLayers + 1> reserved{};
+    const Reserve reserve(header);
+    std::array<int, kMaxLayers> reserved;
     for (int l = 0; l < layers; ++l)
-        reserved[l] = ReservedBits(header, geometry.layer[l]);
+        reserved[l] = reserve.Bits(geometry.layer[l]);
 
     auto& offset = geometry.offset;
     const int headerBits = static_cast<int>(header.bits);
