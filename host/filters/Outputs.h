@@ -93,6 +93,8 @@ public:
     virtual void OnReception(ReceptionState state) = 0;
     // A capture ended by itself: the card is full or gone. What was written stays playable.
     virtual void OnCaptureFailed(HRESULT reason) = 0;
+    // The file that plays cannot be read any further: the card is gone. What has been read is played; once a run.
+    virtual void OnFileLost() = 0;
 };
 
 struct Outputs {

@@ -7,7 +7,7 @@
 
 #include "host/headend/AvcStream.h"
 #include "host/headend/OuterCoder.h"
-#include "host/wire/Mpeg4Descriptors.h"
+#include "host/wire/Mpeg4Objects.h"
 #include "host/wire/Pes.h"
 #include "host/wire/PsiSection.h"
 #include "host/wire/SlPacket.h"

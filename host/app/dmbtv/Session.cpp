@@ -8,6 +8,7 @@
 #include "host/app/dmbtv/Folders.h"
 #include "host/app/dmbtv/ViewLook.h"
 #include "host/ce/Text.h"
+#include "host/filters/Recording.h"
 #include "host/filters/Register.h"
 #include "view/DMBViewIds.h"
 
@@ -115,20 +116,15 @@ Session::Session(const Options& options, SessionPorts outside) : ports(std::move
     shell->SetViewListener(
         [this](const CVelPlayerView* view) { onAir.Join(view != nullptr ? view->GetSafeHwnd() : nullptr); });
     shell->SetReasonSource([this] { return WhyNoPicture(Look()); });
+    shell->SetPlayingTimeSource(filters::PlayingSeconds);
     screen.Join(shell.get(), ports.picture);
-    captureEnd = ce.loop().AddWindow([this](HWND, UINT message, WPARAM wParam, LPARAM) -> LRESULT {
-        if (message == kCaptureEndedMessage)
-            OnCaptureEnded(static_cast<HRESULT>(wParam));
-        return 0;
-    });
-    onAir.JoinCaptureEnd(captureEnd);
+    card = std::make_unique<CardWatch>(ce, onAir, [this] { return shell->View(); });
 }
 
 Session::~Session() {
     screen.Join(nullptr, {});
     onAir.Join(nullptr);
-    onAir.JoinCaptureEnd(nullptr);
-    ce.loop().RemoveWindow(captureEnd);
+    card.reset();
     shell->SetScreenListener({});
     shell.reset(); // the view goes with it, and with the view its filters
     medmb::Tuner::Install(nullptr);
@@ -185,19 +181,6 @@ void Session::OnScreen() {
 // The module cannot be told to give up a scan: it would store the half of it that it has.
 void Session::ProtectLists() {
     ce.files().SetFaults({.only = kProfileMount, .refuseOpen = true, .refuseCreate = true});
-}
-
-void Session::OnCaptureEnded(HRESULT reason) {
-    const CVelPlayerView* view = shell->View();
-    if (view == nullptr || view->GetPlayMode() != kPlayModeRecording)
-        return; // the user was quicker
-    constexpr HRESULT kDiskFull = static_cast<HRESULT>(0x80070000u | ERROR_DISK_FULL);
-    // Now and not later, so that the reason comes after the view's own notice and stays.
-    ce.loop().Send(view->GetSafeHwnd(), WM_COMMAND, kCmdRecord);
-    if (reason == kDiskFull)
-        PostMessageW(view->GetSafeHwnd(), WM_PLAYER_MSGBOX, kTextNoSpace, kBoxError);
-    else
-        PostMessageW(GView::GetMainWindow(), WM_PLAYER_MSGBOX, kTextCardError, kBoxError);
 }
 
 void Session::RequestQuit() {

@@ -10,6 +10,7 @@
 #include <stdexcept>
 #include <stop_token>
 
+#include "host/app/dmbtv/CardWatch.h"
 #include "host/app/dmbtv/Options.h"
 #include "host/app/dmbtv/PictureReason.h"
 #include "host/app/dmbtv/ScreenPort.h"
@@ -75,8 +76,6 @@ private:
     void OnScreen();
     [[nodiscard]] ReceptionLook Look() const;
     void ProtectLists();
-    // The card is full or gone: the recording ends as by the button, and a box says why.
-    void OnCaptureEnded(HRESULT reason);
 
     SessionPorts ports;
     std::function<void()> screenListener;
@@ -91,7 +90,7 @@ private:
     std::unique_ptr<filters::WavTap> wav;
     std::unique_ptr<medmb::Tuner> tuner;
     std::unique_ptr<shell::Shell> shell;
-    HWND captureEnd = nullptr; // hears on the shell's thread what the filters say on theirs
+    std::unique_ptr<CardWatch> card;
 };
 
 // The module and the skin, by the place of the program: lib/ and skin/ beside bin/ as they are built, lib/dmbview/ and

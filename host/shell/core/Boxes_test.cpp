@@ -108,6 +108,36 @@ TEST_F(ShellFixture, APostedRequestShowsTheTextOfItsWindow) {
     EXPECT_FALSE(shell->IsBoxOpen());
 }
 
+TEST_F(ShellFixture, ASkinWithoutANoticeShowsItInTheBoxWithoutButtons) {
+    shell.reset();
+    const auto product = std::filesystem::path(testing_support::BinaryDir()) / "skin";
+    std::filesystem::copy(product, root / "skin", std::filesystem::copy_options::recursive);
+    std::filesystem::remove(root / "skin" / "VelNotice.skin");
+    ::shell::Setup setup;
+    setup.skinFolder = root / "skin";
+    shell = std::make_unique<Shell>(system, setup);
+    TestView& view = Open();
+    const auto isShown = [this](UINT element) {
+        const GButton* button = shell->Element(element);
+        return button != nullptr && button->IsVisible();
+    };
+    const WORD text = 1013;
+    PostMessageW(view.GetSafeHwnd(), WM_USER + 7, text, kBoxNotice);
+    shell->RunUntilIdle();
+    ASSERT_TRUE(shell->IsBoxOpen());
+    EXPECT_EQ(WString(shell->Element(11)->GetText()), WString(view.GetMessageW(text)));
+    EXPECT_TRUE(isShown(11));
+    EXPECT_FALSE(isShown(3) || isShown(4) || isShown(12)) << "nobody waits for an answer";
+    shell->Wait(3000);
+    EXPECT_FALSE(shell->IsBoxOpen()) << "by itself";
+    PostMessageW(view.GetSafeHwnd(), WM_USER + 7, text, kBoxNotice);
+    shell->RunUntilIdle();
+    shell->Click(400, 240);
+    shell->RunUntilIdle();
+    EXPECT_FALSE(shell->IsBoxOpen()) << "on a touch";
+    EXPECT_EQ(view.MsgBox(text, kBoxNotice), 1);
+}
+
 TEST_F(ShellFixture, ANoticeClosesByItselfOrOnATouch) {
     TestView& view = Open();
     PostMessageW(view.GetSafeHwnd(), WM_USER + 7, 1013, kBoxNotice);
