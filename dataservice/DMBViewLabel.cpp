@@ -41,7 +41,9 @@ void CVelDMBView::DrawLabels(HDC dc, const RECT& clip) {
     if (m_arrDLS.empty() || !IntersectRect(&common, &clip, &m_rcDLS))
         return;
     const GButton* area = Find(kElementDLS);
-    const HFONT font = area != nullptr ? area->GetFont() : GetDefaultFont();
+    HFONT font = area != nullptr ? area->GetFont() : nullptr;
+    if (font == nullptr)
+        font = GetDefaultFont();
     const int previousMode = SetBkMode(dc, TRANSPARENT);
     const COLORREF previousColour = SetTextColor(dc, kLabelColour);
     const HGDIOBJ previousFont = SelectObject(dc, font);

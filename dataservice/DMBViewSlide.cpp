@@ -67,14 +67,15 @@ void CVelDMBView::DecodeMotBody() {
     CloseHandle(file);
     if (size > m_nMotBodySize)
         m_nMotBodySize = size;
-    if (complete && !StartDecode(m_pMotBody, static_cast<int>(size)))
-        TraceSlide(WTEXT("[DMB|APP] SLS Decoding Fail\r\n"));
+    if (complete)
+        StartDecode(m_pMotBody, static_cast<int>(size));
 }
 
 int CVelDMBView::StartDecode(unsigned char* data, int size) {
     JpegImageInfo info{};
     if (!MES_ParseJPEG(data, size, &info)) {
         OutputDebugStringW(WTEXT("[MES_ParseJPEG] failed!\n"));
+        TraceSlide(WTEXT("[DMB|APP] SLS Parse Fail\r\n"));
         return 0;
     }
     info.outputFormat = kFormatRgb565;
@@ -90,8 +91,10 @@ int CVelDMBView::StartDecode(unsigned char* data, int size) {
         m_nSlideHeaderSize = kSlideHeaderBytes;
     }
     // The border of a smaller picture keeps the pixels of the one before, on purpose.
-    if (!ImgDecodeJPEG(data, size, m_pSlideDib + m_nSlideHeaderSize, kSlideWidth, kSlideHeight, &info))
+    if (!ImgDecodeJPEG(data, size, m_pSlideDib + m_nSlideHeaderSize, kSlideWidth, kSlideHeight, &info)) {
+        TraceSlide(WTEXT("[DMB|APP] SLS Decoding Fail\r\n"));
         return 0;
+    }
     if (info.outputFormat != kFormatRgb565 && info.outputFormat != kFormatRgb24)
         return 0;
     m_bSlideReady = 1;

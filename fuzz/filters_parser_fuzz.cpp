@@ -1,4 +1,6 @@
-// The parser in file mode: any bytes as a recording, down to access units in one framing. What comes out must keep its promises.
+// The parser in file mode: any bytes as a recording, down to access units in one framing, and how long that recording plays. What
+// comes out must keep its promises.
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -6,6 +8,7 @@
 
 #include "host/filters/CaptureTee.h"
 #include "host/filters/Demultiplexer.h"
+#include "host/filters/RecordingTimes.h"
 
 namespace {
 
@@ -27,6 +30,19 @@ public:
     void OnAudio(filters::AccessUnit unit) override { Require(!unit.bytes.empty()); }
     void OnClockLost() override {}
 };
+
+// The time is positive and below the limit, for the whole file and for a long one that only begins and ends like this.
+void CheckTimes(filters::ByteSpan bytes) {
+    const auto inRange = [](filters::Ticks time) { return time >= 0 && time <= 13 * 3600 * filters::kTicksPerSecond; };
+    const auto time = filters::PlayingTime(bytes.size(), [bytes](std::uint64_t from, std::size_t size) {
+        const filters::ByteSpan part = bytes.subspan(static_cast<std::size_t>(from))
+                                           .first(std::min(size, bytes.size() - static_cast<std::size_t>(from)));
+        return filters::Bytes(part.begin(), part.end());
+    });
+    Require(!time || (*time > 0 && inRange(*time)));
+    const auto times = filters::MeasureTimes(bytes, bytes.subspan(bytes.size() / 2), std::uint64_t{1} << 40);
+    Require(!times || (inRange(times->duration) && times->seen >= 0 && (!times->steady || times->duration > 0)));
+}
 
 } // namespace
 
@@ -60,5 +76,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     demultiplexer.Finish();
     for (const filters::TableSection& section : demultiplexer.Tables().Sections())
         Require(filters::PacketsOfSection(section, 3).size() % 188 == 0);
+    CheckTimes(bytes);
     return 0;
 }

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <span>
 
-#include "host/wire/Mpeg4Descriptors.h"
+#include "host/wire/Mpeg4Objects.h"
 #include "host/wire/Pes.h"
 #include "host/wire/PsiSection.h"
 #include "host/wire/SlPacket.h"

@@ -48,7 +48,8 @@ installation() {
         "share/applications/$id.desktop" "share/applications/$id.Player.desktop" "share/metainfo/$id.metainfo.xml" \
         "share/mime/packages/$id.xml" "share/icons/hicolor/scalable/apps/$id.svg" "share/icons/hicolor/48x48/apps/$id.png" \
         "share/icons/hicolor/128x128/apps/$id.png" "share/icons/hicolor/256x256/apps/$id.png" share/man/man1/dmbtv.1 \
-        share/man/man1/dmbhead.1 share/man/man1/dmbprobe.1 share/bash-completion/completions/dmbtv share/zsh/site-functions/_dmbtv; do
+        share/man/man1/dmbhead.1 share/man/man1/dmbprobe.1 share/man/ko/man1/dmbtv.1 share/man/ko/man1/dmbhead.1 \
+        share/man/ko/man1/dmbprobe.1 share/bash-completion/completions/dmbtv share/zsh/site-functions/_dmbtv; do
         [ -s "$place/usr/$file" ] || { echo "not installed: $file"; missing=1; }
     done
     return $missing
@@ -77,7 +78,7 @@ check metainfo appstreamcli validate --no-net "host/desktop/$id.metainfo.xml"
 check "well-formed XML" xmllint --noout host/desktop/*.xml host/desktop/*.svg
 check "file types" file_types
 check "entries open the file types" entries_handle_what_is_defined
-for page in docs/man/*.1; do check "manual $(basename "$page")" manual "$page"; done
+for page in docs/man/*.1 docs/man/ko/*.1; do check "manual ${page#docs/man/}" manual "$page"; done
 check "bash completion" bash -n host/desktop/completion.bash
 check "zsh completion" zsh -n host/desktop/_dmbtv
 check "completion offers" completion_offers

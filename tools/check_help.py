@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Compares what the programs' --help tells with the manuals (docs/man) and the shell completions (host/desktop): every option and
+"""Compares what the programs' --help tells with the manuals (docs/man, in both languages) and the shell completions (host/desktop): every option and
 sub-command is in all of them, and nothing is there that a program does not know.
 
     tools/check_help.py --bin build/release/bin"""
@@ -15,6 +15,12 @@ SUBCOMMANDS = {
     "dmbtv": ["demo", "scan", "list", "record", "play"],
     "dmbhead": ["demo", "make", "parts"],
     "dmbprobe": ["info", "fic", "ts", "pad", "audio", "bsac", "play"],
+}
+
+# The manuals' folders and what two of their sections are called.
+MANUALS = {
+    "docs/man": ("OPTIONS", "EXIT STATUS"),
+    "docs/man/ko": ("옵션", "종료 상태"),
 }
 
 problems = []
@@ -57,7 +63,25 @@ def plain(troff):
 
 
 def sections(text):
-    return dict(re.findall(r"^\.SH (.+)\n((?:(?!\.SH ).*\n)*)", text, re.MULTILINE))
+    return dict(re.findall(r"^\.SH \"?(.+?)\"?\n((?:(?!\.SH ).*\n)*)", text, re.MULTILINE))
+
+
+def check_manual(name, folder, number, options, commands, statuses):
+    """One program's manual in one language."""
+    titles = MANUALS[folder]
+    page = f"{folder}/{name}.1"
+    manual = plain((ROOT / page).read_text())
+    check(f'"DMB View {number}"' in manual.splitlines()[0], f"{page} is not of version {number}")
+    mentioned = set(OPTION.findall(manual))
+    check(mentioned == options, f"{page} differs from --help: missing {sorted(options - mentioned)}, "
+                                f"unknown {sorted(mentioned - options)}")
+    explained = set(OPTION.findall(sections(manual).get(titles[0], "")))
+    check(explained == options, f"{page} does not explain {sorted(options - explained)}")
+    for command in commands:
+        check(re.search(rf"^\.SS {name} {command}\b", manual, re.MULTILINE), f"{page} has no part on {command}")
+    if statuses:
+        told = re.findall(r"^\.B (\d+)$", sections(manual).get(titles[1], ""), re.MULTILINE)
+        check(told == statuses, f"exit statuses in {page} are {told}, in --help {statuses}")
 
 
 def main():
@@ -78,25 +102,16 @@ def main():
         every_option |= options
         version = subprocess.run([str(program), "--version"], capture_output=True, text=True)
         number = version.stdout.split()[-1] if version.stdout else "?"
-        manual = plain((ROOT / "docs/man" / f"{name}.1").read_text())
-        check(f'"DMB View {number}"' in manual.splitlines()[0], f"{name}.1 is not of version {number}")
-        mentioned = set(OPTION.findall(manual))
-        check(mentioned == options, f"{name}.1 differs from --help: missing {sorted(options - mentioned)}, "
-                                    f"unknown {sorted(mentioned - options)}")
-        explained = set(OPTION.findall(sections(manual).get("OPTIONS", "")))
-        check(explained == options, f"{name}.1 does not explain {sorted(options - explained)}")
+        statuses = re.search(r"^Exit status: (.*)$", top, re.MULTILINE)
+        numbers = re.findall(r"(?:^|; )(\d+) ", statuses.group(1)) if statuses and name == "dmbtv" else []
+        for manual in MANUALS:
+            check_manual(name, manual, number, options, commands, numbers)
         for command in commands:
-            check(re.search(rf"^\.SS {name} {command}\b", manual, re.MULTILINE), f"{name}.1 has no part on {command}")
             for file, text in completions.items():
                 check(re.search(rf"\b{command}\b", text), f"{file} does not know {name} {command}")
         for file, text in completions.items():
             known = set(OPTION.findall(text))
             check(options <= known, f"{file} lacks {sorted(options - known)} of {name}")
-        statuses = re.search(r"^Exit status: (.*)$", top, re.MULTILINE)
-        if statuses and name == "dmbtv":
-            numbers = re.findall(r"(?:^|; )(\d+) ", statuses.group(1))
-            told = re.findall(r"^\.B (\d+)$", sections(manual)["EXIT STATUS"], re.MULTILINE)
-            check(told == numbers, f"exit statuses in {name}.1 are {told}, in --help {numbers}")
     for file, text in completions.items():
         unknown = set(OPTION.findall(text)) - every_option
         check(not unknown, f"{file} knows {sorted(unknown)}, which no program has")

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""The index of edge cases: every test whose comment says "Edge case", with its room. Compares with docs/edge-cases.txt; --update
-writes it. Exit status 1 when they differ."""
+"""The index of edge cases: every test whose comment begins with "Edge case", with its room. Compares with docs/edge-cases.txt;
+--update writes it. A comment "Edge case" anywhere else, in a body for one, would be lost: it is named. Exit status 1 when one is,
+or when the two differ."""
 import pathlib
 import re
 import subprocess
@@ -8,36 +9,50 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 TEST = re.compile(r"^TEST(?:_[FP])?\((\w+), *(\w+)\)")
+MARK = re.compile(r"\bEdge cases?\b")
 
 
 def cases(path):
-    comment = []
-    for line in (ROOT / path).read_text().splitlines():
+    """The index lines of one source, and where in it a mark stands above no test."""
+    found, lost, comment = [], [], []
+    lines = (ROOT / path).read_text().splitlines()
+    for number, line in enumerate(lines + [""], 1):
         text = line.strip()
         if text.startswith("//"):
-            comment.append(text.lstrip("/ "))
+            comment.append((number, text.lstrip("/ ")))
             continue
         match = TEST.match(text)
-        joined = " ".join(comment)
-        if match and re.match(r"Edge cases?\b", joined):
+        joined = " ".join(words for _, words in comment)
+        if match and MARK.match(joined):
             meaning = re.sub(r"^Edge cases?[:.]?\s*", "", joined)
-            yield f"{path}: {match.group(1)}.{match.group(2)}" + (f"  {meaning}" if meaning else "")
+            found.append(f"{path}: {match.group(1)}.{match.group(2)}" + (f"  {meaning}" if meaning else ""))
+        else:
+            lost += [f"{path}:{at}" for at, words in comment if MARK.search(words)]
+        if MARK.search(text.partition("//")[2]):
+            lost.append(f"{path}:{number}")
         comment = []
+    return found, lost
 
 
 def main():
-    listed = subprocess.run(["git", "ls-files", "-co", "--exclude-standard", "*_test.cpp"], cwd=ROOT, check=True,
+    listed = subprocess.run(["git", "ls-files", "-co", "--exclude-standard", "*.cpp", "*.h"], cwd=ROOT, check=True,
                             capture_output=True, text=True).stdout.split()
-    lines = [line for path in sorted(set(listed)) if (ROOT / path).is_file() for line in cases(path)]
-    text = "\n".join(lines) + "\n"
+    found, lost = [], []
+    for path in sorted(set(listed)):
+        if (ROOT / path).is_file():
+            lines, strays = cases(path)
+            found += lines
+            lost += strays
+    for place in lost:
+        print(f"{place}: \"Edge case\" is not the beginning of the comment directly above a test")
     index = ROOT / "docs/edge-cases.txt"
+    text = "\n".join(found) + "\n"
     if "--update" in sys.argv:
         index.write_text(text)
-        return 0
-    if not index.exists() or index.read_text() != text:
+    elif not index.exists() or index.read_text() != text:
         print("docs/edge-cases.txt is not what the tests say; run tools/edge_cases.py --update")
         return 1
-    return 0
+    return 1 if lost else 0
 
 
 if __name__ == "__main__":

@@ -211,6 +211,54 @@ class Soak:
         check([file.name for file in self.recordings("readonly")] == ["old.dmb"] and
               (card / "DMB/old.dmb").read_bytes() == b"old", "a read-only card has changed")
 
+    def mounted(self, name, script):
+        """Runs a shell script, in which "$@" records to $card, where nobody else sees its mounts; None where that is not allowed."""
+        arguments = self.record_command(name, 60 if "filler" in script else 6)
+        home = self.folder / name
+        (home / "keep").mkdir()
+        script = f'card="{home}/card"; keep="{home}/keep"\n' + script
+        apart = ["unshare", "--map-root-user", "--mount", "sh", "-c"]
+        if subprocess.run([*apart, f'mount -t tmpfs none "{home}/keep"'], capture_output=True).returncode != 0:
+            print(f"NOT RUN {name}: this machine lets nobody mount")
+            return None
+        return subprocess.run([*apart, script, "sh", *arguments], capture_output=True, text=True, timeout=120)
+
+    def small_card(self):
+        """A file system that somebody else fills up while it is recorded to."""
+        done = self.mounted("small", """
+            mount -t tmpfs -o size=60m none "$card"
+            "$@" & pid=$!
+            while kill -0 $pid && ! find "$card" -name '*.dmb' -size +100k | grep -q .; do sleep 0.05; done
+            head -c 100000000 /dev/zero >"$card/filler"
+            wait $pid; status=$?
+            cp "$card"/DMB/* "$keep"
+            exit $status""")
+        if done is None:
+            return
+        check(done.returncode == 8 and "not enough space" in done.stderr, f"a small card: {done.returncode} {done.stderr.strip()}")
+        files = list((self.folder / "small/keep").iterdir())
+        check(len(files) == 1 and files[0].stat().st_size > 100000, f"a small card keeps {files}")
+        for file in files:
+            check((self.pictures_of(file) or 0) > 0, "the recording of a small card does not play")
+
+    def unmounted(self):
+        """The card's file system is taken away while it is recorded to, and comes back."""
+        done = self.mounted("unmounted", """
+            mount --bind "$keep" "$card"
+            "$@" & pid=$!
+            while kill -0 $pid && ! find "$card" -name '*.dmb' -size +100k | grep -q .; do sleep 0.05; done
+            umount --lazy "$card"
+            wait $pid""")
+        if done is None:
+            return
+        check(done.returncode == 1 and "no recording" in done.stderr,
+              f"a card that was unmounted: {done.returncode} {done.stderr.strip()}")
+        check(not self.recordings("unmounted"), "something was recorded beside the card")
+        files = list((self.folder / "unmounted/keep/DMB").iterdir())
+        check(len(files) == 1, f"a card that was unmounted keeps {files}")
+        for file in files:
+            self.check_plays(file, least=0)
+
     def interrupted(self):
         child = subprocess.Popen(self.record_command("interrupted", 60), stdout=subprocess.DEVNULL,
                                  stderr=subprocess.DEVNULL)
@@ -250,6 +298,11 @@ class Soak:
         document = json.loads(told.stdout)
         check([c["label"] for c in document["channels"]] == [SERVICE] and
               len(document["recordings"]) == len(self.recordings("cycles")), f"list --json: {told.stdout}")
+        # A cycle is 1.4 s; the file begins and ends with the picture, and a busy machine stretches it.
+        check(all(r["seconds"] is not None and r["seconds"] <= 4 for r in document["recordings"]),
+              f"list --json: playing times {[r['seconds'] for r in document['recordings']]}")
+        printed = subprocess.run(self.program("dmbtv", "list", *self.device("cycles")), capture_output=True, text=True).stdout
+        check(printed.count(" 0:0") == len(document["recordings"]) and " MB" not in printed, f"list: {printed}")
         for arguments, status in [
             (("play", self.folder / "nothing.dmb"), 3),
             (("play", self.folder / "soak.json"), 3),
@@ -284,6 +337,8 @@ def main():
         soak.card_out()
         soak.no_folder()
         soak.read_only()
+        soak.small_card()
+        soak.unmounted()
         soak.interrupted()
         cycles.join()
         soak.commands()

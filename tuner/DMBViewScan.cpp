@@ -60,7 +60,7 @@ void CVelDMBView::OnClickScan() {
         m_pScanText->Show(1, 1);
 
     m_bScanning = 1;
-    m_bProfileDirty = 1;
+    WriteSetting(m_bProfileDirty, 1);
     m_nCurChannel = -1;
     SetPlayMode(kPlayModeStopped);
     std::memset(scanResults, 0, kSlotsClearedByScan * sizeof scanResults[0]);

@@ -86,7 +86,7 @@ LRESULT CVelDMBView::OnChangeChannel(WPARAM wParam, LPARAM lParam) {
     // 6
     if (index != m_nCurChannel) {
         m_nCurChannel = index;
-        m_bProfileDirty = 1;
+        WriteSetting(m_bProfileDirty, 1);
     }
     // 7
     const int lastType = GetLastType();

@@ -41,7 +41,7 @@ void CVelDMBView::Paint(HDC dc) {
 void CVelDMBView::StoreSetting(LONG& setting, unsigned value, unsigned maximum) {
     const auto stored = static_cast<LONG>(value > maximum ? maximum : value);
     if (WriteSetting(setting, stored) != stored)
-        m_bProfileDirty = 1;
+        WriteSetting(m_bProfileDirty, 1);
 }
 
 unsigned CVelDMBView::GetPIPOnOff() const {
@@ -100,7 +100,7 @@ void CVelDMBView::SetRatioOnOff(unsigned value) {
     const auto stored = static_cast<LONG>(value);
     if (WriteSetting(m_uRatioOnOff, stored) == stored)
         return;
-    m_bProfileDirty = 1;
+    WriteSetting(m_bProfileDirty, 1);
     const int mode = GetPlayMode();
     const int type = GetCurrentType();
     if ((mode == kPlayModePlaying || mode == kPlayModeRecording) && (type == kSessionDMB || type == kSessionFile))

@@ -28,10 +28,14 @@ void CVelDMBView::Theme() {
     m_pScanBox = Find(kElementScanBox);
     m_pScanText = Find(kElementScanText);
     std::memset(m_ScanFrequency, 1, sizeof m_ScanFrequency); // every row is scanned again after a theme change
-    if (const GButton* label = Find(kElementDLS))
+    if (const GButton* label = Find(kElementDLS)) {
+        const SectionLock lock(m_csDLS);
         m_rcDLS = label->GetRect();
-    if (const GButton* slide = Find(kElementSlide))
+    }
+    if (const GButton* slide = Find(kElementSlide)) {
+        const SectionLock lock(m_csSLS);
         m_rcSlide = slide->GetRect();
+    }
 }
 
 void CVelDMBView::ShowControls(int show, int redraw) {

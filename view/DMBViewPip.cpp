@@ -82,7 +82,7 @@ void CVelDMBView::FitToPIP(SIZE size) {
 
 void CVelDMBView::RestoreFromPIP(const RECT* rect) {
     if (rect != &m_rcPIP) // the object, not its values: a rectangle from outside is to be saved
-        m_bProfileDirty = 1;
+        WriteSetting(m_bProfileDirty, 1);
     ShowButton(kElementToggleSmall, 0, 0);
     for (GButton* button : m_pChannelButtons) {
         if (button != nullptr)

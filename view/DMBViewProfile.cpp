@@ -35,7 +35,7 @@ std::optional<ProfileRecord> ReadProfile(const WString& path) {
 } // namespace
 
 void CVelDMBView::LoadProfile() {
-    m_bProfileDirty = 0;
+    WriteSetting(m_bProfileDirty, 0);
     const std::optional<ProfileRecord> record = ReadProfile(ProfilePath(*GetDocument()));
     if (!record) {
         ResetProfile();
@@ -50,8 +50,8 @@ void CVelDMBView::LoadProfile() {
 void CVelDMBView::SaveProfile() {
     CVelDocument& document = *GetDocument();
     if (document.IsSaveRequested())
-        m_bProfileDirty = 1;
-    if (m_bProfileDirty == 0) {
+        WriteSetting(m_bProfileDirty, 1);
+    if (ReadSetting(m_bProfileDirty) == 0) {
         document.ClearSaveRequest();
         return;
     }
@@ -69,7 +69,7 @@ void CVelDMBView::SaveProfile() {
     SetFilePointer(file, 0, nullptr, FILE_BEGIN);
     const auto finished = EncodeProfile(record, kProfileBytes);
     WriteFile(file, finished.data(), sizeof(WORD), &done, nullptr);
-    m_bProfileDirty = 0;
+    WriteSetting(m_bProfileDirty, 0);
     CloseHandle(file);
     document.ClearSaveRequest();
 }

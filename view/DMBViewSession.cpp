@@ -170,7 +170,10 @@ HRESULT CVelDMBView::StopDAB() {
     const HRESULT result = m_pControl->Stop();
     if (FAILED(result))
         return result;
-    m_bSlideReady = 0;
+    {
+        const SectionLock lock(m_csSLS);
+        m_bSlideReady = 0;
+    }
     {
         const SectionLock lock(m_csDLS);
         m_arrDLS.clear();
@@ -356,7 +359,12 @@ void CVelDMBView::Destroy() {
         m_pLiveStream->Close();
         delete m_pLiveStream;
     }
+    m_bSlideReady = 0; // the base takes down a session that is still there, and that paints
     std::free(m_pMotBody);
+    m_pMotBody = nullptr;
+    m_nMotBodySize = 0;
     std::free(m_pSlideDib);
+    m_pSlideDib = nullptr;
+    m_nSlideHeaderSize = 0;
     CVelPlayerView::Destroy();
 }

@@ -1,6 +1,8 @@
 #include "host/codec/ArithmeticDecoder.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
 
 #include "host/wire/BitReader.h"
 
@@ -32,18 +34,19 @@ std::uint32_t ArithmeticDecoder::PeekNearEnd(const std::uint8_t* data, std::size
 
 namespace {
 
-// How many entries of the model are above `place`: eight are compared at a time.
+// How many entries of the model are above `place`: eight are compared at a time. The entries fall, and mostly the first
+// eight decide.
 std::size_t CountAbove(CumulativeModel model, std::int16_t place) {
     using Group [[gnu::vector_size(sizeof(std::int16_t) * kModelGroup)]] = std::int16_t;
-    Group negative{};
-    for (std::size_t k = 0; k < model.size(); k += kModelGroup) {
+    using Bytes [[gnu::vector_size(kModelGroup)]] = std::int8_t;
+    for (std::size_t k = 0;; k += kModelGroup) {
         Group entries;
         std::memcpy(&entries, model.data() + k, sizeof entries);
-        negative += entries > place; // -1 where it is so
+        // A byte of ones for each entry that is not above.
+        const auto below = std::bit_cast<std::uint64_t>(__builtin_convertvector(entries <= place, Bytes));
+        if (below != 0) [[likely]]
+            return k + static_cast<std::size_t>(std::countr_zero(below)) / 8;
     }
-    using Halves [[gnu::vector_size(sizeof(Group))]] = std::uint64_t;
-    const auto halves = std::bit_cast<Halves>(-negative);
-    return (halves[0] + halves[1]) * 0x0001000100010001U >> 48; // the sum of all in the highest of four places
 }
 
 } // namespace
@@ -51,6 +54,9 @@ std::size_t CountAbove(CumulativeModel model, std::int16_t place) {
 unsigned ArithmeticDecoder::Symbol(CumulativeModel model, unsigned wanted) {
     static_cast<void>(wanted);
     Refill();
+    // Most models have two entries, the second of them 0: a bit whose 0 stands for symbol 1.
+    if (model.size() == 2)
+        return 1 - Bit(model[0]);
     // The symbol is the first entry that is not above value / step. The models fall and end with 0, so it is the number of
     // those above. Broken data may lie above all.
     const std::uint32_t place = static_cast<std::uint32_t>(value >> kAhead) / step;

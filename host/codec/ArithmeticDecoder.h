@@ -12,6 +12,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -55,11 +56,57 @@ public:
     // Bit with p0 = kSignP0: both halves of the range are alike, and the cost is always 1. Not for the first bit of a segment.
     [[gnu::always_inline]] unsigned EvenBit(unsigned wanted = 0) {
         static_cast<void>(wanted);
-        const std::uint64_t boundary = std::uint64_t{step << 13} << kAhead;
-        const bool one = value >= boundary;
-        value = (one ? value - boundary : value) << 1;
-        --carefree;
-        return one ? 1 : 0;
+        return EvenBitIf(1);
+    }
+
+    // As EvenBit when `due` is 1; when it is 0, nothing happens and 0 is returned.
+    [[gnu::always_inline]] unsigned EvenBitIf(unsigned due) {
+        const std::uint64_t boundary = (std::uint64_t{step << 13} << kAhead) & (0 - std::uint64_t{due});
+        std::uint64_t rest = value;
+        unsigned bit = 0;
+#if defined(__x86_64__)
+        asm("sub %[boundary], %[rest]\n\tcmovb %[value], %[rest]\n\tsbb $-1, %[bit]"
+            : [rest] "+&r"(rest), [bit] "+&r"(bit)
+            : [boundary] "r"(boundary), [value] "r"(value)
+            : "cc");
+#else
+        bit = value >= boundary ? 1 : 0;
+        rest = bit != 0 ? value - boundary : value;
+#endif
+        value = rest << due;
+        carefree -= static_cast<int>(due);
+        return bit & due;
+    }
+
+    // Whether EvenBitIf may follow a Bit, and a Bit that, without asking Spent.
+    [[nodiscard, gnu::always_inline]] bool Ample() const {
+        return carefree > 1;
+    }
+
+    // Takes a 0 for each of `p0`, in order, when these are what comes and the bits in advance and the budget suffice for them
+    // all. False: it is not so, and nothing has been taken. As 0 has the lower part of the range, one comparison with the last
+    // of the parts decides about all of them.
+    template <std::size_t kCount>
+    [[nodiscard, gnu::always_inline]] bool TakeZeros(const std::array<unsigned, kCount>& p0) {
+        std::uint32_t newStep = step;
+        std::uint32_t range = 0;
+        int doublings = 0;
+#pragma GCC unroll 8
+        for (const unsigned p : p0) {
+            range = newStep * p;
+            const int zeros = __builtin_clz(range);
+            range <<= zeros;
+            newStep = range >> 16;
+            doublings += zeros - 2;
+        }
+        // The last part, doubled as often as it was, is range / 4.
+        const std::uint64_t boundary = std::uint64_t{range} << (kAhead - 2) >> (doublings & 63);
+        if (doublings >= carefree || value >= boundary)
+            return false;
+        step = newStep;
+        value <<= doublings;
+        carefree -= doublings;
+        return true;
     }
 
     // Before a few bits in a row: fetches for all of them, needed or not, so that Spent seldom has to, at moments that no

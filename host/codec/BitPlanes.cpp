@@ -7,9 +7,7 @@
 
 namespace codec {
 
-void QuadSet::AddLines(int firstLine, int endLine) {
-    const auto first = static_cast<unsigned>(firstLine) / kQuadLines;
-    const auto end = static_cast<unsigned>(endLine) / kQuadLines;
+void QuadSet::AddManyQuads(unsigned first, unsigned end) {
     for (unsigned w = first / 64; w * 64 < end; ++w) {
         const std::uint64_t from = w * 64 < first ? ~std::uint64_t{0} << (first - w * 64) : ~std::uint64_t{0};
         const std::uint64_t beyond = (w + 1) * 64 > end ? ~std::uint64_t{0} << (end - w * 64) : 0;
@@ -63,11 +61,13 @@ int BitPlanes::Line(unsigned channel, unsigned line) const {
 
 namespace {
 
+constexpr int kFreeBudget = 14; // from here on p0 is not limited
+
 // Tables 4.A.35 and 4.A.36: the fewer bits are left, the nearer to one half.
 unsigned Limit(unsigned p0, int budget) {
-    if (budget >= 14)
+    if (budget >= kFreeBudget)
         return p0;
-    const unsigned least = 1U << (14 - budget);
+    const unsigned least = 1U << (kFreeBudget - budget);
     return std::clamp(p0, least, kProbabilityScale - least);
 }
 
@@ -118,12 +118,39 @@ template <bool kFirst, bool kSecond>
         lower(1, second);
 }
 
+// Most planes of a quad whose lines are all 0 bring nothing but zeros. True: the plane was like that, and is done.
+template <bool kFirst, bool kSecond>
+[[gnu::always_inline]] inline bool TakeEmptyPlane(ArithmeticDecoder& coder, Quad& quad) {
+    constexpr std::size_t kTaking = (kFirst ? 1 : 0) + (kSecond ? 1 : 0);
+    std::array<unsigned, kTaking * kQuadLines> p0;
+    for (std::size_t line = 0; line < kQuadLines; ++line) {
+        if constexpr (kFirst)
+            p0[line * kTaking] = (*quad.row[0])[kContextPosition[line]];
+        if constexpr (kSecond)
+            p0[line * kTaking + kTaking - 1] = (*quad.row[1])[kContextPosition[line]];
+    }
+    if (!coder.TakeZeros(p0))
+        return false;
+    if constexpr (kFirst)
+        ++quad.row[0];
+    if constexpr (kSecond)
+        ++quad.row[1];
+    return true;
+}
+
 // Codes the plane in the quad's lines, in the channels that take part; kResumes: from the pause on. False, with the place
 // to go on in quad.pause, when the budget ended before the last one.
 template <class Coder, bool kLimited, bool kFirst, bool kSecond, bool kResumes>
 [[gnu::always_inline]] inline bool CodeQuad(Pass<Coder>& pass, Quad& quad, unsigned firstLine) {
     constexpr unsigned kStride = kFirst && kSecond ? 1 : 2;
     constexpr unsigned kLast = 2 * (kQuadLines - 1) + (kSecond ? 1 : 0);
+    if constexpr (!Coder::kEncodes && !kResumes) {
+        const bool empty =
+            kFirst && kSecond ? std::bit_cast<std::uint16_t>(quad.higher) == 0 : quad.higher[kFirst ? 0 : 1] == 0;
+        const bool unlimited = !kLimited || pass.coder.Budget() >= kFreeBudget + 32;
+        if (empty && unlimited && TakeEmptyPlane<kFirst, kSecond>(pass.coder, quad))
+            return true;
+    }
     const unsigned start = kResumes ? quad.pause / 2 : 0;
     bool due = kResumes && quad.pause % 2 != 0;
     std::array<unsigned, kMaxChannels> current{};
@@ -132,7 +159,9 @@ template <class Coder, bool kLimited, bool kFirst, bool kSecond, bool kResumes>
     const std::array<const std::uint8_t*, kMaxChannels> contexts{kSpectralContext[quad.higher[0]],
                                                                  kSpectralContext[quad.higher[1]]};
     const std::array<const PlaneRow*, kMaxChannels> row = quad.row;
+    unsigned negative = quad.negative;
     const auto stop = [&](unsigned next, bool signDue) {
+        quad.negative = static_cast<std::uint8_t>(negative);
         quad.pause = static_cast<std::uint8_t>(2 * next + (signDue ? 1 : 0));
         quad.current = {static_cast<std::uint8_t>(current[0]), static_cast<std::uint8_t>(current[1])};
         // The first channel has its bit in every other place from 0 on, the second one from 1 on.
@@ -164,12 +193,20 @@ template <class Coder, bool kLimited, bool kFirst, bool kSecond, bool kResumes>
             bit = pass.coder.Bit(p0, wantedBit);
             current[c] = current[c] << 1 | bit;
         }
+        if constexpr (!Coder::kEncodes && !kResumes) {
+            if (pass.coder.Ample()) [[likely]] {
+                // Signs come too seldom and too irregularly for a branch.
+                if (history == 0)
+                    negative |= pass.coder.EvenBitIf(bit) << lane;
+                continue;
+            }
+        }
         if (history < bit) { // the line's first 1
             if (pass.coder.Spent()) {
                 stop(element, true);
                 return false;
             }
-            quad.negative = static_cast<std::uint8_t>(quad.negative | pass.coder.EvenBit(wanted < 0 ? 1 : 0) << lane);
+            negative |= pass.coder.EvenBit(wanted < 0 ? 1 : 0) << lane;
             due = false;
         }
         if (element != kLast && pass.coder.Spent()) {
@@ -179,6 +216,7 @@ template <class Coder, bool kLimited, bool kFirst, bool kSecond, bool kResumes>
     }
     if constexpr (kResumes)
         quad.pause = 0;
+    quad.negative = static_cast<std::uint8_t>(negative);
     EndPlane<kFirst, kSecond>(quad, pass.plane, current[0], current[1]);
     return true;
 }

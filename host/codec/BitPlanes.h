@@ -36,7 +36,14 @@ public:
         occupied = 0;
     }
     // Adds the quads of the lines [firstLine, endLine); both are multiples of 4.
-    void AddLines(int firstLine, int endLine);
+    void AddLines(int firstLine, int endLine) {
+        const auto first = static_cast<unsigned>(firstLine) / kQuadLines;
+        const auto end = static_cast<unsigned>(endLine) / kQuadLines;
+        if (first < end && first / 64 == (end - 1) / 64) [[likely]]
+            SetWord(first / 64, words[first / 64] | (~std::uint64_t{0} >> (64 - (end - first)) << first % 64));
+        else
+            AddManyQuads(first, end);
+    }
     [[nodiscard]] static QuadSet All();
 
     [[nodiscard]] bool Contains(unsigned quad) const { return (words[quad >> 6] >> (quad & 63) & 1) != 0; }
@@ -51,6 +58,8 @@ public:
     }
 
 private:
+    void AddManyQuads(unsigned first, unsigned end);
+
     std::array<std::uint64_t, kQuads / 64> words{};
     unsigned occupied = 0;
 };

@@ -105,37 +105,42 @@ void LayOutScalefactorBands(std::span<const std::uint16_t> edges, const BlockHea
     }
 }
 
-// Bits set aside for the side information of a layer.
-int ReservedBits(const BlockHeader& header, const Layer& layer) {
-    const int bands = layer.endBand - layer.startBand;
-    const int firstBands = bands > 0 && layer.startBand == 0 ? 1 : 0;
-    const int sfbs = std::max(layer.endSfb - layer.startSfb, 0);
-    int bits = 0;
-    for (unsigned c = 0; c < header.channels; ++c) {
-        const ChannelHeader& channel = header.channel[c];
-        bits += firstBands * kBand0ReservedBits;
-        bits += (bands - firstBands) * kCbandSiTypes[channel.cbandSiType].reservedBits;
-        bits += sfbs * (channel.maxSfbSiLength + 5);
+// Bits set aside for the side information of a layer: for each of its bands so many, all channels together.
+struct Reserve {
+    int firstBand = 0; // coding band 0
+    int otherBand = 0;
+    int sfb = 0;
+
+    explicit Reserve(const BlockHeader& header) {
+        for (unsigned c = 0; c < header.channels; ++c) {
+            firstBand += kBand0ReservedBits;
+            otherBand += kCbandSiTypes[header.channel[c].cbandSiType].reservedBits;
+            sfb += header.channel[c].maxSfbSiLength + 5;
+        }
     }
-    return bits;
-}
+    [[nodiscard]] int Bits(const Layer& layer) const {
+        const int bands = layer.endBand - layer.startBand;
+        const int firstBands = bands > 0 && layer.startBand == 0 ? 1 : 0;
+        return firstBands * firstBand + (bands - firstBands) * otherBand +
+               std::max(layer.endSfb - layer.startSfb, 0) * sfb;
+    }
+};
 
 // Offsets by the rate rule from the top down, then what the base layers lack or have left over is shared out.
-void LayOutOffsets(const RateTables& rate, const BlockHeader& header, int blockBits, LayerGeometry& geometry) {
+void LayOutOffsets(const BlockHeader& header, int blockBits, LayerGeometry& geometry) {
     const int layers = geometry.layers;
     const int base = geometry.baseLayers;
-    std::array<int, kMaxLayers + 1> reserved{};
+    const Reserve reserve(header);
+    std::array<int, kMaxLayers> reserved;
     for (int l = 0; l < layers; ++l)
-        reserved[l] = ReservedBits(header, geometry.layer[l]);
+        reserved[l] = reserve.Bits(geometry.layer[l]);
 
     auto& offset = geometry.offset;
     const int headerBits = static_cast<int>(header.bits);
-    const int target =
-        std::max(static_cast<int>(header.FrameBits()), LayerTarget(rate, header.channels, header.topLayer));
-    offset[layers] = target;
-    int start = target - reserved[layers - 1]; // latest start of the layer below that leaves room for this one
+    offset[layers] = std::max(static_cast<int>(header.FrameBits()), geometry.target[layers]);
+    int start = offset[layers] - reserved[layers - 1]; // latest start of the layer below that leaves room for this one
     for (int l = layers - 1; l >= base; --l) {
-        offset[l] = std::min(start, LayerTarget(rate, header.channels, l - base));
+        offset[l] = std::min(start, geometry.target[l]);
         start = offset[l] - reserved[l - 1];
     }
     for (int l = base - 1; l >= 1; --l) {
@@ -187,16 +192,34 @@ int LayerTarget(const RateTables& rate, unsigned channels, int k) {
     return static_cast<int>(channels) * 8 * (bits / 8);
 }
 
-BsacStatus LayOutLayers(const RateTables& rate, const BlockHeader& header, int blockBits, LayerGeometry& geometry) {
+namespace {
+
+// What depends on the shape alone.
+void LayOutShape(const RateTables& rate, const BlockHeader& header, LayerGeometry& geometry) {
     LayOutGroups(rate, header, geometry);
     LayOutLines(rate, header, geometry);
+    LayOutScalefactorBands(BandEdges(rate, header), header, geometry);
+    geometry.target.fill(0);
+    for (int l = geometry.baseLayers; l <= geometry.layers; ++l)
+        geometry.target[l] = LayerTarget(rate, header.channels, l - geometry.baseLayers);
+}
+
+} // namespace
+
+BsacStatus LayOutLayers(const RateTables& rate, const BlockHeader& header, int blockBits, LayerGeometry& geometry) {
+    const LayerShape shape{&rate,           header.channels, header.IsShort(), header.grouping,
+                           header.baseBand, header.maxSfb,   header.topLayer};
+    if (geometry.shape != shape) {
+        LayOutShape(rate, header, geometry);
+        geometry.shape = shape;
+    }
     geometry.layersPresent = 0;
     if (geometry.baseLayers == 0) {
+        geometry.shape = {};
         geometry.layers = 0; // without lines the block ends with its header
         return header.maxSfb == 0 ? BsacStatus::kOk : BsacStatus::kNoBaseLayer;
     }
-    LayOutScalefactorBands(BandEdges(rate, header), header, geometry);
-    LayOutOffsets(rate, header, blockBits, geometry);
+    LayOutOffsets(header, blockBits, geometry);
     return BsacStatus::kOk;
 }
 

@@ -57,7 +57,21 @@ struct LineGroup {
     int lastLine = 0;  // end of the last scalefactor band that is sent
 };
 
+// All that lines and bands of the layers depend on. Blocks in a row mostly have it in common.
+struct LayerShape {
+    const RateTables* rate = nullptr;
+    unsigned channels = 0;
+    bool isShort = false;
+    std::uint8_t grouping = 0;
+    std::uint8_t baseBand = 0;
+    std::uint8_t maxSfb = 0;
+    std::uint8_t topLayer = 0;
+
+    [[nodiscard]] bool operator==(const LayerShape&) const = default;
+};
+
 struct LayerGeometry {
+    LayerShape shape; // what is here was laid out for
     unsigned groups = 0;
     std::array<LineGroup, kShortWindows> group;
 
@@ -68,6 +82,7 @@ struct LayerGeometry {
     std::array<Layer, kMaxLayers + 1> layer;
     // Bit at which a layer is due; [layers] is the end of the last one. Need not rise from layer to layer.
     std::array<int, kMaxLayers + 1> offset;
+    std::array<int, kMaxLayers + 1> target; // the same by the rate rule alone, for base layers 0
 
     [[nodiscard]] bool IsBase(int l) const { return l < baseLayers; }
     [[nodiscard]] int Budget(int l) const { return offset[l + 1] - offset[l]; }

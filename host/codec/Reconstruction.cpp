@@ -149,7 +149,8 @@ void Reconstruction::Run(const RateTables& rate, const BlockHeader& header, cons
                 if (stereo &&
                     (header.stereoMask == StereoMask::kMsEverywhere || info.stereo[index] == StereoInfo::kMidSide))
                     SumAndDifference(&spectra[0][first], &spectra[1][first], lines);
-                SubstituteNoise(info, index, first, lines, spectra);
+                if (header.noisePresent)
+                    SubstituteNoise(info, index, first, lines, spectra);
                 if (stereo && IsIntensity(info, index)) {
                     const double sign = info.stereo[index] == StereoInfo::kInPhase ? 1 : -1;
                     const auto factor = static_cast<float>(sign * std::exp2(-info.level[1][index] / 4.0));

@@ -13,13 +13,16 @@ constexpr std::size_t kPullSamples = kDeviceRate / 1000 * kPullMs * kDeviceChann
 constexpr ce::Millis kWatchMs = 20;
 // A device that pulls nothing for so long is gone.
 constexpr ce::Millis kDeviceGone = 500;
+// How often a device is looked for while there is none.
+constexpr ce::Millis kLookAgain = 2000;
 // After a longer standstill of the whole program the lost time is not made up for.
 constexpr ce::Millis kLargestCatchUp = 500;
 
 } // namespace
 
-AudioRenderer::AudioRenderer(ce::Clock& clock, const Outputs& outputs)
-    : FilterBase(CLSID_AudioRender), clock_(clock), outputs_(outputs), playout_(clock), room_(clock), wake_(clock) {
+AudioRenderer::AudioRenderer(ce::Clock& clock, const Outputs& outputs, std::shared_ptr<LiveHold> hold)
+    : FilterBase(CLSID_AudioRender), clock_(clock), outputs_(outputs), playout_(clock, std::move(hold)), room_(clock),
+      wake_(clock) {
     AddPin(std::make_unique<SampleInput<SoundBlock>>(*this, kAudioRendererPin,
                                                      dshow::MediaType(MEDIATYPE_Audio, kSubtypePcm),
                                                      static_cast<SampleReceiver<SoundBlock>&>(*this)));
@@ -69,9 +72,13 @@ HRESULT AudioRenderer::OnStop() {
 
 void AudioRenderer::StartPulling() {
     quit_ = false;
+    StartDevice();
+    worker_ = clock_.StartWorker([this] { Work(); });
+}
+
+void AudioRenderer::StartDevice() {
     deviceRuns_ = outputs_.sound != nullptr && outputs_.sound->Start(source_);
     playout_.SetLatency(deviceRuns_ ? outputs_.sound->LatencyMs() : 0);
-    worker_ = clock_.StartWorker([this] { Work(); });
 }
 
 void AudioRenderer::StopPulling() {
@@ -89,8 +96,14 @@ void AudioRenderer::StopPulling() {
 void AudioRenderer::Work() {
     ce::Millis next = clock_.Now();
     ce::Millis lastPull = clock_.Now();
+    ce::Millis look = clock_.Now() + kLookAgain;
     std::uint64_t pulled = playout_.PulledFrames();
     while (!quit_) {
+        if (!deviceRuns_ && outputs_.sound != nullptr && clock_.Now() >= look) {
+            StartDevice();
+            look = clock_.Now() + kLookAgain;
+            lastPull = clock_.Now();
+        }
         if (!deviceRuns_) {
             PullHere(next);
         } else if (playout_.PulledFrames() != pulled) {
@@ -102,6 +115,7 @@ void AudioRenderer::Work() {
             deviceRuns_ = false;
             playout_.SetLatency(0);
             next = clock_.Now();
+            look = next + kLookAgain;
             continue;
         } else {
             next = clock_.Now() + kWatchMs;

@@ -1,7 +1,8 @@
 // "Audio Renderer": plays the sound and is the graph's clock.
 //
-// The device pulls; when there is none, or when it falls silent, a worker pulls in its place at the pace of the host's clock, so
-// a graph runs the same without a sound card. While paused nobody pulls and both clocks stand still.
+// The device pulls; when there is none, or when it falls silent, a worker pulls in its place at the pace of the host's clock, so that
+// a graph runs the same without a sound card. Every two seconds it looks whether there is one again. While paused nobody pulls and
+// both clocks stand still.
 #pragma once
 
 #include "host/dshow/Forwarders.h"
@@ -15,7 +16,9 @@ namespace filters {
 
 class AudioRenderer final : public dshow::FilterBase, private SampleReceiver<SoundBlock> {
 public:
-    AudioRenderer(ce::Clock& clock, const Outputs& outputs);
+    // `hold` is shared with whatever plays the same source.
+    AudioRenderer(ce::Clock& clock, const Outputs& outputs,
+                  std::shared_ptr<LiveHold> hold = std::make_shared<LiveHold>());
 
     [[nodiscard]] const Playout& Sound() const { return playout_; }
 
@@ -34,6 +37,7 @@ private:
     void OnNewSegment(Ticks start) override { playout_.SetSegment(start); }
 
     void StartPulling();
+    void StartDevice();
     void StopPulling();
     void Work();
     void PullHere(ce::Millis& next);

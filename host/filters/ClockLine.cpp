@@ -1,5 +1,6 @@
 #include "host/filters/ClockLine.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace filters {
@@ -8,6 +9,7 @@ namespace {
 
 constexpr unsigned kBaseBits = 33;
 constexpr Ticks kLargestStep = kTicksPerSecond;
+constexpr std::uint64_t kMostPackets = 1 << 20; // more than a second of any stream
 constexpr Ticks kWindow = 10 * kTicksPerSecond;
 
 // The low `bits` of a difference as a signed number.
@@ -26,29 +28,44 @@ std::int64_t Scale(std::int64_t a, std::int64_t b, std::int64_t c) {
 
 } // namespace
 
-bool ClockLine::OnReference(std::uint64_t pcr27MHz, bool announced) {
+// How long the packets since the last reference took, at the rate of those before it.
+Ticks ClockLine::SinceLast(std::uint64_t packets) const {
+    if (packets <= lastPackets_ || lastPackets_ <= runPackets_ || *now_ <= runBegin_)
+        return 0;
+    const auto more = static_cast<std::int64_t>(std::min<std::uint64_t>(packets - lastPackets_, kMostPackets));
+    return std::min(Scale(*now_ - runBegin_, more, static_cast<std::int64_t>(lastPackets_ - runPackets_)),
+                    kLargestStep);
+}
+
+bool ClockLine::OnReference(std::uint64_t pcr27MHz, bool announced, std::uint64_t packets) {
     const std::uint64_t base = pcr27MHz / 300;
     if (!now_) {
         lastBase_ = base;
         now_ = static_cast<Ticks>(base);
-        shift_ = 0;
+        shift_ = shiftBefore_ = 0;
+        runBegin_ = *now_;
+        runPackets_ = lastPackets_ = packets;
         return false;
     }
     const Ticks step = SignExtend(base - lastBase_, kBaseBits);
     const bool jumped = announced || step < 0 || step > kLargestStep;
-    // After a jump nobody knows how long it took; the line stands still for it.
     if (jumped) {
+        now_ = *now_ + SinceLast(packets);
+        shiftBefore_ = shift_;
         shift_ = *now_ - static_cast<Ticks>(base);
+        runBegin_ = *now_;
+        runPackets_ = packets;
         ++jumps_;
     } else {
         now_ = *now_ + step;
         shift_ = *now_ - static_cast<Ticks>(base);
     }
     lastBase_ = base;
+    lastPackets_ = packets;
     return jumped;
 }
 
-std::optional<Ticks> ClockLine::Place(std::uint64_t stamp, unsigned bits, std::uint32_t resolution) {
+std::optional<Ticks> ClockLine::Place(std::uint64_t stamp, unsigned bits, std::uint32_t resolution, bool older) {
     if (bits == 0 || bits > 64 || resolution == 0)
         return std::nullopt;
     const auto perSecond = static_cast<std::int64_t>(resolution);
@@ -64,7 +81,8 @@ std::optional<Ticks> ClockLine::Place(std::uint64_t stamp, unsigned bits, std::u
         return lastStamp_;
     }
     // Both counted in the stamp's own ticks, where it wraps.
-    const auto reference = static_cast<std::uint64_t>(Scale(*now_ - shift_, perSecond, kTicksPerSecond));
+    const auto reference =
+        static_cast<std::uint64_t>(Scale(*now_ - (older ? shiftBefore_ : shift_), perSecond, kTicksPerSecond));
     const Ticks distance = Scale(SignExtend(stamp - reference, bits), kTicksPerSecond, perSecond);
     if (std::llabs(distance) > kWindow)
         return std::nullopt;

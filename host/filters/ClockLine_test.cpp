@@ -30,6 +30,20 @@ TEST(ClockLine, StandsStillOverAJump) {
     EXPECT_EQ(line.Jumps(), 2u);
 }
 
+TEST(ClockLine, TheRateTellsHowLongAJumpTook) {
+    ClockLine line;
+    for (std::uint64_t at = 0; at <= 10; ++at)
+        (void)line.OnReference(at * 4500 * 300, false, 100 + at * 25);
+    EXPECT_EQ(line.Now(), 45000);
+    EXPECT_TRUE(line.OnReference(0, true, 100 + 10 * 25 + 10));
+    EXPECT_EQ(line.Now(), 45000 + 1800); // ten packets more
+    EXPECT_EQ(line.Place(900, 33, 90000), 45000 + 1800 + 900);
+    EXPECT_EQ(line.Place(45000 + 2700, 33, 90000, true), 45000 + 2700) << "a stamp from before the jump";
+    // The next one comes at once, before there is a rate again.
+    EXPECT_TRUE(line.OnReference(900000ull * 300, true, 1000));
+    EXPECT_EQ(line.Now(), 45000 + 1800);
+}
+
 TEST(ClockLine, BelievesAnAnnouncedJump) {
     ClockLine line;
     (void)line.OnReference(0, false);

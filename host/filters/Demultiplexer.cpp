@@ -26,6 +26,7 @@ void Demultiplexer::Push(ByteSpan bytes) {
     const auto packet = wire::TsPacket::Parse(bytes);
     if (!packet || packet->header.transportError) {
         ++counters_.damagedPackets;
+        ++routed_;
         return;
     }
     const std::uint16_t pid = packet->header.pid;
@@ -91,6 +92,7 @@ void Demultiplexer::Announce() {
 }
 
 void Demultiplexer::Route(const wire::TsPacket& packet) {
+    ++routed_;
     if (packet.header.pid == program_->clockPid)
         TakeReference(packet.header);
     const bool isVideo = program_->video && program_->video->pid == packet.header.pid;
@@ -116,12 +118,11 @@ void Demultiplexer::Route(const wire::TsPacket& packet) {
 }
 
 void Demultiplexer::TakeReference(const wire::TsHeader& header) {
-    if (!header.pcr || !clock_.OnReference(*header.pcr, header.discontinuity))
+    if (!header.pcr || !clock_.OnReference(*header.pcr, header.discontinuity, routed_))
         return;
     ++counters_.clockJumps;
-    // What is under way has stamps of the clock before.
-    video_.assembler.Drop();
-    audio_.assembler.Drop();
+    video_.assembler.MarkClockJump();
+    audio_.assembler.MarkClockJump();
     jumps_.push_back(counters_.packets);
     if (jumps_.size() < kJumpLimit)
         return;
@@ -226,9 +227,9 @@ bool Demultiplexer::SetTime(Lane& lane, const Lane& other, const CodedUnit* stam
                             const std::optional<wire::SlConfig>& sl, AccessUnit& unit) {
     std::optional<Ticks> time;
     if (stamps != nullptr && stamps->stamp && sl)
-        time = clock_.Place(*stamps->stamp, sl->timeStampLength, sl->timeStampResolution);
+        time = clock_.Place(*stamps->stamp, sl->timeStampLength, sl->timeStampResolution, stamps->olderClock);
     else if (stamps != nullptr && stamps->pts)
-        time = clock_.Place(*stamps->pts, 33, kTicksPerSecond);
+        time = clock_.Place(*stamps->pts, 33, kTicksPerSecond, stamps->olderClock);
     const bool hasStamp = stamps != nullptr && (stamps->stamp || stamps->pts);
     if (time) {
         lane.misplaced = 0;

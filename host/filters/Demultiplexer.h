@@ -127,6 +127,7 @@ private:
     std::map<std::uint16_t, Continuity> continuity_;
     Bytes held_; // packets that came before the tables
     unsigned scrambledRun_ = 0;
+    std::uint64_t routed_ = 0;        // packets since the programme is known, those held before included
     std::deque<std::uint64_t> jumps_; // the latest, as counts of packets
     DemuxCounters counters_;
 };

@@ -1,6 +1,7 @@
 #include "host/filters/FileFeed.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace filters {
 
@@ -82,6 +83,7 @@ void FileFeed::Work() {
     }
     started_ = true;
     changeWaits_ = false;
+    lossTold_ = false;
     while (!quit_) {
         if (const auto target = TakeSeek())
             MoveTo(*target);
@@ -142,6 +144,8 @@ void FileFeed::Step() {
     sync_.Push(bytes, take);
     if (bytes.size() == kReadBytes)
         return;
+    if (recording_.IsLost() && !std::exchange(lossTold_, true) && host_.status != nullptr)
+        host_.status->OnFileLost();
     sync_.Finish(take);
     if (!packets_.empty())
         return; // the end comes at the next reading

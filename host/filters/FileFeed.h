@@ -38,6 +38,7 @@ private:
     std::uint64_t byteMoved_ = 0; // where reading began after the last move
     bool started_ = false;
     bool changeWaits_ = false;
+    bool lossTold_ = false;
     Reception reception_;
     std::optional<Ticks> segment_; // to be told when the origin is known
 

@@ -28,10 +28,11 @@ protected:
 // - Take 16-bit stereo at 48 kHz and ask for it in small portions (10 to 40 ms), steadily, on one thread of its own. A portion may
 //   have any length; it is always filled whole. Pull allocates and frees nothing and waits for short locks only.
 // - Hold no lock in Pull that Start, Stop or LatencyMs takes.
-// - When the card goes away, simply stop pulling: after half a second without a Pull the renderer calls Stop and keeps time itself;
-//   at the next run of a graph Start is tried again. A device that opens another card by itself may go on pulling instead.
-// - Every Start that answers true is followed by exactly one Stop, maybe from another thread, before the next Start. Neither may take
-//   longer than some tens of milliseconds, because a graph's Run and Stop wait for them.
+// - When the card goes away, simply stop pulling: after half a second without a Pull the renderer calls Stop and keeps time itself,
+//   and tries Start again every two seconds. A device that opens another card by itself may go on pulling instead.
+// - Every Start that answers true is followed by exactly one Stop before the next Start. Both come from the thread that runs the graph
+//   or from the renderer's own, never at once. Neither may take longer than some tens of milliseconds, because a graph's Run and Stop
+//   wait for them.
 // - Play what it gets: volume and mute are the renderer's.
 class SoundDevice {
 public:
@@ -92,6 +93,8 @@ public:
     virtual void OnReception(ReceptionState state) = 0;
     // A capture ended by itself: the card is full or gone. What was written stays playable.
     virtual void OnCaptureFailed(HRESULT reason) = 0;
+    // The file that plays cannot be read any further: the card is gone. What has been read is played; once a run.
+    virtual void OnFileLost() = 0;
 };
 
 struct Outputs {

@@ -2,18 +2,20 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace filters {
 
 namespace {
 
-constexpr Ticks kTarget = 300 * kTicksPerMs;
 constexpr Ticks kLargestLead = 2 * kTicksPerSecond;
 constexpr Ticks kFileStart = 200 * kTicksPerMs;
 constexpr Ticks kFileRoom = 2 * kTicksPerSecond;
 constexpr Ticks kLiveRoom = 6 * kTicksPerSecond;
 // Sound that is off its place by less is played as it comes.
 constexpr Ticks kTolerance = 20 * kTicksPerMs;
+// After the queue ran dry even a little late is late; this much is rounding.
+constexpr Ticks kPunctual = 1 * kTicksPerMs;
 constexpr Ticks kLargestGap = 3 * kTicksPerSecond;
 // Waiting for a schedule that does not move ends at last.
 constexpr ce::Millis kLongestHold = 3000;
@@ -30,7 +32,7 @@ std::int16_t Scaled(double value) {
 
 } // namespace
 
-Playout::Playout(ce::Clock& clock) : clock_(clock) {}
+Playout::Playout(ce::Clock& clock, std::shared_ptr<LiveHold> hold) : clock_(clock), hold_(std::move(hold)) {}
 
 Ticks Playout::BufferedTicks() const {
     return static_cast<Ticks>(queuedSamples_ / kDeviceChannels) * kFinePerFrame / kFinePerTick;
@@ -79,7 +81,7 @@ void Playout::Steer(const SoundBlock& block) {
     margin_ = marginBlocks_ == 0 ? margin : margin_ + (margin - margin_) * kMarginSmoothing;
     if (++marginBlocks_ < kMarginSettled)
         return;
-    const double off = margin_ - static_cast<double>(kTarget);
+    const double off = margin_ - static_cast<double>(hold_->Current());
     if (std::abs(off) > kDeadZone || speed_ != 0)
         speed_ = std::clamp(static_cast<int>(off * kMillionthsPerTick), -kLargestSpeed, kLargestSpeed);
     resampler_.SetSpeed(speed_);
@@ -96,7 +98,7 @@ void Playout::Flush() {
     const std::scoped_lock lock(guard_);
     spare_.splice(spare_.end(), queue_);
     queuedSamples_ = 0;
-    anchored_ = playing_ = ended_ = filling_ = false;
+    anchored_ = playing_ = ended_ = starved_ = filling_ = false;
     segment_.reset();
     marginBlocks_ = 0;
 }
@@ -124,7 +126,7 @@ bool Playout::IsReady() const {
     if (!live_)
         return BufferedTicks() >= kFileStart;
     const Ticks first = queue_.front().time / kFinePerTick;
-    return newestSchedule_ - first >= kTarget || clock_.Now() - waitingSince_ >= kLongestHold;
+    return newestSchedule_ - first >= hold_->Current() || clock_.Now() - waitingSince_ >= kLongestHold;
 }
 
 void Playout::Pull(std::span<std::int16_t> frames) {
@@ -144,12 +146,18 @@ void Playout::Pull(std::span<std::int16_t> frames) {
 void Playout::Fill(std::span<std::int16_t> out) {
     while (!out.empty()) {
         if (!playing_ || queue_.empty()) {
+            starved_ = starved_ || (playing_ && live_ && !ended_);
             out = out.subspan(Silence(out, playing_));
             continue;
         }
         Piece& piece = queue_.front();
         const Fine place = piece.time + static_cast<Fine>(piece.done / kDeviceChannels) * kFinePerFrame;
         const Fine gap = place - position_;
+        if (std::exchange(starved_, false) && gap < -kPunctual * kFinePerTick) {
+            hold_->Lengthen();
+            HoldBackAnew();
+            continue;
+        }
         // A gap that is filled is filled to its end.
         const bool isNear = filling_ ? gap < kFinePerFrame : std::abs(gap) <= kTolerance * kFinePerTick;
         filling_ = false;
@@ -162,8 +170,7 @@ void Playout::Fill(std::span<std::int16_t> out) {
             out = out.subspan(Silence(out.first(std::min(out.size(), missing)), true));
             continue;
         } else if (live_) {
-            playing_ = false; // late: hold back anew
-            waitingSince_ = clock_.Now();
+            HoldBackAnew();
             continue;
         } else {
             position_ = place; // a file waits for nobody; the clock goes back to its sound
@@ -172,6 +179,11 @@ void Playout::Fill(std::span<std::int16_t> out) {
         if (piece.done >= piece.frames.size())
             spare_.splice(spare_.end(), queue_, queue_.begin());
     }
+}
+
+void Playout::HoldBackAnew() {
+    playing_ = false;
+    waitingSince_ = clock_.Now();
 }
 
 // Falls from the last sample to silence, then stays there.

@@ -3,28 +3,31 @@
 //   Push   decoded sound with its times -> device rate -> queue
 //   Pull   queue -> device: gaps become silence, late sound is left out, every beginning and end is softened
 //
-// Live sound is held back until it is 300 ms behind the transmitter's own schedule, and kept there by playing a little faster or
-// slower: transmitter and sound card never agree. When the queue runs dry, silence is played and the stream's time goes on;
-// sound that then comes too late for its place begins the holding back anew.
+// Live sound is held back until it is behind the transmitter's own schedule by what LiveHold tells, and kept there by playing a little
+// faster or slower: transmitter and sound card never agree. When the queue runs dry, silence is played and the stream's time goes
+// on; sound that then comes too late for its place lengthens the hold and begins the holding back anew.
 //
 // Any thread may call. Pull waits for short locks only and neither allocates nor frees: blocks that were played go back to be filled
 // again, and resampling has a lock of its own.
 #pragma once
 
 #include "host/ce/Clock.h"
+#include "host/filters/LiveHold.h"
 #include "host/filters/Outputs.h"
 #include "host/filters/PresentationClock.h"
 #include "host/filters/SoundDecoder.h"
 #include "host/filters/av/Resampler.h"
 
 #include <list>
+#include <memory>
 #include <mutex>
 
 namespace filters {
 
 class Playout final : public SoundSource {
 public:
-    explicit Playout(ce::Clock& clock);
+    // `hold` is shared with whatever plays the same source.
+    explicit Playout(ce::Clock& clock, std::shared_ptr<LiveHold> hold = std::make_shared<LiveHold>());
 
     // False when there is no room now; the block is then not taken.
     [[nodiscard]] bool Push(const SoundBlock& block);
@@ -64,12 +67,14 @@ private:
     [[nodiscard]] bool IsReady() const;
     [[nodiscard]] Ticks BufferedTicks() const;
     void Steer(const SoundBlock& block);
+    void HoldBackAnew();
     void Fill(std::span<std::int16_t> frames);
     [[nodiscard]] std::size_t Silence(std::span<std::int16_t> out, bool timePasses);
     [[nodiscard]] std::size_t Play(Piece& piece, std::span<std::int16_t> out);
     [[nodiscard]] Fine PositionAt(ce::Millis now) const;
 
     ce::Clock& clock_;
+    const std::shared_ptr<LiveHold> hold_;
     std::mutex resampling_; // before guard_
     Resampler resampler_{kDeviceRate};
 
@@ -79,6 +84,7 @@ private:
     std::size_t queuedSamples_ = 0;
     bool anchored_ = false; // position_ means something
     bool playing_ = false;  // not holding back
+    bool starved_ = false;  // the queue ran dry while live sound played
     bool filling_ = false;  // silence is played up to the next piece's place
     bool ended_ = false;
     bool live_ = false;

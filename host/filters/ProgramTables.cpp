@@ -1,5 +1,6 @@
 #include "host/filters/ProgramTables.h"
 
+#include "host/wire/Mpeg4Objects.h"
 #include "host/wire/SlPacket.h"
 
 #include <algorithm>

@@ -7,33 +7,43 @@ namespace filters {
 
 namespace {
 
-constexpr std::size_t kHeadBytes = 1u << 20;
-constexpr std::size_t kTailBytes = 512u << 10;
 constexpr std::size_t kProbeBytes = 256u << 10;
-constexpr std::uint64_t kBaseMask = (std::uint64_t{1} << 33) - 1;
-// More than any recording of this system lasts: such a length is a jump of the clock.
-constexpr Ticks kLongest = 13 * 3600 * kTicksPerSecond;
 
-// Looks for the tables only.
-class Nobody final : public DemuxListener {
-public:
-    void OnStreams(const VideoFormat*, const AudioFormat*) override {}
-    void OnVideo(AccessUnit) override {}
-    void OnAudio(AccessUnit) override {}
-    void OnClockLost() override {}
-};
+// Opens a file to be read; INVALID_HANDLE_VALUE when it cannot be.
+HANDLE OpenFile(const WCHAR* path, std::uint64_t& size) {
+    const HANDLE file =
+        CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return file;
+    DWORD high = 0;
+    const DWORD low = GetFileSize(file, &high);
+    size = static_cast<std::uint64_t>(high) << 32 | low;
+    return file;
+}
+
+// False when the reading failed.
+bool ReadFrom(HANDLE file, std::size_t size, Bytes& bytes) {
+    bytes.resize(size);
+    DWORD done = 0;
+    const bool read = ReadFile(file, bytes.data(), static_cast<DWORD>(size), &done, nullptr) != FALSE;
+    bytes.resize(read ? done : 0);
+    return read;
+}
+
+void Place(HANDLE file, std::uint64_t byte) {
+    auto high = static_cast<LONG>(byte >> 32);
+    (void)SetFilePointer(file, static_cast<LONG>(byte & 0xFFFFFFFF), &high, FILE_BEGIN);
+}
 
 } // namespace
 
 bool Recording::Open(const WCHAR* path) {
     Close();
-    file_ = CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    file_ = OpenFile(path, size_);
     if (!IsOpen())
         return false;
-    DWORD high = 0;
-    const DWORD low = GetFileSize(file_, &high);
-    size_ = static_cast<std::uint64_t>(high) << 32 | low;
-    Measure();
+    const std::uint64_t tail = size_ > kTailBytes ? size_ - kTailBytes : 0;
+    times_ = MeasureTimes(Part(0, kHeadBytes), Part(tail, kTailBytes), size_).value_or(RecordingTimes());
     MoveTo(0);
     return true;
 }
@@ -43,96 +53,43 @@ void Recording::Close() {
         CloseHandle(file_);
     file_ = INVALID_HANDLE_VALUE;
     size_ = 0;
-    duration_ = 0;
+    lost_ = false;
+    times_ = {};
 }
 
 Bytes Recording::Read(std::size_t size) {
-    Bytes bytes(size);
-    DWORD done = 0;
-    if (!IsOpen() || ReadFile(file_, bytes.data(), static_cast<DWORD>(size), &done, nullptr) == FALSE)
-        done = 0;
-    bytes.resize(done);
+    Bytes bytes;
+    lost_ = lost_ || (IsOpen() && !ReadFrom(file_, size, bytes));
     return bytes;
 }
 
 void Recording::MoveTo(std::uint64_t byte) {
-    auto high = static_cast<LONG>(byte >> 32);
-    (void)SetFilePointer(file_, static_cast<LONG>(byte & 0xFFFFFFFF), &high, FILE_BEGIN);
+    Place(file_, byte);
 }
 
-void Recording::Measure() {
-    steady_ = false;
-    duration_ = 0;
-    MoveTo(0);
-    Nobody nobody;
-    Demultiplexer tables(nobody);
-    PacketSync sync;
-    const Bytes head = Read(kHeadBytes);
-    const auto push = [&](ByteSpan packet) { tables.Push(packet); };
-    sync.Push(head, push);
-    if (head.size() < kHeadBytes)
-        sync.Finish(push);
-    if (tables.Streams() == nullptr)
-        return;
-    clockPid_ = tables.Streams()->clockPid;
-    const std::vector<Reference> early = ReferencesIn(0, kHeadBytes);
-    const std::uint64_t tail = size_ > kTailBytes ? size_ - kTailBytes : 0;
-    const std::vector<Reference> late = ReferencesIn(tail, kTailBytes);
-    if (early.size() < 2 || late.empty())
-        return;
-    first_ = early.front();
-    // What the file would last at the pace of its beginning: a jump of the clock shows in the difference.
-    const auto pace = static_cast<double>((early.back().base - first_.base) & kBaseMask) /
-                      static_cast<double>(early.back().byte - first_.byte);
-    const double guess = pace * static_cast<double>(size_);
-    const Ticks measured = SinceStart(late.back().base);
-    steady_ = measured > 0 && measured < kLongest && std::abs(static_cast<double>(measured) - guess) < 0.5 * guess;
-    duration_ = steady_ ? measured : static_cast<Ticks>(std::clamp(guess, 0.0, static_cast<double>(kLongest)));
-}
-
-std::vector<Recording::Reference> Recording::ReferencesIn(std::uint64_t from, std::size_t size) {
+Bytes Recording::Part(std::uint64_t from, std::size_t size) {
     MoveTo(from);
-    const Bytes bytes = Read(size);
-    std::vector<Reference> list;
-    PacketSync sync;
-    const auto push = [&](ByteSpan data) {
-        const auto packet = wire::TsPacket::Parse(data);
-        if (packet && !packet->header.transportError && packet->header.pid == clockPid_ && packet->header.pcr)
-            list.push_back({from, *packet->header.pcr / 300});
-    };
-    // In small steps, to know where each one lies.
-    constexpr std::size_t kStep = 1024;
-    const std::uint64_t begin = from;
-    for (std::size_t at = 0; at < bytes.size(); at += kStep) {
-        from = begin + at;
-        sync.Push(ByteSpan(bytes).subspan(at, std::min(kStep, bytes.size() - at)), push);
-    }
-    sync.Finish(push);
-    return list;
-}
-
-Ticks Recording::SinceStart(std::uint64_t base) const {
-    return static_cast<Ticks>((base - first_.base) & kBaseMask);
+    return Read(size);
 }
 
 Ticks Recording::Proportional(std::uint64_t byte) const {
     return size_ == 0 ? 0
-                      : static_cast<Ticks>(static_cast<double>(duration_) * static_cast<double>(byte) /
+                      : static_cast<Ticks>(static_cast<double>(times_.duration) * static_cast<double>(byte) /
                                            static_cast<double>(size_));
 }
 
 Ticks Recording::TimeOf(std::uint64_t pcr27MHz, std::uint64_t byte) const {
-    const Ticks time = SinceStart(pcr27MHz / 300);
-    return steady_ && time <= duration_ + kTicksPerSecond ? time : Proportional(byte);
+    const Ticks time = TicksBetween(times_.first.base, pcr27MHz / 300);
+    return times_.steady && time <= times_.duration + kTicksPerSecond ? time : Proportional(byte);
 }
 
 std::uint64_t Recording::ByteOf(Ticks time) {
-    if (time <= 0 || duration_ <= 0 || size_ == 0)
+    if (time <= 0 || times_.duration <= 0 || size_ == 0)
         return 0;
     std::uint64_t low = 0;
     std::uint64_t high = size_;
     Ticks lowTime = 0;
-    Ticks highTime = duration_;
+    Ticks highTime = times_.duration;
     std::uint64_t byte = 0;
     // Between two known places the file is nearly linear; a few looks find the place.
     for (int look = 0; look < 6; ++look) {
@@ -140,13 +97,13 @@ std::uint64_t Recording::ByteOf(Ticks time) {
             break;
         const double share = static_cast<double>(time - lowTime) / static_cast<double>(highTime - lowTime);
         byte = low + static_cast<std::uint64_t>(std::clamp(share, 0.0, 1.0) * static_cast<double>(high - low));
-        if (!steady_)
+        if (!times_.steady)
             break;
-        const auto references =
-            ReferencesIn(std::min(byte, size_ > kProbeBytes ? size_ - kProbeBytes : 0), kProbeBytes);
+        const std::uint64_t probe = std::min(byte, size_ > kProbeBytes ? size_ - kProbeBytes : 0);
+        const auto references = ClockReferencesIn(Part(probe, kProbeBytes), probe, times_.clockPid);
         if (references.empty())
             break;
-        const Ticks there = SinceStart(references.front().base);
+        const Ticks there = TicksBetween(times_.first.base, references.front().base);
         if (std::abs(there - time) < kTicksPerSecond / 4)
             break;
         if (there < time) {
@@ -158,6 +115,23 @@ std::uint64_t Recording::ByteOf(Ticks time) {
         }
     }
     return byte;
+}
+
+std::optional<unsigned> PlayingSeconds(const WCHAR* path) {
+    std::uint64_t size = 0;
+    const HANDLE file = OpenFile(path, size);
+    if (file == INVALID_HANDLE_VALUE)
+        return std::nullopt;
+    const auto time = PlayingTime(size, [file](std::uint64_t from, std::size_t part) {
+        Bytes bytes;
+        Place(file, from);
+        (void)ReadFrom(file, part, bytes);
+        return bytes;
+    });
+    CloseHandle(file);
+    if (!time)
+        return std::nullopt;
+    return static_cast<unsigned>((*time + kTicksPerSecond / 2) / kTicksPerSecond);
 }
 
 } // namespace filters

@@ -1,7 +1,7 @@
 // A recorded file: where its packets lie, how long it lasts, and which byte belongs to which time.
 #pragma once
 
-#include "host/filters/Demultiplexer.h"
+#include "host/filters/RecordingTimes.h"
 #include "platform/wince.h"
 
 #include <optional>
@@ -22,11 +22,13 @@ public:
 
     // The next bytes; fewer than asked at the end, none behind it or when the card is gone.
     [[nodiscard]] Bytes Read(std::size_t size);
+    // A reading has failed since the file was opened.
+    [[nodiscard]] bool IsLost() const { return lost_; }
     // Reading goes on here.
     void MoveTo(std::uint64_t byte);
 
     // 0 when the file tells no time.
-    [[nodiscard]] Ticks Duration() const { return duration_; }
+    [[nodiscard]] Ticks Duration() const { return times_.duration; }
     [[nodiscard]] std::uint64_t Size() const { return size_; }
     // Where, shortly before a moment, reading has to begin.
     [[nodiscard]] std::uint64_t ByteOf(Ticks time);
@@ -34,21 +36,16 @@ public:
     [[nodiscard]] Ticks TimeOf(std::uint64_t pcr27MHz, std::uint64_t byte) const;
 
 private:
-    struct Reference {
-        std::uint64_t byte = 0;
-        std::uint64_t base = 0; // 90 kHz, 33 bits
-    };
-    void Measure();
-    [[nodiscard]] std::vector<Reference> ReferencesIn(std::uint64_t from, std::size_t size);
-    [[nodiscard]] Ticks SinceStart(std::uint64_t base) const;
+    [[nodiscard]] Bytes Part(std::uint64_t from, std::size_t size);
     [[nodiscard]] Ticks Proportional(std::uint64_t byte) const;
 
     HANDLE file_ = INVALID_HANDLE_VALUE;
     std::uint64_t size_ = 0;
-    std::uint16_t clockPid_ = 0x1FFF;
-    Reference first_;
-    Ticks duration_ = 0;
-    bool steady_ = false; // one clock from the first byte to the last
+    bool lost_ = false;
+    RecordingTimes times_;
 };
+
+// How long a file plays, in whole seconds; nothing when that cannot be known. Reads its beginning and its end.
+[[nodiscard]] std::optional<unsigned> PlayingSeconds(const WCHAR* path);
 
 } // namespace filters

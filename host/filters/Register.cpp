@@ -21,8 +21,9 @@ void Register(dshow::ClassTable& table, ce::Clock& clock, const Outputs& outputs
     });
     table.Add(CLSID_DMBVideoDecoder,
               [](REFIID iid, void** object) { return dshow::CreateObject<VideoDecoderFilter>(iid, object); });
-    table.Add(CLSID_AudioRender, [&clock, outputs](REFIID iid, void** object) {
-        return dshow::CreateObject<AudioRenderer>(iid, object, clock, outputs);
+    // A registration plays one source.
+    table.Add(CLSID_AudioRender, [&clock, outputs, hold = std::make_shared<LiveHold>()](REFIID iid, void** object) {
+        return dshow::CreateObject<AudioRenderer>(iid, object, clock, outputs, hold);
     });
     table.Add(CLSID_DMBVideoRenderer, [&clock, outputs](REFIID iid, void** object) {
         return dshow::CreateObject<VideoRenderer>(iid, object, clock, outputs);

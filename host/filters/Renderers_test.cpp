@@ -114,6 +114,47 @@ TEST(AudioRenderer, KeepsTimeWhenThereIsNoDevice) {
     Part(*source->pin, *in.Get());
 }
 
+// Edge case: a sound card that comes later
+TEST(AudioRenderer, LooksForADeviceEveryTwoSecondsUntilThereIsOne) {
+    struct LateCard final : SoundDevice {
+        bool Start(SoundSource& source) override {
+            ++starts;
+            if (starts < 3)
+                return false;
+            std::vector<std::int16_t> frames(960);
+            source.Pull(frames);
+            return true;
+        }
+        void Stop() override { ++stops; }
+        [[nodiscard]] int LatencyMs() const override { return 20; }
+        std::atomic<int> starts{0};
+        std::atomic<int> stops{0};
+    } card;
+    World<ce::ManualClock> world;
+    const auto source = Make<ScriptedSource<SoundBlock>>(kPcm);
+    const auto filter = Make<AudioRenderer>(world.clock, Outputs{&card, &world.tap, nullptr, nullptr});
+    const auto in = PinOf(*filter.Get(), kAudioRendererPin);
+    Join(*source->pin, *in.Get());
+    (void)filter->Pause();
+    (void)filter->Run(0);
+    world.clock.Sleep(1990);
+    EXPECT_EQ(card.starts, 1);
+    const std::size_t heard = world.tap.Samples().size();
+    EXPECT_NEAR(static_cast<double>(heard), 1990 * 96, 2000) << "time goes on without it";
+    world.clock.Sleep(1990);
+    EXPECT_EQ(card.starts, 2);
+    world.clock.Sleep(100);
+    EXPECT_EQ(card.starts, 3);
+    EXPECT_EQ(card.stops, 0);
+    world.clock.Sleep(300);
+    EXPECT_NEAR(static_cast<double>(world.tap.Samples().size()), 4020 * 96, 4000) << "now it has to pull, and does not";
+    world.clock.Sleep(300);
+    EXPECT_EQ(card.stops, 1) << "so it is gone again";
+    (void)filter->Stop();
+    EXPECT_EQ(card.stops, 1);
+    Part(*source->pin, *in.Get());
+}
+
 // A card that stops pulling: time goes on without it.
 TEST(AudioRenderer, GoesOnWhenTheDeviceVanishes) {
     struct DeadDevice final : SoundDevice {

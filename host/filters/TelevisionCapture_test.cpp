@@ -89,6 +89,31 @@ TEST_F(Television, ARemovedCardEndsTheCapture) {
     world.system.files().SetFaults({});
 }
 
+TEST_F(Television, ACardRemovedWhileAFilePlaysIsToldOnceAndWhatWasReadIsPlayed) {
+    Store("c.dmb", MakeService({.seconds = 30}).packets);
+    OpenFile(u"\\SDMMC Card\\c.dmb");
+    (void)session->control->Run();
+    Pass(1000);
+    EXPECT_EQ(world.status.FilesLost(), 0);
+    ce::FileFaults faults;
+    faults.cardAbsent = true;
+    world.system.files().SetFaults(faults);
+    Pass(15000);
+    EXPECT_EQ(session->TakeEvents()[EC_COMPLETE], 1) << "long before the file's end";
+    EXPECT_GT(world.screen.Shown().size(), 20u);
+    EXPECT_EQ(world.status.FilesLost(), 1);
+    world.system.files().SetFaults({});
+}
+
+TEST_F(Television, TheEndOfAFileIsNoLoss) {
+    Store("c.dmb", MakeService({.seconds = 2}).packets);
+    OpenFile(u"\\SDMMC Card\\c.dmb");
+    (void)session->control->Run();
+    Pass(6000);
+    EXPECT_EQ(session->TakeEvents()[EC_COMPLETE], 1);
+    EXPECT_EQ(world.status.FilesLost(), 0);
+}
+
 TEST_F(Television, ACaptureOntoACardThatIsOutFailsAndTheProgrammeGoesOn) {
     OpenLive();
     Publish();

@@ -21,6 +21,7 @@ void UnitAssembler::Push(const wire::TsPacket& packet, bool gap, const Sink& sin
         EndPes(sink);
         inPes_ = true;
         pesRandomAccess_ = packet.header.randomAccess;
+        pesOlderClock_ = false;
     }
     if (!inPes_)
         return;
@@ -50,6 +51,12 @@ void UnitAssembler::Drop() {
     unit_.reset();
     lastSequence_.reset();
     lossBefore_ = true;
+}
+
+void UnitAssembler::MarkClockJump() {
+    pesOlderClock_ = inPes_;
+    if (unit_)
+        unit_->olderClock = true;
 }
 
 void UnitAssembler::LoseUnit() {
@@ -86,6 +93,7 @@ void UnitAssembler::TakePes(const wire::PesHeader& header, ByteSpan payload, con
     unit_.emplace();
     unit_->bytes.assign(payload.begin(), payload.end());
     unit_->pts = header.pts;
+    unit_->olderClock = pesOlderClock_;
     unit_->randomAccess = pesRandomAccess_;
     EndUnit(sink);
 }
@@ -115,6 +123,7 @@ void UnitAssembler::TakeSlPacket(const wire::PesHeader& pes, ByteSpan payload, c
         unitSize_ = header->accessUnitLength;
         unit_->stamp = header->compositionTime ? header->compositionTime : header->decodingTime;
         unit_->pts = pes.pts;
+        unit_->olderClock = pesOlderClock_;
         unit_->randomAccess = header->randomAccess || pesRandomAccess_;
     }
     if (!unit_)

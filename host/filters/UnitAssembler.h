@@ -18,6 +18,7 @@ struct CodedUnit {
     std::optional<std::uint64_t> pts;   // of the PES packet, 90 kHz, 33 bits
     bool randomAccess = false;          // the stream says so
     bool lossBefore = false;            // something is missing between the unit before and this one
+    bool olderClock = false;            // its stamps are of the clock before the last jump
 };
 
 class UnitAssembler {
@@ -34,6 +35,8 @@ public:
     void Finish(const Sink& sink);
     // What was under way is lost.
     void Drop();
+    // The clock jumped; what is under way has stamps of the clock before.
+    void MarkClockJump();
 
     [[nodiscard]] std::uint64_t LostUnits() const { return lost_; }
 
@@ -49,6 +52,7 @@ private:
     std::size_t pesSize_ = 0; // wanted, header included; 0: until the next one begins
     bool inPes_ = false;
     bool pesRandomAccess_ = false;
+    bool pesOlderClock_ = false;
 
     std::optional<CodedUnit> unit_; // under way
     std::size_t unitSize_ = 0;      // wanted, 0 unknown

@@ -61,14 +61,15 @@ std::string DemoRecipe() {
     return std::string(kSourceHash) + " libavcodec " + std::to_string(avcodec_version());
 }
 
-std::filesystem::path EnsureDemo(const std::filesystem::path& cacheDirectory, const Progress& progress) {
+std::filesystem::path EnsureDemo(const std::filesystem::path& cacheDirectory, const Progress& progress,
+                                 const std::stop_token& stop) {
     const std::filesystem::path directory = cacheDirectory / "demo";
-    EnsureBroadcast(DemoDescription(), DemoRecipe(), directory, progress);
+    EnsureBroadcast(DemoDescription(), DemoRecipe(), directory, progress, stop);
     return directory;
 }
 
 void EnsureBroadcast(std::string_view json, const std::string& recipe, const std::filesystem::path& directory,
-                     const Progress& progress) {
+                     const Progress& progress, const std::stop_token& stop) {
     const Description description = ParseDescription(json, "built-in demo", {});
     std::set<std::string> names;
     for (const EnsembleDescription& ensemble : description.ensembles)
@@ -77,7 +78,7 @@ void EnsureBroadcast(std::string_view json, const std::string& recipe, const std
         return;
 
     const std::set<std::string> before = NamesIn(ReadStamp(directory));
-    const Broadcast broadcast = MakeBroadcast(description, progress);
+    const Broadcast broadcast = MakeBroadcast(description, progress, stop);
     std::error_code error;
     // The stamp goes first and comes last: whatever happens between, the files do not count as whole.
     std::filesystem::remove(directory / kStampName, error);

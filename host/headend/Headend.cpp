@@ -53,7 +53,8 @@ std::vector<Job> MakeJobs(const EnsembleDescription& ensemble, std::size_t index
     return jobs;
 }
 
-void RunJobs(const Description& description, std::vector<Job>& jobs, const Progress& progress) {
+void RunJobs(const Description& description, std::vector<Job>& jobs, const Progress& progress,
+             const std::stop_token& stop) {
     const auto serviceOf = [&](const Job& job) -> const ServiceDescription& {
         return description.ensembles[job.ensemble].services[job.service];
     };
@@ -72,7 +73,9 @@ void RunJobs(const Description& description, std::vector<Job>& jobs, const Progr
             Job& job = *order[i];
             const ServiceDescription& service = serviceOf(job);
             try {
-                job.programme = MakeProgramme(description, service, job.stretch);
+                if (stop.stop_requested())
+                    throw Interrupted();
+                job.programme = MakeProgramme(description, service, job.stretch, stop);
             } catch (...) {
                 const std::lock_guard lock(mutex);
                 failure = std::current_exception();
@@ -138,7 +141,7 @@ wire::ByteVector Assemble(const Description& description, std::size_t index,
 
 } // namespace
 
-Broadcast MakeBroadcast(const Description& description, const Progress& progress) {
+Broadcast MakeBroadcast(const Description& description, const Progress& progress, const std::stop_token& stop) {
     const int frameCount = FrameAt(description.seconds);
     std::vector<std::vector<Configuration>> configurations;
     std::vector<Job> jobs;
@@ -147,7 +150,9 @@ Broadcast MakeBroadcast(const Description& description, const Progress& progress
         const std::vector<Job> more = MakeJobs(description.ensembles[i], i, configurations[i], frameCount);
         jobs.insert(jobs.end(), more.begin(), more.end());
     }
-    RunJobs(description, jobs, progress);
+    if (progress)
+        progress(0, "");
+    RunJobs(description, jobs, progress, stop);
 
     Broadcast broadcast;
     for (std::size_t i = 0; i < description.ensembles.size(); ++i)

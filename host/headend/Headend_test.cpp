@@ -172,13 +172,31 @@ TEST(Headend, DataAndDabPlusServicesAreThereToo) {
     EXPECT_TRUE(wire::Crc16Matches(packet)) << "a padding packet";
 }
 
+// Edge case: leaving while the demo is made
+TEST(Demo, AStopEndsTheMakingAndLeavesWhatWasThere) {
+    const std::filesystem::path directory =
+        std::filesystem::path(testing_support::BinaryDir()) / "headend_test" / "stopped";
+    std::filesystem::remove_all(directory);
+    headend::EnsureBroadcast(Document("", kRadio + "}", 0.5), "recipe one", directory);
+    const auto size = std::filesystem::file_size(directory / "8A.eti");
+    std::stop_source source;
+    const auto stop = [&source](double, const std::string&) { source.request_stop(); };
+    EXPECT_THROW(
+        headend::EnsureBroadcast(Document("", kTelevision, 3), "recipe two", directory, stop, source.get_token()),
+        headend::Interrupted);
+    EXPECT_EQ(std::filesystem::file_size(directory / "8A.eti"), size);
+    std::filesystem::remove_all(directory);
+}
+
 TEST(Demo, IsKeptUntilSomethingChanges) {
     const std::filesystem::path directory =
         std::filesystem::path(testing_support::BinaryDir()) / "headend_test" / "demo";
     std::filesystem::remove_all(directory);
     const std::string json = Document("", kRadio + "}", 0.5);
     int made = 0;
-    const auto count = [&](double, const std::string&) { ++made; };
+    const auto count = [&](double share, const std::string&) {
+        made += share == 0 ? 1 : 0;
+    }; // told once at the beginning
     headend::EnsureBroadcast(json, "recipe one", directory, count);
     EXPECT_EQ(made, 1);
     ASSERT_TRUE(std::filesystem::exists(directory / "8A.eti"));

@@ -97,7 +97,7 @@ TEST(IndependentPlayer, ShowsThePicture) {
         testing_support::ReportNotRun("the programs ffprobe and ffmpeg");
         return;
     }
-    EXPECT_EQ(answer.text, "320x240 Constrained Baseline pictures 40\n");
+    EXPECT_EQ(answer.text, "320x240 Constrained Baseline pictures 45\n");
 }
 
 } // namespace

@@ -35,10 +35,11 @@ Programme MakeData(const ServiceDescription& service, const Stretch& stretch) {
     return programme;
 }
 
-Programme MakeProgramme(const Description& description, const ServiceDescription& service, const Stretch& stretch) {
+Programme MakeProgramme(const Description& description, const ServiceDescription& service, const Stretch& stretch,
+                        const std::stop_token& stop) {
     switch (service.kind) {
     case ServiceKind::kTelevision:
-        return MakeTelevision(description, service, stretch);
+        return MakeTelevision(description, service, stretch, stop);
     case ServiceKind::kRadio:
         return MakeRadio(description, service, stretch);
     case ServiceKind::kDabPlus:

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "host/headend/Backdrop.h"
 #include "host/headend/Canvas.h"
 
 namespace headend {
@@ -31,13 +32,6 @@ public:
 
     // The picture at that many seconds, the same every time. The canvas has the settings' size.
     void Draw(Canvas& canvas, double seconds);
-
-    // The moving part, without name, clock and ticker.
-    class Backdrop {
-    public:
-        virtual ~Backdrop() = default;
-        virtual void Draw(Canvas& canvas, double seconds) = 0;
-    };
 
 private:
     SceneSettings settings;

@@ -3,6 +3,7 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "host/headend/Headend.h"
 #include "host/headend/Melody.h"
 #include "host/headend/Multiplex.h"
 #include "host/headend/OuterCoder.h"
@@ -17,9 +18,10 @@ namespace headend {
 
 namespace {
 
-// The last access units have to be through before the stretch ends.
+// The last access units have to be through before the stretch ends, unless it runs into its own beginning.
 constexpr double kVideoTail = 0.3;
 constexpr double kSoundTail = 0.1;
+constexpr double kRounding = 1e-6; // 72 frames of 24 ms are a little less than their sum
 
 std::int64_t Ticks(double seconds) {
     return static_cast<std::int64_t>(seconds * 90000 + 0.5);
@@ -36,7 +38,7 @@ int VideoKbps(const ServiceDescription& service, int kbps) {
 }
 
 std::vector<AccessUnit> MakePictures(const Description& description, const ServiceDescription& service, double from,
-                                     double seconds, int kbps) {
+                                     double seconds, int kbps, const std::stop_token& stop) {
     const VideoDescription& video = service.video;
     Scene scene({.kind = video.scene,
                  .width = video.width,
@@ -50,8 +52,10 @@ std::vector<AccessUnit> MakePictures(const Description& description, const Servi
                           .height = video.height,
                           .framesPerSecond = video.framesPerSecond,
                           .bitRate = static_cast<std::uint32_t>(kbps) * 1000});
-    const int count = static_cast<int>((seconds - kVideoTail) * video.framesPerSecond);
+    const int count = static_cast<int>(seconds * video.framesPerSecond + kRounding);
     for (int i = 0; i < count; ++i) {
+        if (stop.stop_requested())
+            throw Interrupted();
         scene.Draw(canvas, from + static_cast<double>(i) / video.framesPerSecond);
         encoder.Push(canvas.Pixels(), canvas.Stride());
     }
@@ -63,11 +67,12 @@ struct SoundTrack {
     std::vector<SoundStretch> stretches;
 };
 
-SoundTrack MakeSound(const ServiceDescription& service, double from, double seconds) {
+// `wholeUnits`: the last one ends before the stretch does.
+SoundTrack MakeSound(const ServiceDescription& service, double from, double seconds, bool wholeUnits) {
     SoundTrack track;
     std::vector<SoundChange> changes = {{0, service.sound}};
     changes.insert(changes.end(), service.soundChanges.begin(), service.soundChanges.end());
-    const double end = from + seconds - kSoundTail;
+    const double end = from + seconds;
     for (std::size_t i = 0; i < changes.size(); ++i) {
         const double first = std::max(from, changes[i].at);
         const double last = std::min(end, i + 1 < changes.size() ? changes[i + 1].at : end);
@@ -81,10 +86,14 @@ SoundTrack MakeSound(const ServiceDescription& service, double from, double seco
                                                           .beepEvery = sound.beepEvery},
                                                          first, last - first));
         const std::int64_t start = Ticks(first - from);
+        std::size_t count = coded.units.size();
+        if (wholeUnits && last == end)
+            count = std::min(
+                count, static_cast<std::size_t>((last - first) * sound.sampleRate / kSoundUnitSamples + kRounding));
         track.stretches.push_back({.from = start,
                                    .audioSpecificConfig = coded.audioSpecificConfig,
                                    .bitRate = static_cast<std::uint32_t>(sound.kbps) * 1000});
-        for (std::size_t k = 0; k < coded.units.size(); ++k)
+        for (std::size_t k = 0; k < count; ++k)
             track.units.push_back({start + static_cast<std::int64_t>(k) * kSoundUnitSamples * 90000 / sound.sampleRate,
                                    coded.units[k], true});
     }
@@ -112,7 +121,7 @@ std::size_t PacketCount(const Stretch& stretch) {
 } // namespace
 
 TsMuxResult MakeTransportStream(const Description& description, const ServiceDescription& service,
-                                const Stretch& stretch) {
+                                const Stretch& stretch, const std::stop_token& stop) {
     const std::size_t packets = PacketCount(stretch);
     if (!service.transportStream.empty())
         return ReadTransportStream(service.transportStream, packets);
@@ -120,8 +129,11 @@ TsMuxResult MakeTransportStream(const Description& description, const ServiceDes
     const double from = stretch.fromFrame * kFrameSeconds;
     const double seconds = stretch.frames * kFrameSeconds;
     const int videoKbps = VideoKbps(service, stretch.kbps);
-    const std::vector<AccessUnit> pictures = MakePictures(description, service, from, seconds, videoKbps);
-    const SoundTrack sound = MakeSound(service, from, seconds);
+    const bool cyclic = description.loop && service.soundChanges.empty() && stretch.fromFrame == 0 &&
+                        stretch.frames == FrameAt(description.seconds);
+    const std::vector<AccessUnit> pictures =
+        MakePictures(description, service, from, seconds - (cyclic ? 0 : kVideoTail), videoKbps, stop);
+    const SoundTrack sound = MakeSound(service, from, seconds - (cyclic ? 0 : kSoundTail), cyclic);
     const TsMuxSettings settings{.subChannelKbps = stretch.kbps,
                                  .parameterSetsInBand = service.video.parameterSetsInBand,
                                  .videoBitRate = static_cast<std::uint32_t>(videoKbps) * 1000,
@@ -130,12 +142,14 @@ TsMuxResult MakeTransportStream(const Description& description, const ServiceDes
                                  .scrambledFrom = Ticks(service.scrambled.from - from),
                                  .scrambledTo = Ticks(service.scrambled.to - from),
                                  .width = service.video.width,
-                                 .height = service.video.height};
+                                 .height = service.video.height,
+                                 .cyclic = cyclic};
     return MuxTelevision(settings, pictures, sound.units, sound.stretches, packets);
 }
 
-Programme MakeTelevision(const Description& description, const ServiceDescription& service, const Stretch& stretch) {
-    const TsMuxResult stream = MakeTransportStream(description, service, stretch);
+Programme MakeTelevision(const Description& description, const ServiceDescription& service, const Stretch& stretch,
+                         const std::stop_token& stop) {
+    const TsMuxResult stream = MakeTransportStream(description, service, stretch, stop);
     Programme programme;
     programme.bytes =
         OuterCode(stream.packets, description.loop ? InterleaverStart::kCyclic : InterleaverStart::kZeros);

@@ -3,13 +3,14 @@
 #include <algorithm>
 #include <array>
 #include <deque>
+#include <limits>
 #include <optional>
 #include <utility>
 
 #include "host/headend/AvcStream.h"
 #include "host/headend/OuterCoder.h"
 #include "host/wire/BitWriter.h"
-#include "host/wire/Mpeg4Descriptors.h"
+#include "host/wire/Mpeg4Objects.h"
 #include "host/wire/Pes.h"
 #include "host/wire/PsiSection.h"
 #include "host/wire/SlPacket.h"
@@ -84,7 +85,18 @@ struct Lane {
     std::uint8_t continuity = 0;
     bool started = false;
     std::int64_t nextStamp = 0;
-    std::uint32_t noise = 1; // state of the stand-in for a cipher
+    std::vector<AccessUnit> both{}; // of two turns
+    std::uint32_t noise = 1;        // state of the stand-in for a cipher
+
+    // The units of a turn before this one come first.
+    void BeginTurnBefore(std::int64_t turn) {
+        both = *units;
+        for (AccessUnit& unit : both)
+            unit.time -= turn;
+        both.insert(both.end(), units->begin(), units->end());
+        units = &both;
+        nextStamp = -turn;
+    }
 
     [[nodiscard]] bool InPacket() const { return sent < pes.size(); }
     // The presentation time that presses; nothing when there is nothing to send yet.
@@ -110,19 +122,50 @@ public:
 
     TsMuxResult Run(std::size_t packetCount) {
         result.packets.resize(packetCount * wire::kTsPacketSize);
+        const std::size_t carried = settings.cyclic ? SendTurnBefore(packetCount) : 0;
         for (std::size_t slot = 0; slot < packetCount; ++slot) {
             // 27 MHz; the transport stream's bytes arrive at 188/204 of the sub-channel's rate.
-            clock27 = static_cast<std::int64_t>(slot) * static_cast<std::int64_t>(kCodewordSize) * 8 * 27000 /
-                      settings.subChannelKbps;
+            clock27 = TimeOf(slot);
             now = clock27 / 300;
             out = result.packets.data() + slot * wire::kTsPacketSize;
             Fill();
         }
-        result.unsentUnits = static_cast<int>(video.units->size() - video.next + sound.units->size() - sound.next);
+        result.unsentUnits = static_cast<int>(Unsent()) - static_cast<int>(carried);
         return std::move(result);
     }
 
 private:
+    [[nodiscard]] std::int64_t TimeOf(std::size_t slot) const {
+        return static_cast<std::int64_t>(slot) * static_cast<std::int64_t>(kCodewordSize) * 8 * 27000 /
+               settings.subChannelKbps;
+    }
+    [[nodiscard]] std::size_t Unsent() const {
+        return video.units->size() - video.next + sound.units->size() - sound.next;
+    }
+
+    // A whole turn whose packets nobody gets: what is under way at its end is under way at the beginning. Returns how many units are
+    // carried over.
+    std::size_t SendTurnBefore(std::size_t packetCount) {
+        wire::ByteVector nobody(wire::kTsPacketSize);
+        out = nobody.data();
+        const std::int64_t turn = TimeOf(packetCount);
+        const std::size_t units = Unsent();
+        for (Lane* lane : {&video, &sound})
+            lane->BeginTurnBefore(turn / 300);
+        for (std::size_t slot = 0; slot < packetCount; ++slot) {
+            clock27 = TimeOf(slot) - turn;
+            now = clock27 / 300 - (clock27 % 300 != 0 ? 1 : 0);
+            Fill();
+        }
+        // From here on it is another clock, and each stream says that its counter does not go on.
+        nextTables = nextPcr = nextOcr = 0;
+        tables.clear();
+        tableStarted = {};
+        video.started = sound.started = false;
+        result.lateUnits = 0;
+        return Unsent() - units;
+    }
+
     // What goes into this slot, the most pressing first.
     void Fill() {
         if (now >= nextTables && tables.empty())
@@ -161,7 +204,7 @@ private:
         // A packet without payload repeats the counter of the one before it.
         const wire::TsHeader header{.pid = kAudioPid,
                                     .continuity = static_cast<std::uint8_t>((sound.continuity + 15) & 15),
-                                    .discontinuity = !std::exchange(sound.started, true),
+                                    .discontinuity = !sound.started, // and so has the first packet with sound
                                     .pcr = Pcr()};
         wire::WriteTsPacket(Slot(), header, {});
     }
@@ -323,9 +366,10 @@ private:
     std::uint8_t* out = nullptr;
     std::int64_t clock27 = 0;
     std::int64_t now = 0;
-    std::int64_t nextTables = 0;
-    std::int64_t nextPcr = 0;
-    std::int64_t nextOcr = 0;
+    // Also before the first turn all of them are overdue.
+    std::int64_t nextTables = std::numeric_limits<std::int64_t>::min();
+    std::int64_t nextPcr = nextTables;
+    std::int64_t nextOcr = nextTables;
     std::deque<TablePiece> tables;
     std::array<std::uint8_t, 4> tableContinuity{};
     std::array<bool, 4> tableStarted{};

@@ -36,6 +36,9 @@ struct TsMuxSettings {
     std::int64_t scrambledTo = 0;
     int width = 320;
     int height = 240;
+    // The stream is played over and over: it begins with what its end had no time to send, so that it may have units up to its last
+    // moment.
+    bool cyclic = false;
 };
 
 // From a packet's arrival to the presentation of what it carries; the receiver's buffer in ticks of 90 kHz.
@@ -47,8 +50,8 @@ inline constexpr std::uint16_t kScenePid = 0x112;
 inline constexpr std::uint16_t kVideoPid = 0x113;
 inline constexpr std::uint16_t kAudioPid = 0x114; // carries the PCR
 
-// Exactly `packetCount` packets. Access units that do not find room before the end are left out; units that
-// would come too late to be shown are counted.
+// Exactly `packetCount` packets. Access units that do not find room before the end are left out, or, of a cyclic stream, stand at its
+// beginning; units that would come too late to be shown are counted.
 struct TsMuxResult {
     wire::ByteVector packets;
     int lateUnits = 0;

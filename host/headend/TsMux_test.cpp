@@ -1,12 +1,13 @@
 #include "host/headend/TsMux.h"
 
+#include <algorithm>
 #include <map>
 
 #include <gtest/gtest.h>
 
 #include "host/headend/AvcStream.h"
 #include "host/headend/OuterCoder.h"
-#include "host/wire/Mpeg4Descriptors.h"
+#include "host/wire/Mpeg4Objects.h"
 #include "host/wire/Pes.h"
 #include "host/wire/PsiSection.h"
 #include "host/wire/SlPacket.h"
@@ -264,6 +265,28 @@ TEST(TsMux, AFormatChangeBringsNewDescriptorsWithANewVersion) {
     EXPECT_EQ(taken.objectVersions.front(), 0);
     EXPECT_EQ(taken.objectVersions.back(), 1);
     EXPECT_EQ(taken.objects.back().objects.at(1).streams.at(0).decoder.specificInfo, (ByteVector{0xB3, 0x09}));
+}
+
+// Edge case: a file that starts over
+TEST(TsMux, ACyclicStreamBeginsWithWhatItsEndHadNoTimeFor) {
+    Material material = MakeMaterial(4);
+    material.video.back().bytes.resize(8000, 1); // more than the time that is left for it can carry
+    const auto result = headend::MuxTelevision({.subChannelKbps = kKbps, .cyclic = true}, material.video,
+                                               material.sound, material.stretches, PacketsOf(4));
+    EXPECT_EQ(result.packets.size(), PacketsOf(4) * 188);
+    EXPECT_EQ(result.lateUnits, 0);
+    EXPECT_EQ(result.unsentUnits, 0);
+    ByteVector twice = result.packets;
+    wire::AppendBytes(twice, result.packets);
+    const Taken taken = TakeApart(twice);
+    const auto& units = taken.units.at(headend::kVideoPid);
+    const std::size_t count = material.video.size();
+    ASSERT_GE(units.size(), 2 * count - 2);
+    // From the first whole unit on they follow each other over the seam.
+    const auto first = std::find(units.begin(), units.end(), material.video[0].bytes);
+    ASSERT_LE(first - units.begin(), 2);
+    for (std::size_t i = 0; i < count + 10; ++i)
+        ASSERT_EQ(*(first + static_cast<std::ptrdiff_t>(i)), material.video[i % count].bytes) << i;
 }
 
 TEST(TsMux, TooMuchForTheRateIsCounted) {

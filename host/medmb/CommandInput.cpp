@@ -2,6 +2,7 @@
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -11,6 +12,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <thread>
 
 #include "host/medmb/Inputs.h"
 
@@ -20,8 +22,19 @@ namespace medmb {
 
 namespace {
 
-constexpr int kAskAgainMicroseconds = 5000;
-constexpr int kAskTimes = 12;
+// How long a program may take to end by itself, and then to be gone after it was ended.
+constexpr int kAskedMs = 60;
+constexpr int kEndedMs = 40;
+// A program that complains without end shall not keep us from its data.
+constexpr int kErrorPortions = 16;
+
+// Collects the child; false when it has not ended within the time.
+bool Collect(pid_t pid, const Descriptor& handle, int milliseconds) {
+    pollfd ended{handle.Get(), POLLIN, 0};
+    while (poll(&ended, 1, milliseconds) < 0 && errno == EINTR) {
+    }
+    return waitpid(pid, nullptr, WNOHANG) == pid;
+}
 
 bool MakePipe(Descriptor& readEnd, Descriptor& writeEnd) {
     int ends[2];
@@ -83,17 +96,15 @@ void ChildProcess::Stop() {
     errors.Close();
     if (pid <= 0)
         return;
+    // Without a handle (an old system) the waits last their whole time.
+    const Descriptor handle(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
     kill(-pid, SIGTERM);
-    bool gone = false;
-    for (int i = 0; i < kAskTimes && !gone; ++i) {
-        gone = waitpid(pid, nullptr, WNOHANG) == pid;
-        if (!gone)
-            usleep(kAskAgainMicroseconds);
-    }
+    kill(-pid, SIGCONT); // one that was stopped could not even end
+    const bool gone = Collect(pid, handle, kAskedMs);
     // Whatever of the group is left, also when its leader is gone already.
     kill(-pid, SIGKILL);
-    if (!gone)
-        waitpid(pid, nullptr, 0);
+    if (!gone && !Collect(pid, handle, kEndedMs))
+        std::thread([child = pid] { waitpid(child, nullptr, 0); }).detach();
     pid = -1;
 }
 
@@ -167,7 +178,7 @@ ReadStatus CommandInput::Read(std::span<std::uint8_t> room, std::size_t& count, 
 void CommandInput::ReadErrors() {
     std::array<char, 4096> text;
     constexpr std::size_t kLongestLine = 1000;
-    for (;;) {
+    for (int portion = 0; portion < kErrorPortions; ++portion) {
         const ssize_t got = read(child.Errors(), text.data(), text.size());
         if (got <= 0)
             return;

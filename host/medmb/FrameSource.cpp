@@ -40,8 +40,9 @@ ReadStatus ByteFrameSource::Next(Millis limit) {
         } else if (status != ReadStatus::Data) {
             return status;
         } else if (input->TakeRestart()) {
-            // A file without a single frame would go round for ever.
-            ended = file && !anyInTurn;
+            // A file without a single frame would go round for ever. One that had frames may get them back.
+            any = any || anyInTurn;
+            ended = file && !any;
             anyInTurn = false;
             if (!ended)
                 held.assign(chunk.begin(), chunk.begin() + static_cast<std::ptrdiff_t>(count));

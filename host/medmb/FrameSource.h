@@ -14,7 +14,7 @@ namespace medmb {
 
 enum class ReadStatus : std::uint8_t {
     Data,
-    Waiting, // nothing within the limit; later perhaps
+    Waiting, // nothing within the limit, later perhaps; files tell it at once
     End,     // nothing will come any more
     Failed,  // cannot be read; Reason tells why
     Cancelled,
@@ -72,6 +72,7 @@ private:
     bool restarted = false;
     bool restartPending = false;
     bool anyInTurn = false; // a frame since the file began
+    bool any = false;       // a frame in an earlier turn
     bool ended = false;
     wire::ByteVector chunk;
     wire::ByteVector held; // read after a restart, while frames from before it are still being handed out

@@ -29,18 +29,27 @@ private:
     int value = -1;
 };
 
-// A regular file from its beginning; starts over at the end when asked.
+// Invalid, with a reason, for what is no regular file; never waits for anybody.
+[[nodiscard]] Descriptor OpenRegularFile(const std::string& path, std::string& reason);
+
+// A regular file from its beginning; starts over at the end when asked. A looping file that had something in it and is empty now is
+// waited for: under its path, if there is one, because what replaces it may be another file.
 class FileInput final : public ByteInput {
 public:
-    FileInput(Descriptor file, bool loopAtEnd) : descriptor(std::move(file)), loop(loopAtEnd) {}
+    FileInput(Descriptor file, bool loopAtEnd, std::string pathOfFile = {})
+        : descriptor(std::move(file)), loop(loopAtEnd), path(std::move(pathOfFile)) {}
     [[nodiscard]] ReadStatus Read(std::span<std::uint8_t> room, std::size_t& count, Millis limit) override;
     [[nodiscard]] bool TakeRestart() override { return std::exchange(restarted, false); }
     [[nodiscard]] std::string Reason() const override { return reason; }
 
 private:
+    void LookAgain();
+
     Descriptor descriptor;
     bool loop;
+    std::string path;
     std::int64_t offset = 0;
+    bool anyData = false;
     bool restarted = false;
     std::string reason;
 };
@@ -82,7 +91,7 @@ public:
     // With `reconnect` a lost connection is made again, with back-off.
     TcpInput(std::string hostName, std::string portName, bool makeAgain, Cancellation& cancel)
         : host(std::move(hostName)), port(std::move(portName)), reconnect(makeAgain), cancellation(cancel) {}
-    // False at once when nobody answers (or after a second of silence).
+    // False at once when nobody answers, after a second of silence, or when cancelled.
     [[nodiscard]] bool Connect();
     [[nodiscard]] ReadStatus Read(std::span<std::uint8_t> room, std::size_t& count, Millis limit) override;
     [[nodiscard]] bool TakeRestart() override { return std::exchange(restarted, false); }
@@ -109,7 +118,8 @@ public:
     ~ChildProcess() { Stop(); }
 
     [[nodiscard]] bool Start(const std::vector<std::string>& arguments, std::string& reason);
-    // Asks the whole group to end, insists after some 60 ms, and collects the child.
+    // Asks the whole group to end, insists after 60 ms, and collects the child; takes 100 ms at most. What even then has not ended (a
+    // process that waits for its hardware cannot) is collected later.
     void Stop();
     [[nodiscard]] bool Running() const { return pid > 0; }
     [[nodiscard]] int Output() const { return output.Get(); }

@@ -88,13 +88,12 @@ private:
         for (const SourceFile& file : ListSourceFiles(spec)) {
             if (file.row != row)
                 continue;
-            Descriptor descriptor(open(file.path.c_str(), O_RDONLY | O_CLOEXEC));
-            if (!descriptor.Valid()) {
-                reason = file.path + ": " + std::strerror(errno);
+            Descriptor descriptor = OpenRegularFile(file.path, reason);
+            if (!descriptor.Valid())
                 return nullptr;
-            }
             const bool loop = spec.loop && purpose == Purpose::Play;
-            return std::make_unique<ByteFrameSource>(std::make_unique<FileInput>(std::move(descriptor), loop), true);
+            return std::make_unique<ByteFrameSource>(
+                std::make_unique<FileInput>(std::move(descriptor), loop, file.path), true);
         }
         reason = "no file for block " + BlockName(row);
         return nullptr;

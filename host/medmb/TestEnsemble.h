@@ -183,8 +183,14 @@ public:
     bool IsFile() const override { return file; }
     std::string Reason() const override { return {}; }
     EtiFramer::Counters Count() const override { return {}; }
+    bool Measured(float& decibel) const override {
+        decibel = figure.value_or(decibel);
+        return figure.has_value();
+    }
 
     int Steps() const { return next; }
+
+    std::optional<float> figure; // the receiver's own
 
 private:
     ce::Clock& clock;

@@ -1,6 +1,7 @@
 #include "host/medmb/Tuner.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "host/wire/LabelText.h"
@@ -15,9 +16,12 @@ constexpr Millis kFrame = wire::kEtiFrameMilliseconds;
 constexpr Millis kReadLimit = 100;
 // A live source may run a little faster than our clock, never much: what comes in one burst is spread.
 constexpr Millis kLiveFrame = 23;
+// A file's first frames are there, so nobody need wait for them: as many come at once as live sound is held back for.
+constexpr Millis kFileAhead = 3 * kFrame;
 // Being this late means that the source paused, not that we have to catch up.
 constexpr Millis kLateness = 500;
 constexpr std::uint64_t kCountersEvery = 10; // frames
+constexpr float kBestSignal = 99;            // dB, of a receiver that tells its own
 
 std::shared_ptr<const RadioText> MakeText(const DynamicLabelText& label) {
     auto text = std::make_shared<RadioText>();
@@ -99,6 +103,7 @@ struct Tuner::Session {
     bool ended = false;
     std::string label;
     bool scrambled = false;
+    std::string told; // what the source complained of last
 };
 
 Tuner::Tuner(ce::Clock& clockToUse, Broadcast& broadcastToFill, std::unique_ptr<SourceProvider> sources, Log log)
@@ -200,7 +205,8 @@ bool Tuner::SetChannel(int hz, int type, std::uint32_t serviceId) {
     description.frequency = static_cast<std::uint32_t>(hz);
     description.serviceId = serviceId;
     session->generation = session->sink.generation = broadcast.Publish(std::move(description));
-    session->due = session->lastFrame = clock.Now();
+    session->lastFrame = clock.Now();
+    session->due = session->lastFrame - (session->source->IsFile() ? kFileAhead : 0);
     UpdateDescription(*session);
     UpdateSignal(*session, true);
     playing = std::move(session);
@@ -278,6 +284,13 @@ void Tuner::Play(Session& session) {
         }
         if (status == ReadStatus::Cancelled)
             return;
+        if (std::string reason = session.source->Reason(); status == ReadStatus::Waiting && reason != session.told) {
+            Say(reason);
+            session.told = std::move(reason);
+        }
+        // A file without frames has not waited.
+        if (status == ReadStatus::Waiting && session.source->IsFile() && !cancellation.WaitUntil(clock.Now() + kFrame))
+            return;
         if ((status == ReadStatus::End || status == ReadStatus::Failed) && !session.ended) {
             session.ended = true;
             session.receiver.Finish();
@@ -319,8 +332,9 @@ void Tuner::UpdateDescription(Session& session) {
 void Tuner::UpdateSignal(Session& session, bool measured) {
     const SignalMeter& meter = session.receiver.Meter();
     float decibel = meter.SignalToNoise();
-    if (measured)
-        (void)session.source->Measured(decibel);
+    // A figure of the receiver's own is some program's text: below 0 would mean that there is no reading, and no number is none.
+    if (float own = 0; measured && session.source->Measured(own) && std::isfinite(own))
+        decibel = std::clamp(own, 0.0F, kBestSignal);
     snr = decibel;
     strength = meter.Strength();
     fibErrors = meter.FibErrorPerMille();

@@ -43,7 +43,7 @@ public:
     // From now on GetChannel and SetChannel fail at once; one that waits in another thread returns.
     void BeginClosing();
 
-    // 0 before the first frames of a service.
+    // dB, 0 to 99; 0 before the first frames of a service.
     [[nodiscard]] float SignalToNoise() const { return snr.load(); }
     [[nodiscard]] float Strength() const { return strength.load(); }
     [[nodiscard]] int FibErrorPerMille() const { return fibErrors.load(); }

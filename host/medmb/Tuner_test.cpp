@@ -1,23 +1,18 @@
 // The tuner as the module sees it, on files and on programs.
 #include "host/medmb/Tuner.h"
 
-#include <fcntl.h>
-#include <signal.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <future>
+#include <functional>
+#include <limits>
+#include <string>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include "host/medmb/BlockTable.h"
-#include "host/medmb/Inputs.h"
 #include "host/medmb/TestEnsemble.h"
-#include "host/medmb/TestPipe.h"
 #include "host/wire/LabelText.h"
 #include "platform/medmblib.h"
 #include "tests/support/Places.h"
@@ -154,6 +149,19 @@ TEST(Tuner, TelevisionArrivesAtThePaceOfItsFrames) {
     EXPECT_EQ(snr, 0.0F);
 }
 
+TEST(Tuner, TheFirstFramesOfAFileComeAtOnceAndThenOneAfterAnother) {
+    Bench bench(Folder(kData));
+    ASSERT_TRUE(bench.tuner.SetChannel(Row("8B"), 0, 0xE202));
+    BroadcastReader reader = bench.broadcast.Attach();
+    const auto frames = [&](Millis time) {
+        const auto items = Play(bench, reader, time);
+        return std::count_if(items.begin(), items.end(), [](const auto& i) { return i.kind == ItemKind::Audio; });
+    };
+    EXPECT_EQ(frames(1), 4);
+    EXPECT_EQ(frames(240), 10);
+    EXPECT_EQ(frames(240), 10);
+}
+
 TEST(Tuner, RadioArrivesWithItsTexts) {
     Bench bench(Folder(kData));
     ASSERT_TRUE(bench.tuner.SetChannel(Row("8B"), 0, 0xE202));
@@ -169,7 +177,7 @@ TEST(Tuner, RadioArrivesWithItsTexts) {
             EXPECT_EQ(wire::DecodeText(item.text->ucs2, wire::kCharsetUcs2), item.text->utf8);
         }
     }
-    EXPECT_NEAR(audio, 100, 2);
+    EXPECT_NEAR(audio, 100 + 3, 2); // the first come at once
     EXPECT_EQ(texts, std::vector<std::string>{"UTF-8: Zażółć gęślą jaźń — Ελλάδα — Москва"});
 }
 
@@ -203,6 +211,47 @@ TEST(Tuner, AFileEndsOrStartsOver) {
     EXPECT_EQ(looped.broadcast.Signal(), SignalState::Good);
 }
 
+// Edge case: the file that plays is cut to nothing, or filled with zeros, and restored
+TEST(Tuner, AFileThatLosesItsFramesPlaysOnWhenTheyAreBack) {
+    const fs::path folder = fs::temp_directory_path() / ("dmb-tuner-cut-" + std::to_string(getpid()));
+    const fs::path file = folder / "8B.eti";
+    const auto zeros = [&] { std::ofstream(file, std::ios::binary) << std::string(fs::file_size(file), '\0'); };
+    const auto cut = [&] { fs::resize_file(file, 0); };
+    const auto inPlace = [&] {
+        std::ofstream(file, std::ios::binary) << std::ifstream(kData / "8B.eti", std::ios::binary).rdbuf();
+    };
+    const auto byAnother = [&] {
+        fs::copy_file(kData / "8B.eti", folder / "new");
+        fs::rename(folder / "new", file);
+    };
+    const std::vector<std::pair<std::function<void()>, std::function<void()>>> ways = {
+        {cut, inPlace}, {cut, byAnother}, {zeros, inPlace}};
+    for (const auto& [lose, restore] : ways) {
+        fs::create_directories(folder);
+        inPlace();
+        Bench bench(Folder(folder, true));
+        ASSERT_TRUE(bench.tuner.SetChannel(Row("8B"), 0, 0xE202));
+        BroadcastReader reader = bench.broadcast.Attach();
+        EXPECT_FALSE(Play(bench, reader, 500).empty());
+        lose();
+        (void)Play(bench, reader, 3000); // what was read already plays to its end
+        const StageCounters before = bench.broadcast.Counters();
+        EXPECT_TRUE(Play(bench, reader, 1000).empty());
+        EXPECT_EQ(bench.broadcast.Signal(), SignalState::Lost);
+        const StageCounters after = bench.broadcast.Counters();
+        EXPECT_EQ(after.frames, before.frames);
+        // Tells bytes that are no broadcast from no bytes at all.
+        EXPECT_EQ(after.bytesSkipped > before.bytesSkipped, fs::file_size(file) > 0);
+        restore();
+        (void)Play(bench, reader, 1000);
+        const auto items = Play(bench, reader, 1000);
+        EXPECT_GE(std::count_if(items.begin(), items.end(), [](const auto& i) { return i.kind == ItemKind::Audio; }),
+                  40);
+        EXPECT_EQ(bench.broadcast.Signal(), SignalState::Good);
+        fs::remove_all(folder);
+    }
+}
+
 TEST(Tuner, AServiceOfAnotherTypeOrAnotherBlockIsNotTuned) {
     Bench bench(Folder(kData));
     EXPECT_FALSE(bench.tuner.SetChannel(Row("12A"), 0, 0xF1E00401));
@@ -232,149 +281,37 @@ TEST(Tuner, ASecondServiceEndsTheFirst) {
     EXPECT_EQ(bench.broadcast.Service().label, "KURZ");
 }
 
-// ---- live sources: real descriptors on the real clock ---------------------------------------------------------------
-
-struct LiveBench {
-    ce::RealClock clock;
-    Broadcast broadcast;
-    Tuner tuner;
-    explicit LiveBench(SourceSpec spec) : tuner(clock, broadcast, MakeSourceProvider(std::move(spec))) {}
-};
-
-// A fifth of a second is the promise; a busy test machine gets five of them.
-constexpr Millis kStopLimit = 1000;
-
-void ExpectStopped(Millis took) {
-    EXPECT_LE(took, kStopLimit);
-    testing::Test::RecordProperty("stopped_after_ms", static_cast<int>(took));
-}
-
-BroadcastItem ReadOne(BroadcastReader& reader) {
-    BroadcastItem item;
-    EXPECT_EQ(reader.Read(item, std::chrono::seconds(20)), ReadResult::Item);
-    return item;
-}
-
-TEST(Tuner, AProgramIsStartedWithItsBlockAndStoppedOnClose) {
-    const std::string file = (kData / "8B.eti").string();
-    LiveBench bench(
-        CommandSource("sh -c 'test {block} = 8B && test {hz} = 183008000 && cat " + file + "; exec sleep 1000'"));
-    _tag_DMB_CHANNEL_INFO info{};
-    ASSERT_TRUE(bench.tuner.GetChannel(183008000, info));
-    EXPECT_EQ(info.service[0].nServiceID, 0xE201u);
-    ASSERT_TRUE(bench.tuner.SetChannel(183008000, 0, 0xE202));
-    BroadcastReader reader = bench.broadcast.Attach();
-    EXPECT_FALSE(ReadOne(reader).bytes.empty());
-    const Millis before = bench.clock.Now();
-    bench.tuner.StopService();
-    ExpectStopped(bench.clock.Now() - before);
-}
-
-TEST(Tuner, AProgramThatIgnoresTheRequestIsEndedAllTheSame) {
-    const std::string file = (kData / "8B.eti").string();
-    LiveBench bench(CommandSource("sh -c 'trap \"\" TERM; cat " + file + "; while :; do sleep 1; done'"));
-    ASSERT_TRUE(bench.tuner.SetChannel(183008000, 0, 0xE202));
-    const Millis before = bench.clock.Now();
-    bench.tuner.StopService();
-    ExpectStopped(bench.clock.Now() - before);
-}
-
-TEST(Tuner, ClosingEndsAScanAndATuningThatWaitForAHungProgram) {
-    for (const bool scan : {true, false}) {
-        const TestPipe pipe("dmb-tuner-hung");
-        LiveBench bench(CommandSource("sh -c 'echo ready > " + pipe.Name() + "; exec sleep 1000'"));
-        auto call = std::async(std::launch::async, [&] {
-            _tag_DMB_CHANNEL_INFO info{};
-            return scan ? bench.tuner.GetChannel(183008000, info) : bench.tuner.SetChannel(183008000, 0, 0xE202);
-        });
-        ASSERT_TRUE(pipe.Heard());
-        const Millis before = bench.clock.Now();
-        bench.tuner.BeginClosing();
-        EXPECT_FALSE(call.get());
-        ExpectStopped(bench.clock.Now() - before);
-    }
-}
-
-TEST(Tuner, CloseDoesNotWaitForAProgramThatHungInTheMiddle) {
-    const TestPipe pipe("dmb-tuner-middle");
-    const std::string file = (kData / "8B.eti").string();
-    LiveBench bench(CommandSource("sh -c 'trap \"\" TERM; exec 3> " + pipe.Name() + "; cat " + file +
-                                  "; while :; do sleep 1; done'"));
-    ASSERT_TRUE(bench.tuner.SetChannel(183008000, 0, 0xE202));
-    BroadcastReader reader = bench.broadcast.Attach();
-    // Of 120 frames most have gone by; soon the worker waits for more.
-    int frames = 0;
-    while (frames < 110 && !HasFailure())
-        frames += ReadOne(reader).kind == ItemKind::Audio ? 1 : 0;
-    const Millis before = bench.clock.Now();
-    bench.tuner.StopService();
-    ExpectStopped(bench.clock.Now() - before);
-    EXPECT_TRUE(pipe.Abandoned());
-    BroadcastItem item;
-    EXPECT_EQ(reader.TryRead(item), ReadResult::End);
-}
-
-TEST(Tuner, AProgramThatCannotStartIsNoSourceAtOnce) {
-    LiveBench bench(CommandSource("/no/such/program {hz}"));
-    _tag_DMB_CHANNEL_INFO info{};
-    const Millis before = bench.clock.Now();
-    EXPECT_FALSE(bench.tuner.GetChannel(183008000, info));
-    LiveBench failing(CommandSource("sh -c 'echo no device found >&2; exit 3'"));
-    EXPECT_FALSE(failing.tuner.GetChannel(183008000, info));
-    EXPECT_LE(bench.clock.Now() - before, 1000);
-    EXPECT_EQ(bench.tuner.Reports()[0].state, BlockState::NoSource);
-    EXPECT_NE(failing.tuner.Reports()[0].reason.find("no device found"), std::string::npos);
-}
-
-TEST(Tuner, AProgramThatEndsIsBegunAgain) {
-    const fs::path marks = fs::temp_directory_path() / ("dmb-tuner-test-" + std::to_string(getpid()));
-    const std::string file = (kData / "8B.eti").string();
-    LiveBench bench(CommandSource("sh -c 'echo x >> " + marks.string() + "; head -c 60000 " + file + "'"));
-    ASSERT_TRUE(bench.tuner.SetChannel(183008000, 0, 0xE202));
-    BroadcastReader reader = bench.broadcast.Attach();
-    // One run holds 38 frames; more can only come from another.
-    int frames = 0;
-    bool gap = false;
-    while (frames < 50) {
-        const BroadcastItem item = ReadOne(reader);
-        frames += item.kind == ItemKind::Audio ? 1 : 0;
-        gap = gap || item.discontinuity;
-        if (HasFailure())
-            break;
-    }
-    EXPECT_TRUE(gap);
-    bench.tuner.StopService();
-    EXPECT_GE(fs::file_size(marks), 4u);
-    fs::remove(marks);
-}
-
-TEST(Tuner, ANamedPipeStandsOnRowZeroAndOutlivesTheScan) {
-    const fs::path pipe = fs::temp_directory_path() / ("dmb-tuner-pipe-" + std::to_string(getpid()));
-    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    signal(SIGPIPE, SIG_IGN);
-    LiveBench bench(Folder(pipe));
-    _tag_DMB_CHANNEL_INFO info{};
-    EXPECT_FALSE(bench.tuner.GetChannel(BlockFrequency(4), info));
-    auto writer = std::async(std::launch::async, [&] {
-        std::ifstream in(kData / "8B.eti", std::ios::binary);
-        std::ofstream out(pipe, std::ios::binary);
-        out << in.rdbuf();
-    });
-    EXPECT_TRUE(bench.tuner.GetChannel(BlockFrequency(0), info));
-    EXPECT_TRUE(bench.tuner.SetChannel(BlockFrequency(0), 0, 0xE201));
-    BroadcastReader reader = bench.broadcast.Attach();
-    EXPECT_FALSE(ReadOne(reader).bytes.empty());
-    bench.tuner.StopService();
-    EXPECT_FALSE(bench.tuner.GetChannel(BlockFrequency(1), info));
-    bench.tuner.BeginClosing();
-    // Let the writer finish, whatever of the file is left.
-    const int drain = open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
-    char bytes[4096];
-    while (writer.wait_for(std::chrono::milliseconds(1)) != std::future_status::ready)
-        while (read(drain, bytes, sizeof bytes) > 0) {
+// What a demodulator says of itself is its own text; the view takes anything below 0 for no reading at all.
+TEST(Tuner, ADemodulatorsFigureIsTakenWhenItIsOneAndKeptInItsRange) {
+    struct Provider final : SourceProvider {
+        Provider(ce::Clock& clockToMove, float decibel) : clock(clockToMove), figure(decibel) {}
+        std::unique_ptr<FrameSource> Open(int, Purpose, Cancellation&, std::string&) override {
+            auto source = std::make_unique<ScriptedSource>(
+                clock, [this](int index) { return ScriptedSource::Step{ensemble.Frame(index)}; }, true);
+            source->figure = figure;
+            return source;
         }
-    close(drain);
-    fs::remove(pipe);
+        ce::Clock& clock;
+        float figure;
+        TestEnsemble ensemble = TwoServices();
+    };
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+    constexpr float kUndamaged = 30; // our own reading of these frames
+    for (const auto& [told, taken] : {std::pair{17.5F, 17.5F},
+                                      {-3.5F, 0.0F},
+                                      {-1e30F, 0.0F},
+                                      {250.0F, 99.0F},
+                                      {kInfinity, kUndamaged},
+                                      {-kInfinity, kUndamaged},
+                                      {kNan, kUndamaged}}) {
+        ce::ManualClock clock;
+        Broadcast broadcast;
+        Tuner tuner(clock, broadcast, std::make_unique<Provider>(clock, told));
+        ASSERT_TRUE(tuner.SetChannel(183008000, 0, 0xE201));
+        EXPECT_EQ(tuner.SignalToNoise(), taken) << told;
+        tuner.StopService();
+    }
 }
 
 } // namespace

@@ -107,6 +107,8 @@ public:
     void SetViewListener(std::function<void(CVelPlayerView*)> listener);
     // Asked twice a second why the view shows no picture; the answer is shown over it.
     void SetReasonSource(std::function<ReasonShown()> source);
+    // Asked how many seconds a file of a list plays, when its row is first drawn; nothing when that cannot be known.
+    void SetPlayingTimeSource(std::function<std::optional<UINT>(const WCHAR* path)> source);
     void SetDebugMode(bool on);
     // How loud views play, 0 to 100, and whether they are silent. Kept from one session to the next.
     void SetVolume(int percent, bool muted);

@@ -1,4 +1,4 @@
-#include "host/wire/Mpeg4Descriptors.h"
+#include "host/wire/Mpeg4Objects.h"
 
 #include <gtest/gtest.h>
 

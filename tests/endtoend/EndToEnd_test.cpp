@@ -1,30 +1,20 @@
 // From the transmitter's files to picture, sound, text and recording, through everything that a viewer has but its window.
-#include <cmath>
-#include <cstdint>
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
+#include <filesystem>
 
 #include <gtest/gtest.h>
 
 #include "host/ce/Text.h"
 #include "host/headend/Demo.h"
+#include "tests/endtoend/Probe.h"
 #include "tests/endtoend/Receiver.h"
-#include "tests/support/Places.h"
 #include "view/DMBViewIds.h"
 
 using namespace endtoend;
 
 namespace {
 
-constexpr double kHeard = 200;  // loudness above which there is music
 constexpr double kVisible = 10; // contrast above which there is something in the picture
 constexpr int kColours = 50;    // on the screen, where the picture lies
-
-std::string ReadAll(const std::filesystem::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
 
 class EndToEnd : public ::testing::Test {
 public:
@@ -59,8 +49,6 @@ protected:
         return receiver.view->GetPlayMode() == kPlayModePlaying && receiver.Info().empty() && receiver.eye.Seen() > 0;
     }
     [[nodiscard]] std::string Text(WORD id) const { return ce::ToUtf8(receiver.view->GetMessageW(id)); }
-
-    void PlayTheRecording(const std::filesystem::path& file) const;
 
     Receiver receiver{DemoAndLoss()};
 };
@@ -158,37 +146,7 @@ void EndToEnd::RecordFiveSeconds() {
         files.push_back(entry.path());
     ASSERT_EQ(files.size(), 1U);
     EXPECT_EQ(files[0].filename().string().substr(0, 10), "ORBIT ONE_");
-    PlayTheRecording(files[0]);
-}
-
-// The probe decodes the file by itself.
-void EndToEnd::PlayTheRecording(const std::filesystem::path& file) const {
-    const std::filesystem::path sound = receiver.Folder() / "sound.wav";
-    const std::filesystem::path pictures = receiver.Folder() / "pictures.yuv";
-    const std::string command = "'" + testing_support::BinaryDir() + "/bin/dmbprobe' play '" + file.string() +
-                                "' --audio '" + sound.string() + "' --video '" + pictures.string() +
-                                "' >/dev/null 2>&1";
-    ASSERT_EQ(std::system(command.c_str()), 0) << command;
-    constexpr std::size_t kPicture = 320 * 240 * 3 / 2;
-    const std::string yuv = ReadAll(pictures);
-    const std::size_t count = yuv.size() / kPicture;
-    EXPECT_EQ(yuv.size() % kPicture, 0U);
-    EXPECT_GT(count, 60U); // some seconds at 30 a second, from the first random access on
-    ASSERT_GT(count, 1U);
-    EXPECT_NE(yuv.substr(0, kPicture), yuv.substr((count - 1) * kPicture, kPicture));
-    constexpr std::size_t kHeader = 44;
-    const std::string wav = ReadAll(sound);
-    ASSERT_GT(wav.size(), kHeader);
-    double power = 0;
-    const std::size_t samples = (wav.size() - kHeader) / 2;
-    for (std::size_t i = 0; i < samples; ++i) {
-        const auto low = static_cast<std::uint8_t>(wav[kHeader + 2 * i]);
-        const auto high = static_cast<std::int8_t>(wav[kHeader + 2 * i + 1]);
-        const double value = high * 256 + low;
-        power += value * value;
-    }
-    EXPECT_GT(samples, 48000U * 2 * 3);
-    EXPECT_GT(std::sqrt(power / static_cast<double>(samples)), kHeard);
+    ExpectPlays(files[0], receiver.Folder(), 60, 3); // some seconds at 30 a second, from the first random access on
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "host/ce/Text.h"
+#include "host/filters/Recording.h"
 #include "host/headend/Demo.h"
 #include "platform/velshell/VelDocument.h"
 #include "tests/support/Places.h"
@@ -130,6 +131,8 @@ Receiver::Receiver(const fs::path& broadcast) {
     setup.skinFolder = fs::path(testing_support::BinaryDir()) / "skin";
     setup.language = shell::Language::English;
     shell = std::make_unique<shell::Shell>(system, setup);
+    shell->SetPlayingTimeSource(filters::PlayingSeconds);
+    card = std::make_unique<dmbtv::CardWatch>(system, onAir, [this] { return shell->View(); });
     screen.Join(shell.get(), [this](const std::shared_ptr<const filters::Picture>& picture) { eye.See(picture); });
     view = static_cast<CVelDMBView*>(shell->OpenView(CVelDMBView::classCVelDMBView));
     if (view == nullptr)
@@ -143,6 +146,7 @@ Receiver::~Receiver() {
     onAir.Join(nullptr);
     shell->CloseView();
     screen.Join(nullptr, {});
+    card.reset();
     shell.reset();
     medmb::Tuner::Install(nullptr);
 }
@@ -182,6 +186,14 @@ void Receiver::PickFromList(const std::string& label) {
         line += peer->List().GetRecordAt(before, record) && record.kind == wanted.kind ? 1 : 0;
     shell->DuringModal([this, tab = kFirstTab + static_cast<UINT>(wanted.kind)] { shell->Press(tab); });
     shell->DuringModal([this, line] { shell->Press(kFirstRow + line); });
+    shell->DuringModal([this] { shell->Press(kOk); });
+    Command(kCmdList);
+}
+
+void Receiver::PickFirstFile() {
+    constexpr UINT kFilesTab = 62, kFirstRow = 40, kOk = 3;
+    shell->DuringModal([this] { shell->Press(kFilesTab); });
+    shell->DuringModal([this] { shell->Press(kFirstRow); });
     shell->DuringModal([this] { shell->Press(kOk); });
     Command(kCmdList);
 }

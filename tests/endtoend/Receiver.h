@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "host/app/dmbtv/CardWatch.h"
 #include "host/app/dmbtv/ScreenPort.h"
 #include "host/ce/Ce.h"
 #include "host/ce/TemporaryFolder.h"
@@ -59,8 +60,9 @@ public:
     [[nodiscard]] bool WaitFor(const std::function<bool()>& condition, int seconds);
     void Wait(int milliseconds) { shell->Wait(milliseconds); }
     void Command(UINT id);
-    // Opens the list and takes the channel with this label.
+    // Opens the list and takes the channel with this label; the first recording.
     void PickFromList(const std::string& label);
+    void PickFirstFile();
     void Tune(const std::string& label);
 
     [[nodiscard]] int Position(const std::string& label); // in the channel list, -1 when it is not there
@@ -80,6 +82,7 @@ public:
     dmbtv::OnAirNotice onAir;
     std::unique_ptr<medmb::Tuner> tuner;
     std::unique_ptr<shell::Shell> shell;
+    std::unique_ptr<dmbtv::CardWatch> card;
     CVelDMBView* view = nullptr;
     std::unique_ptr<DMBViewPeer> peer;
 };

@@ -11,6 +11,7 @@
 #include "host/filters/PresentationClock.h"
 #include "host/filters/Register.h"
 
+#include <atomic>
 #include <filesystem>
 #include <map>
 #include <mutex>
@@ -102,6 +103,8 @@ public:
         const std::scoped_lock lock(guard_);
         failures_.push_back(reason);
     }
+    void OnFileLost() override { ++lost_; }
+    [[nodiscard]] int FilesLost() const { return lost_; }
     [[nodiscard]] std::vector<filters::ReceptionState> States() const {
         const std::scoped_lock lock(guard_);
         return states_;
@@ -115,6 +118,7 @@ private:
     mutable std::mutex guard_;
     std::vector<filters::ReceptionState> states_;
     std::vector<HRESULT> failures_;
+    std::atomic<int> lost_ = 0;
 };
 
 // The system: clock, files, class table, broadcast, ports.

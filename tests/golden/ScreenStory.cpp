@@ -90,8 +90,15 @@ void ScreenStory::PutRecordings() {
         std::size_t bytes;
         int daysAgo;
     } files[] = {{"한빛 TV_260502193000.dmb", 1200000, 3},
-                 {"푸른바다 TV_260503193000.dmb", 52000000, 2},
+                 {"푸른바다 TV_260503193000.dmb", 400000000, 2},
                  {"한빛 TV_260504193000.dmb", 400000, 1}};
+    // At the rate of a sub-channel; the smallest is taken for damaged.
+    device.shell.SetPlayingTimeSource([this](const WCHAR* path) -> std::optional<UINT> {
+        constexpr std::uintmax_t kBytesPerSecond = 68000, kLeast = 1000000;
+        const WString name = WString(path).substr(WString(path).rfind(u'\\') + 1);
+        const std::uintmax_t bytes = std::filesystem::file_size(device.Card() / "DMB" / ce::ToUtf8(name));
+        return bytes < kLeast ? std::nullopt : std::optional(static_cast<UINT>(bytes / kBytesPerSecond));
+    });
     for (const auto& file : files) {
         const std::filesystem::path path = device.Card() / "DMB" / file.name;
         harness::WriteFile(path, "");

@@ -20,6 +20,7 @@ protected:
 
 using ControllerWithoutParser = ControllerTest;
 
+// Edge case: without a television graph everything fails silently.
 TEST_F(ControllerWithoutParser, WithNoDMBGraphBuiltEveryOperationReturnsE_FAILAndLogsNothing) {
     ULONGLONG first = 0;
     LONGLONG second = 0;
@@ -69,6 +70,7 @@ TEST_F(ControllerCapture, StartCaptureDuringACaptureFails) {
     EXPECT_EQ(control.StartDMBCapture(), 0);
 }
 
+// Edge case: a stop without a capture returns the parser's answer.
 TEST_F(ControllerCapture, StopDMBCaptureWhenNoCaptureRunsReturnsWhateverTheParserReturns) {
     for (const HRESULT result : {S_OK, S_FALSE, E_UNEXPECTED}) {
         parser().stopCapture = result;
@@ -91,6 +93,7 @@ TEST_F(ControllerCapture, GetFilePosPassesBothPointersThrough) {
     EXPECT_TRUE(world.TakeDebugLines().empty());
 }
 
+// Edge case: a position beyond 32 bits is told low word first.
 TEST_F(ControllerCapture, SetFilePosWithThePosition4294967298LogsALineWhoseFirstFieldShows2AndWhoseSecondShows1) {
     parser().setPosition = static_cast<HRESULT>(0x80070057u); // not shown
     EXPECT_EQ(control.SetFilePos(4294967298), static_cast<HRESULT>(0x80070057u));

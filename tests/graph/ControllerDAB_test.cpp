@@ -49,6 +49,7 @@ TEST_F(ControllerDAB, CloseRemovesInOnePassWithoutDisconnectingFirst) {
     EXPECT_EQ(world.SleptMs(), 0);
 }
 
+// Edge case: a radio close with one of its three filters missing still succeeds.
 TEST_F(ControllerDAB, CloseDABFiltersWithOneOfTheThreeFiltersMissingStillReturns0AndLogsTheFailure) {
     for (const Kind missing : kDABKinds) {
         ASSERT_EQ(control.InitDABFilters(), 0);
@@ -170,6 +171,7 @@ TEST_F(ControllerDAB, GetPadInfoReturnsTheFiltersCodeOrE_FAILWithoutTheInterface
 
 // --- audio format ---------------------------------------------------------------------------------------------------
 
+// Edge case: 1 and 2 reach the parser as 2 and 1.
 TEST_F(ControllerDAB, SetAudioInfoWithA1AndB2HandsTheParserTheBlock2_1) {
     ASSERT_EQ(control.InitDMBFilters(nullptr, 0), 0);
     EXPECT_EQ(peer.SetAudioInfo(1, 2), 0);
@@ -206,6 +208,7 @@ TEST_F(ControllerDAB, AudioInfoWithoutAParserReturnsE_FAIL) {
     EXPECT_EQ(peer.SetAudioInfo(1, 2), E_FAIL);
 }
 
+// Edge case: 7 and 9 that the parser reports are applied, and all four links made anew.
 TEST_F(ControllerDAB, HandleAudioChangeWithAParserThatReports7_9Applies7_9AndReconnectsAllFourDMBLinks) {
     world.stage[Kind::Parser].audioInfo = {7, 9};
     ASSERT_EQ(control.InitDMBFilters(nullptr, 0), 0);

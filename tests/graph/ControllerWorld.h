@@ -48,6 +48,9 @@ inline constexpr Kind kDMBKinds[] = {Kind::Parser, Kind::BSACDecoder, Kind::Audi
                                      Kind::VideoRenderer};
 inline constexpr Kind kDABKinds[] = {Kind::DABSource, Kind::MP3Decoder, Kind::AudioRenderer};
 
+// What every line of the controller begins with.
+inline const std::string kFilterLog = "[DMB|FILTER] ";
+
 class ControllerTest : public ::testing::Test {
 protected:
     using Lines = std::vector<std::string>;

@@ -161,6 +161,7 @@ TEST_F(FilterOps, DisconnectIgnoresTheResultsOfTheDisconnects) {
 
 // --- deleting -------------------------------------------------------------------------------------------------------
 
+// Edge case: no filter: its line is told, and the delete fails.
 TEST_F(FilterOps, DeleteFilterWithANullFilterLogsTheLineAndReturnsE_FAIL) {
     EXPECT_EQ(DeleteFilter(graph.Get(), nullptr), E_FAIL);
     EXPECT_EQ(DeleteFilter(nullptr, parser), E_FAIL);

@@ -67,6 +67,7 @@ public:
     HRESULT RunDMB() { return v.RunDMB(); }
     HRESULT RunDAB() { return v.RunDAB(); }
     HRESULT StopDAB() { return v.StopDAB(); }
+    void BeginRecording() { v.BeginRecording(); }
     HRESULT StartRecording() { return v.StartRecording(); }
     int ChangeDMBDAB() { return v.ChangeDMBDAB(); }
     void PlayDMBFile(const WCHAR* path) { v.PlayDMBFile(path); }

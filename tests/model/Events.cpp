@@ -199,6 +199,8 @@ void Model::OnKeyUp(unsigned key, unsigned repeat) {
         break;
     }
     Note("host key " + std::to_string(key));
+    if (key == 27)
+        (void)ForceBox(2);
 }
 
 } // namespace model

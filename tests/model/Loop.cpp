@@ -55,6 +55,8 @@ std::int64_t Model::Dispatch(const Posted& message) {
             CloseNow();
         else if (message.message == kCommand && id == 17)
             Restore();
+        else if (message.message == kKeyReleased && id == 27)
+            (void)ForceBox(2);
         return 0;
     }
     if (message.window == kBox) {

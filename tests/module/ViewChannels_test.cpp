@@ -92,10 +92,18 @@ TEST_F(ViewChannels, TypesFollowTheSelectionAndTheSession) {
     EXPECT_EQ(peer.LastType(), kSessionNone);
     peer.FileIndex() = 0;
     EXPECT_EQ(peer.CurrentType(), kSessionFile);
-    // Edge case: a playing file without a channel is torn down like television.
-    peer.LastChannel() = -1;
-    EXPECT_EQ(peer.LastType(), kSessionDMB);
     peer.FileIndex() = -1;
+    peer.LastChannel() = -1;
+}
+
+// Edge case: a playing file without a channel is torn down like television.
+TEST_F(ViewChannels, LastTypeOfAPlayingFileIsTelevision) {
+    DMBViewPeer peer(Open());
+    peer.FileIndex() = 0;
+    EXPECT_EQ(peer.LastType(), kSessionDMB);
+    EXPECT_EQ(peer.CurrentType(), kSessionFile);
+    peer.FileIndex() = -1;
+    EXPECT_EQ(peer.LastType(), kSessionNone);
 }
 
 TEST_F(ViewChannels, RebuiltListReplacesTheOldOneAndIsWritten) {

@@ -1,5 +1,6 @@
 // The view object: defaults, settings, settings file. In the real headless shell.
 #include <cstring>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -220,6 +221,43 @@ TEST_F(ViewObject, SavingWithoutAChannelWrites65535) {
     const std::string bytes = device.ReadProfile();
     ASSERT_EQ(bytes.size(), 16u);
     EXPECT_EQ(bytes.substr(0, 6), std::string("\x10\0\xFF\xFF\x01\0", 6));
+}
+
+TEST_F(ViewObject, FiveSettingsAskForASaveAndAreInNoFile) {
+    const std::string stored = ProfileBytes(16, 5, 2, 1);
+    device.WriteProfile(stored);
+    DMBViewPeer peer(Open());
+    view->SetPIPOnOff(1);
+    view->SetDLSOnOff(1);
+    view->SetPIPSize(1);
+    view->SetPIPPos(3);
+    view->SetDLSPos(1);
+    EXPECT_EQ(peer.ProfileDirty(), 1);
+    view->SaveProfile();
+    EXPECT_EQ(peer.ProfileDirty(), 0);
+    EXPECT_EQ(device.ReadProfile(), stored);
+    device.shell.CloseView();
+    DMBViewPeer fresh(Open());
+    EXPECT_EQ(view->GetDLSOnOff() + view->GetPIPSize() + view->GetPIPPos() + view->GetDLSPos(), 0u);
+    EXPECT_EQ(fresh.PIPOnOffField(), 0);
+}
+
+// The thread sanitizer looks at this one.
+TEST_F(ViewObject, SettingsMayBeStoredFromAnyThread) {
+    DMBViewPeer peer(Open());
+    std::thread other([this] {
+        for (unsigned i = 0; i <= 1000; ++i)
+            view->SetRecordTime(i % 4 + 1);
+    });
+    for (int i = 0; i < 20; ++i)
+        view->SaveProfile();
+    other.join();
+    EXPECT_EQ(view->GetRecordTime(), 1u);
+    peer.ProfileDirty() = 0;
+    std::thread([this] { view->SetRecordTime(2); }).join();
+    EXPECT_EQ(peer.ProfileDirty(), 1);
+    view->SaveProfile();
+    EXPECT_EQ(device.ReadProfile()[4], 2);
 }
 
 // Edge case: nothing changed and nothing asked for writes nothing.

@@ -1,6 +1,7 @@
 // A player view that writes down what the shell does with it.
 #pragma once
 
+#include "platform/velshell/VelDocument.h"
 #include "platform/velshell/VelPlayerView.h"
 
 #include <functional>
@@ -57,6 +58,10 @@ public:
             onDraw(dc);
         }
     }
+    int AllowFileList(const WCHAR* path) override {
+        const int type = GetDocument()->CheckFileType(path);
+        return (type == kFileTypeDMB || type == kFileTypeTS) && path != refusedFile ? type : 0;
+    }
     void TransferToPIP() override {
         Calls().push_back("TransferToPIP");
         CVelPlayerView::TransferToPIP();
@@ -100,6 +105,7 @@ public:
     using CVelPlayerView::GetBarElement;
 
     UINT refused = 0;
+    WString refusedFile;
     int closable = 1;
     int paints = 0;
     std::function<void(UINT)> onCommand;

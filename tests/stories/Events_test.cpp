@@ -1,4 +1,4 @@
-// Events: the graph's, the timers', the keys'.
+// Events: the graph's and the timers'.
 #include <cstring>
 
 #include "dataservice/PadInfo.h"
@@ -25,9 +25,14 @@ protected:
 // Edge case: five reports show nothing, the sixth shows the text; a signal event in between restarts the count.
 TEST_F(EventStory, SixthNoSignalReportShowsTheText) {
     Tune(kNews);
+    Report(Kind::VideoRenderer, EC_VIDEOFRAMEREADY); // hides the text of the change, enables the toggle
+    Forget();
     for (int i = 0; i < 5; ++i)
         Report(Kind::Parser, IDMB_EVENT_NO_SIGNAL);
     EXPECT_EQ(peer->NoSignal(), 0);
+    EXPECT_EQ(Info(), WString());
+    EXPECT_TRUE(view->IsToggleEnabled());
+    EXPECT_EQ(Count("post view 1029"), 0);
     Report(Kind::Parser, IDMB_EVENT_SIGNAL);
     for (int i = 0; i < 5; ++i)
         Report(Kind::Parser, IDMB_EVENT_NO_SIGNAL);
@@ -49,7 +54,6 @@ TEST_F(EventStory, SixthNoSignalReportShowsTheText) {
     EXPECT_TRUE(Saw("post view 1029 1573912 0"));
 }
 
-// Edge case: minimised, the short text.
 TEST_F(EventStory, CountOfReportsIsTheModulesNotTheViews) {
     Tune(kNews);
     for (int i = 0; i < 5; ++i)
@@ -62,6 +66,7 @@ TEST_F(EventStory, CountOfReportsIsTheModulesNotTheViews) {
     EXPECT_EQ(Info(), TextOf(kTextNoSignal));
 }
 
+// Edge case: minimised, the short text.
 TEST_F(EventStory, SixthReportWhileSmallShowsTheShortText) {
     Tune(kNews);
     ASSERT_TRUE(device.shell.Minimize());
@@ -235,137 +240,6 @@ TEST_F(EventStory, SlideEventNeedsAnAreaAndAir) {
     peer->SlideRect() = area;
     Report(Kind::DABSource, IDMB_EVENT_MOT);
     EXPECT_TRUE(Saw("post view command 97"));
-}
-
-// ---- Keys --------------------------------------------------------------------------------------------------------------
-
-// Edge case: Page Up with a repeat count of 2 does not step but still reaches the shell.
-TEST_F(EventStory, RepeatedChannelKeyOnlyReachesTheShell) {
-    Tune(kNews);
-    Forget();
-    device.shell.Key(kKeyChannelDown, 2);
-    Idle();
-    EXPECT_EQ(peer->PendingChannel(), -1);
-    EXPECT_TRUE(Saw("host key 33"));
-}
-
-TEST_F(EventStory, ChannelKeysStepAndReachTheShell) {
-    Tune(kNews);
-    Forget();
-    device.shell.Key(kKeyChannelUp);
-    Idle();
-    EXPECT_EQ(peer->PendingChannel(), kSport);
-    EXPECT_TRUE(Saw("host key 34"));
-    device.shell.Key(kKeyChannelDown);
-    Idle();
-    EXPECT_EQ(peer->PendingChannel(), kNews);
-    KillTimer(view->GetSafeHwnd(), eCHANGE_TIMER);
-}
-
-// Edge case: key 195 without a box is swallowed.
-TEST_F(EventStory, OkKeyWithoutABoxIsSwallowed) {
-    Forget();
-    device.shell.Key(kKeyOk);
-    Idle();
-    EXPECT_FALSE(Saw("host key"));
-}
-
-// Edge case: any key during a scan is swallowed.
-TEST_F(EventStory, KeysDuringAScanAreSwallowed) {
-    peer->Scanning() = 1;
-    Forget();
-    for (const UINT key : {27u, 33u, 34u, 180u, 193u, 195u, 65u})
-        Send(WM_KEYUP, key, 1);
-    EXPECT_FALSE(Saw("host key"));
-    EXPECT_FALSE(HasTimer(eSCAN_TIMER));
-    peer->Scanning() = 0;
-}
-
-TEST_F(EventStory, EscapeWithoutABoxReachesTheShell) {
-    Forget();
-    device.shell.Key(kKeyEscape);
-    Idle();
-    EXPECT_TRUE(Saw("host key 27"));
-}
-
-TEST_F(EventStory, EscapeClosesTheQuestionOfAChannelChange) {
-    Tune(kNews);
-    Command(kCmdRecord);
-    device.shell.DuringModal([this] { device.shell.Key(kKeyEscape); });
-    Tune(kSport);
-    EXPECT_EQ(view->GetPlayMode(), kPlayModeRecording); // Cancel: the recording goes on
-    EXPECT_EQ(peer->MsgBoxUp(), 0);
-    EXPECT_EQ(peer->CurChannel(), kNews);
-}
-
-TEST_F(EventStory, OkKeyConfirmsTheQuestionOfAChannelChange) {
-    Tune(kNews);
-    Command(kCmdRecord);
-    device.shell.DuringModal([this] { device.shell.Key(kKeyOk); });
-    Tune(kSport);
-    EXPECT_EQ(view->GetPlayMode(), kPlayModePlaying);
-    EXPECT_EQ(peer->CurChannel(), kSport);
-}
-
-TEST_F(EventStory, ScanKeyStartsTheScanATenthOfASecondLater) {
-    Forget();
-    device.shell.Key(kKeyScan);
-    Idle();
-    EXPECT_TRUE(HasTimer(eSCAN_TIMER));
-    EXPECT_TRUE(Saw("host key 180"));
-    Wait(99);
-    EXPECT_FALSE(Saw("post view command 20"));
-    Wait(1);
-    EXPECT_TRUE(Saw("post view command 20"));
-    EXPECT_FALSE(HasTimer(eSCAN_TIMER));
-}
-
-TEST_F(EventStory, ScanKeyWhileSmallComesBackToFullSizeFirst) {
-    Tune(kNews);
-    ASSERT_TRUE(device.shell.Minimize());
-    Forget();
-    device.shell.Key(kKeyScan);
-    Idle();
-    EXPECT_TRUE(Saw("post main command 17"));
-    EXPECT_FALSE(device.shell.Document().IsMinimized());
-    Wait(100);
-    EXPECT_TRUE(HasTimer(eSCAN_TIMER));
-    EXPECT_FALSE(HasTimer(eSCANPREP_TIMER));
-    Wait(100);
-    EXPECT_TRUE(Saw("post view command 20"));
-}
-
-TEST_F(EventStory, RecordKeyPostsOnlyForTelevisionThatPlays) {
-    Tune(kMusic);
-    Forget();
-    device.shell.Key(kKeyRecord);
-    Idle();
-    EXPECT_FALSE(Saw("command 23"));
-    EXPECT_TRUE(Saw("host key 193"));
-    Tune(kNews);
-    Forget();
-    device.shell.Key(kKeyRecord);
-    Idle();
-    EXPECT_TRUE(Saw("post view command 23"));
-    EXPECT_EQ(view->GetPlayMode(), kPlayModeRecording);
-}
-
-TEST_F(EventStory, OtherKeysReachTheShell) {
-    Forget();
-    device.shell.Key(65);
-    Idle();
-    EXPECT_TRUE(Saw("host key 65"));
-}
-
-TEST_F(EventStory, TouchesAreTheSkins) {
-    Tune(kNews);
-    Forget();
-    const RECT& next = Element(kElementChannelUp).GetRect();
-    device.shell.Click((next.left + next.right) / 2, (next.top + next.bottom) / 2);
-    Idle();
-    EXPECT_TRUE(InOrder({"post view 513", "post view command 25", "post view 1126 1000 1"})); // WM_LBUTTONDOWN
-    EXPECT_EQ(peer->PendingChannel(), kSport);
-    KillTimer(view->GetSafeHwnd(), eCHANGE_TIMER);
 }
 
 // ---- Timers and texts --------------------------------------------------------------------------------------------------

@@ -25,15 +25,18 @@ TEST_F(RecordStory, RecordingStartsWithNameFolderAndBox) {
     EXPECT_TRUE(Saw("NEWS_070307210509.dmb"));
     EXPECT_TRUE(InOrder({"SetCaptureFileName", "StartCapture", "mode 8", "post view 1031 1013 2"}));
     EXPECT_TRUE(HasTimer(eRECORD_TIMER));
+    EXPECT_EQ(FaceOf(kElementRecord), 1);
 }
 
 TEST_F(RecordStory, PressingAgainStopsWithABox) {
+    Report(Kind::VideoRenderer, EC_VIDEOFRAMEREADY); // else the button is not available yet
     Command(kCmdRecord);
     Forget();
     Command(kCmdRecord);
     EXPECT_EQ(view->GetPlayMode(), kPlayModePlaying);
     EXPECT_TRUE(InOrder({"StopCapture", "mode 4", "post view 1031 1009 2"}));
     EXPECT_FALSE(HasTimer(eRECORD_TIMER));
+    EXPECT_EQ(FaceOf(kElementRecord), 0);
 }
 
 // Edge case: exactly 51118080 bytes are enough for five minutes, one byte less is refused.
@@ -160,7 +163,6 @@ TEST_F(RecordStory, PlayingAFileStopsTheBroadcastAndPolls) {
     EXPECT_EQ(peer->CurrentType(), kSessionFile);
     EXPECT_FALSE(HasTimer(eSIGNAL_TIMER));
     EXPECT_EQ(Element(kElementAntenna).GetState(), kButtonDisabled);
-    // Edge case: during playback the title is empty.
     EXPECT_EQ(WString(device.shell.Title()), WString());
 }
 
@@ -209,6 +211,18 @@ TEST_F(RecordStory, KoreanLabelNamesTheFile) {
     EXPECT_TRUE(std::any_of(told.begin(), told.end(), [](const WString& line) {
         return line.find(WTEXT("한빛 TV_070307210509.dmb")) != WString::npos;
     }));
+}
+
+// Edge case: a channel whose record cannot be fetched has no label; the name begins with an underscore.
+TEST_F(RecordStory, NameOfAChannelWithoutARecordBeginsWithAnUnderscore) {
+    peer->CurChannel() = 99;
+    peer->BeginRecording();
+    EXPECT_EQ(view->GetPlayMode(), kPlayModeRecording);
+    const auto& told = device.ce.debug().Lines();
+    EXPECT_TRUE(std::any_of(told.begin(), told.end(), [](const WString& line) {
+        return line.find(WTEXT("\\SDMMC Card\\DMB\\_")) != WString::npos;
+    }));
+    peer->CurChannel() = kNews;
 }
 
 TEST_F(RecordStory, PickingAFileWhileRecordingEndsTheRecordingFirst) {

@@ -1,6 +1,8 @@
 // The channel scan and the list that it opens.
 #include <algorithm>
 
+#include "host/shell/core/Access.h"
+#include "host/shell/core/DialogImpl.h"
 #include "tests/stories/Story.h"
 
 using namespace stories;
@@ -65,16 +67,35 @@ TEST_F(ScanStory, ButtonsComeBackButForRecord) {
     EXPECT_EQ(WString(Element(50).GetText()), WString());
 }
 
-// Edge case: a mask of rows 0 and 20 asks two blocks.
+// Edge case: a mask of rows 0 and 20 asks two blocks, and the bar goes from 1/21 to 21/21 in two steps.
 TEST_F(ScanStory, MaskOfTwoRowsAsksTwoBlocks) {
     Open();
     OnlyRows({0, 20});
     Forget();
+    constexpr int kLine = 222 * 800 + 215; // in the middle of the bar, from its left end
+    std::vector<std::uint32_t> empty;
+    std::vector<int> bars;
+    device.shell.SetScreenListener([&] {
+        if (empty.empty() || !Element(kElementScanBox).IsVisible())
+            return;
+        const std::uint32_t* line = device.shell.Screen() + kLine;
+        int length = 0;
+        while (length < 400 && line[length] != empty[static_cast<std::size_t>(length)])
+            ++length;
+        if (bars.empty() || bars.back() != length)
+            bars.push_back(length);
+    });
+    scripted::Tuner().onGetChannel = [&](int) {
+        if (empty.empty())
+            empty.assign(device.shell.Screen() + kLine, device.shell.Screen() + kLine + 400);
+    };
     const ce::Millis before = device.clock.Now();
     Command(kCmdScan);
     EXPECT_EQ(Count("tuner.GetChannel"), 2);
     EXPECT_TRUE(InOrder({"tuner.GetChannel 175280000", "tuner.GetChannel 214736000"}));
     EXPECT_EQ(device.clock.Now() - before, 2 * 20);
+    EXPECT_EQ(bars, (std::vector<int>{365 / 21, 365}));
+    device.shell.SetScreenListener(nullptr);
 }
 
 // Edge case: a mask of zeros scans nothing, rewrites the file empty and shows the notice.
@@ -120,13 +141,22 @@ TEST_F(ScanStory, SlotAfterTheEleventhBlockKeepsTheScanBefore) {
     ChannelRecord record;
     ASSERT_TRUE(peer->List().GetRecordAt(11, record));
     EXPECT_STREQ(record.label, "OLD");
+}
 
+TEST_F(ScanStory, TenBlocksUseUpTheClearedSlots) {
+    Open();
+    for (int row = 0; row < 11; ++row)
+        scripted::Tuner().AddService(Frequency(row), "OLD", 8, static_cast<std::uint32_t>(row));
+    Command(kCmdScan);
     scripted::Tuner().blocks.clear();
     for (int row = 0; row < 10; ++row)
         scripted::Tuner().AddService(Frequency(row), "TEN", 8, static_cast<std::uint32_t>(row));
     Command(kCmdScan);
-    // Ten cleared slots are all used; the eleventh was not cleared and held a block of the scan before.
-    EXPECT_EQ(peer->ChannelCount(), 11);
+    EXPECT_EQ(peer->FoundBlockCount(), 10);
+    EXPECT_EQ(peer->ChannelCount(), 11); // the eleventh slot was not cleared
+    ChannelRecord record;
+    ASSERT_TRUE(peer->List().GetRecordAt(10, record));
+    EXPECT_STREQ(record.label, "OLD");
 }
 
 TEST_F(ScanStory, NineBlocksLeaveAClearedSlotBehindThem) {
@@ -146,15 +176,21 @@ TEST_F(ScanStory, NineBlocksLeaveAClearedSlotBehindThem) {
 TEST_F(ScanStory, DialogInFrontIsClosedFirst) {
     Open();
     bool scanned = false;
+    scripted::Tuner().onGetChannel = [&](int) {
+        CVelDialog* settings = CVelDialog::FromHandle(GView::GetFrontWindow());
+        scanned = settings != nullptr && VelShellAccess::Dialog(*settings).ended;
+    };
     device.shell.DuringModal([&] {
         ASSERT_NE(CVelDialog::FromHandle(GView::GetFrontWindow()), nullptr);
-        OnlyRows({});
+        OnlyRows({0});
         Send(WM_COMMAND, kCmdScan);
-        scanned = true;
     });
+    Forget();
     Command(kCmdSetting);
-    EXPECT_TRUE(scanned);
+    EXPECT_TRUE(scanned) << "with the dialog at its end before the first block";
+    EXPECT_FALSE(Saw("unanswered")) << "the dialog would be open still";
     EXPECT_EQ(device.shell.ModalDepth(), 0);
+    EXPECT_FALSE(std::filesystem::exists(device.Profile() / "DMB.dat")) << "its result is not OK";
     EXPECT_EQ(peer->ChannelCount(), 0);
 }
 

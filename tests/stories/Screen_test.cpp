@@ -123,6 +123,18 @@ TEST_F(ScreenStory, TitleNamesTheCurrentOrTheGivenChannel) {
     EXPECT_EQ(WString(device.shell.Title()), WString());
 }
 
+// Edge case: during playback of a file the title is empty.
+TEST_F(ScreenStory, TitleIsEmptyWhileAFilePlays) {
+    Tune(kNews);
+    peer->PlayDMBFile(WTEXT("\\SDMMC Card\\DMB\\a.dmb"));
+    Idle();
+    for (const LPARAM useIndex : {1, 0}) {
+        view->SetTitle(WTEXT("of before"));
+        Send(WM_DMB_SHOWCHLABEL, kJazz, useIndex);
+        EXPECT_EQ(WString(device.shell.Title()), WString());
+    }
+}
+
 // ---- Slides ------------------------------------------------------------------------------------------------------------
 
 TEST_F(ScreenStory, SlideIsDecodedAndPaintedIntoItsArea) {
@@ -274,7 +286,6 @@ TEST_F(ScreenStory, OnlyARectangleFromOutsideIsSaved) {
     EXPECT_EQ(peer->ProfileDirty(), 1);
 }
 
-// Edge case: a small view decodes and marks a slide ready but does not ask to paint it.
 TEST_F(ScreenStory, SmallViewDecodesWithoutPainting) {
     Tune(kMusic);
     OnAir();

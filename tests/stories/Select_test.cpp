@@ -242,7 +242,9 @@ TEST_F(SelectStory, GuardFollowsASuccessfulStepOnly) {
     EXPECT_EQ(peer->ChangeBusy(), 1);
     EXPECT_TRUE(HasTimer(eCHANGEGUARD_TIMER));
     EXPECT_EQ(peer->ChangeChUpDown(1000, 1), E_FAIL);
-    Wait(3000);
+    Wait(2999);
+    EXPECT_EQ(peer->ChangeChUpDown(1000, 1), E_FAIL);
+    Wait(1);
     EXPECT_EQ(peer->ChangeBusy(), 0);
 
     scripted::Tuner().tunes = [](int, int, int) { return false; };
@@ -301,7 +303,7 @@ TEST_F(SelectStory, TheLabelFieldNeverMoves) {
     KillTimer(view->GetSafeHwnd(), eCHANGE_TIMER);
 }
 
-TEST_F(SelectStory, OtherStepButtonsDoNothing) {
+TEST_F(SelectStory, StepButtonsPostTheirSteps) {
     Tune(kNews);
     Forget();
     Send(WM_COMMAND, kCmdChannelDown);

@@ -1,4 +1,5 @@
 // The signal indicator, and radio that loses its signal.
+#include "host/shell/skin/Element.h"
 #include "tests/stories/Story.h"
 
 using namespace stories;
@@ -10,6 +11,15 @@ protected:
     void Reading(float snr, int milliseconds = 500) {
         scripted::Tuner().snr = snr;
         Wait(milliseconds);
+    }
+    // Which of its pictures the symbol shows, -1 none.
+    [[nodiscard]] int Level() const {
+        const auto& antenna = static_cast<const shell::Element&>(Element(kElementAntenna));
+        for (int level = 0; level < 7; ++level)
+            if (antenna.State().background != nullptr &&
+                antenna.State().background == antenna.GetImageSet()->GetImage(level))
+                return level;
+        return -1;
     }
 };
 } // namespace
@@ -109,9 +119,18 @@ TEST_F(SignalStory, DebugModeShowsFiguresAndStoresNoSample) {
     EXPECT_EQ(Element(kElementAntenna).GetState(), kButtonNormal);
     EXPECT_FALSE(Element(kElementDebugText).IsVisible());
     EXPECT_TRUE(view->IsToggleEnabled());
-    // The first sample of the session is the next one: 30 alone is level 6 and not an average with 18.
+}
+
+// Edge case: leaving debug mode resumes the average where it was.
+TEST_F(SignalStory, AverageGoesOnWhereDebugModeInterruptedIt) {
+    Tune(kNews);
     Reading(30, 3000);
-    EXPECT_EQ(Element(kElementAntenna).GetState(), kButtonNormal);
+    EXPECT_EQ(Level(), 6);
+    view->SetSNRDebug(1);
+    Reading(0, 3000);
+    view->SetSNRDebug(0);
+    Reading(10, 3000);
+    EXPECT_EQ(Level(), 5) << "of 30 and 10; with the 0 it would be 2";
 }
 
 TEST_F(SignalStory, LeavingDebugModeInARadioKeepsTheToggleOff) {

@@ -1,10 +1,14 @@
 // Slides on the screen: what is painted equals what the decoder gives for the same bytes.
 #include <algorithm>
 #include <cstdint>
+#include <fstream>
 #include <future>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include "dataservice/SlideBitmap.h"
 #include "jpeg/JpegDecoder.h"
@@ -15,7 +19,45 @@
 using namespace stories;
 using scripted::Kind;
 
+// A sanitizer keeps memory of its own: there the limit on one block is what a machine without memory is elsewhere.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define DMB_LIMITS_BLOCKS 1
+#define DMB_FOR_THE_RUN_TIME extern "C" __attribute__((visibility("default")))
+DMB_FOR_THE_RUN_TIME const char* __asan_default_options() {
+    return "allocator_may_return_null=1:max_allocation_size_mb=1024";
+}
+DMB_FOR_THE_RUN_TIME const char* __tsan_default_options() {
+    return "allocator_may_return_null=1:max_allocation_size_mb=1024";
+}
+#else
+#define DMB_LIMITS_BLOCKS 0
+#endif
+
 namespace {
+
+// While it lives the process gets no further gigabyte.
+class LittleMemory {
+public:
+    LittleMemory() {
+        if (DMB_LIMITS_BLOCKS)
+            return;
+        getrlimit(RLIMIT_AS, &before);
+        std::size_t pages = 0;
+        std::ifstream("/proc/self/statm") >> pages;
+        rlimit little = before;
+        little.rlim_cur = pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) + (std::size_t{1} << 30);
+        setrlimit(RLIMIT_AS, &little);
+    }
+    ~LittleMemory() {
+        if (!DMB_LIMITS_BLOCKS)
+            setrlimit(RLIMIT_AS, &before);
+    }
+    LittleMemory(const LittleMemory&) = delete;
+    LittleMemory& operator=(const LittleMemory&) = delete;
+
+private:
+    rlimit before{};
+};
 
 constexpr std::size_t kPixels = std::size_t{kSlideWidth} * kSlideHeight;
 
@@ -124,6 +166,28 @@ TEST_F(SlideStory, OuterPicturesAppearAsDecodedOrNotAtAll) {
     EXPECT_GE(refused, 20);
 }
 
+TEST_F(SlideStory, ABufferThatCannotGrowIsGivenBackAndTheNextSlideShows) {
+    const std::string slide = harness::ReadFile(harness::TestData("broadcast/slide.jpg"));
+    Send(slide);
+    ASSERT_TRUE(DecodeHere(slide));
+    ASSERT_EQ(peer->MotBodySize(), slide.size());
+    // The largest file that is read at all; on the disk it takes no room.
+    std::filesystem::resize_file(device.Root() / "MotBody.dat", 0x7FFFFFFF);
+    {
+        const LittleMemory little;
+        Report(Kind::DABSource, IDMB_EVENT_MOT);
+    }
+    EXPECT_EQ(peer->MotBody(), nullptr);
+    EXPECT_EQ(peer->MotBodySize(), 0u) << "or a later slide would be written beyond the block's end";
+    EXPECT_NE(peer->SlideReady(), 0);
+    EXPECT_EQ(Wrong(), 0u) << "the slide before stays";
+    const std::string next = harness::ReadFile(harness::TestData("jpeg/base-444-q30-800x600-harvesters.jpg"));
+    Send(next);
+    ASSERT_TRUE(DecodeHere(next));
+    EXPECT_EQ(peer->MotBodySize(), next.size());
+    EXPECT_EQ(Wrong(), 0u);
+}
+
 // Edge case: a picture smaller than 320x240 is centred, and around it stays the picture before.
 TEST_F(SlideStory, BorderOfASmallerPictureKeepsTheOneBefore) {
     const std::string large = harness::ReadFile(harness::TestData("jpeg/base-444-q30-800x600-harvesters.jpg"));
@@ -208,4 +272,25 @@ TEST_F(SlideStory, ABusyLockSkipsThePaintAndTheNextOneShowsIt) {
     InvalidateRect(view->GetSafeHwnd(), nullptr, FALSE);
     Idle();
     EXPECT_EQ(Wrong(), 0u);
+}
+
+// ---- A view that goes ----------------------------------------------------------------------------------------------------
+
+// Found on a walk through the code: neither way leaves the session before its buffers go, and taking it down paints.
+TEST_F(SlideStory, ClosingAPausedRadioPaintsNoFreedSlide) {
+    Send(harness::ReadFile(harness::TestData("broadcast/slide.jpg")));
+    ASSERT_EQ(peer->SlideReady(), 1);
+    peer->NoSignal() = 1;
+    view->Pause();
+    ASSERT_EQ(view->GetPlayMode(), kPlayModePaused);
+    InvalidateRect(view->GetSafeHwnd(), nullptr, FALSE);
+    Close();
+}
+
+TEST_F(SlideStory, ClosingARadioThatCannotBeStoppedPaintsNoFreedSlide) {
+    Send(harness::ReadFile(harness::TestData("broadcast/slide.jpg")));
+    ASSERT_EQ(peer->SlideReady(), 1);
+    stage[Kind::AudioRenderer].stopped = E_FAIL;
+    InvalidateRect(view->GetSafeHwnd(), nullptr, FALSE);
+    Close();
 }

@@ -25,7 +25,10 @@ void ScanForTheFirstTime(Session& session, const CVelDMBView& view) {
     plan.Add([&] { shell.Press(kListOk); });
     Log(LogLevel::Info, "no channel list yet: looking for services");
     session.System().loop().Send(view.GetSafeHwnd(), WM_COMMAND, kCmdScan);
-    Log(LogLevel::Info, std::to_string(DMBViewPeer::ChannelCount(view)) + " services found");
+    if (session.IsQuitting())
+        Log(LogLevel::Warn, "looking for services was interrupted");
+    else
+        Log(LogLevel::Info, std::to_string(DMBViewPeer::ChannelCount(view)) + " services found");
 }
 
 } // namespace

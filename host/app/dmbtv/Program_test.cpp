@@ -1,4 +1,5 @@
 // The program as a user starts it: exit statuses, what goes to which output, signals.
+#include <signal.h>
 #include <sys/wait.h>
 
 #include <array>
@@ -170,5 +171,37 @@ TEST_F(ProgramTest, ACommandThatFailsIsABlockWithoutASource) {
             Call(std::string("$DMBTV scan --json --command '") + command + "'" + folders + "2>/dev/null");
         ASSERT_EQ(outcome.status, 0);
         EXPECT_EQ(nlohmann::json::parse(outcome.output).at("channels"), 0);
+    }
+}
+
+// Edge case: the window is closed, or the program interrupted, while the demo broadcast is made
+TEST_F(ProgramTest, LeavingWhileTheDemoIsMadeSaysSoAndLeavesNoHalfOfIt) {
+    for (const std::string line : {"", " --headless", " demo"}) {
+        const std::string cache = base + "/cache";
+        const std::string begin = "export ASAN_OPTIONS=detect_leaks=0 XDG_CACHE_HOME=" + cache +
+                                  " SDL_VIDEODRIVER=dummy SDL_AUDIODRIVER=dummy; echo $$; exec ";
+        FILE* pipe = popen(
+            (begin + testing_support::BinaryDir() + "/bin/dmbtv --log-level debug" + folders + line + " 2>&1").c_str(),
+            "r");
+        std::array<char, 4096> buffer;
+        ASSERT_NE(fgets(buffer.data(), buffer.size(), pipe), nullptr);
+        const int process = std::atoi(buffer.data());
+        ASSERT_GT(process, 0);
+        std::string told;
+        bool asked = false;
+        while (fgets(buffer.data(), buffer.size(), pipe) != nullptr) {
+            told += buffer.data();
+            if (!asked && Contains(told, "making the demo broadcast")) {
+                asked = true;
+                kill(process, SIGTERM);
+            }
+        }
+        const int ended = pclose(pipe);
+        EXPECT_TRUE(asked) << told;
+        EXPECT_TRUE(WIFEXITED(ended));
+        EXPECT_EQ(WEXITSTATUS(ended), 130) << told;
+        EXPECT_TRUE(Contains(told, "making the demo broadcast was interrupted")) << told;
+        EXPECT_FALSE(Contains(told, "services found")) << told;
+        EXPECT_FALSE(fs::exists(cache + "/dmbview/demo/demo/recipe.txt"));
     }
 }

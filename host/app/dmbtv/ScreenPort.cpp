@@ -82,8 +82,14 @@ void OnAirNotice::OnCaptureFailed(HRESULT reason) {
     char code[16];
     std::snprintf(code, sizeof code, "%08X", static_cast<unsigned>(reason));
     Log(LogLevel::Error, std::string("the recording ended by itself (") + code + "); what was written stays playable");
-    if (const HWND listener = captureEnd.load())
+    if (const HWND listener = cardWatch.load())
         PostMessageW(listener, kCaptureEndedMessage, static_cast<WPARAM>(reason), 0);
+}
+
+void OnAirNotice::OnFileLost() {
+    Log(LogLevel::Error, "the file cannot be read any further");
+    if (const HWND listener = cardWatch.load())
+        PostMessageW(listener, kFileLostMessage, 0, 0);
 }
 
 } // namespace dmbtv

@@ -13,8 +13,10 @@
 
 namespace dmbtv {
 
-// To whoever wants to know: a recording ended by itself; the first parameter is the reason (HRESULT).
+// To whoever watches the card: a recording ended by itself, the first parameter is the reason (HRESULT); the file that plays cannot
+// be read any further.
 inline constexpr UINT kCaptureEndedMessage = WM_USER + 310;
+inline constexpr UINT kFileLostMessage = WM_USER + 311;
 
 class ScreenPort final : public filters::VideoPort {
 public:
@@ -40,17 +42,18 @@ private:
 class OnAirNotice final : public filters::StatusPort {
 public:
     void Join(HWND view) { window.store(view); }
-    // Gets kCaptureEndedMessage with the reason when a recording ends by itself.
-    void JoinCaptureEnd(HWND listener) { captureEnd.store(listener); }
+    // Gets the two messages above.
+    void JoinCardWatch(HWND listener) { cardWatch.store(listener); }
 
     void OnReception(filters::ReceptionState state) override;
     // The newest state. Any thread.
     [[nodiscard]] filters::ReceptionState Last() const { return last.load(); }
     void OnCaptureFailed(HRESULT reason) override;
+    void OnFileLost() override;
 
 private:
     std::atomic<HWND> window = nullptr;
-    std::atomic<HWND> captureEnd = nullptr;
+    std::atomic<HWND> cardWatch = nullptr;
     std::atomic<bool> onAir = false;
     std::atomic<filters::ReceptionState> last = filters::ReceptionState::kIdle;
 };

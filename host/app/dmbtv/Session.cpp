@@ -8,8 +8,8 @@
 #include "host/app/dmbtv/Folders.h"
 #include "host/app/dmbtv/ViewLook.h"
 #include "host/ce/Text.h"
+#include "host/filters/Recording.h"
 #include "host/filters/Register.h"
-#include "host/headend/Demo.h"
 #include "view/DMBViewIds.h"
 
 namespace dmbtv {
@@ -20,19 +20,14 @@ constexpr const char* kViewClass = "CVelDMBView";
 constexpr const WCHAR* kProfileMount = WTEXT("\\Profile");
 
 // The broadcast to receive.
-std::unique_ptr<medmb::SourceProvider> OpenSource(const Options& options) {
+std::unique_ptr<medmb::SourceProvider> OpenSource(const Options& options, const std::stop_token& stop) {
     if (options.noBroadcast)
         return medmb::MakeSourceProvider({});
     if (!options.command.empty())
         return medmb::MakeSourceProvider(medmb::CommandSource(options.command, options.gain));
     std::string source = options.source;
-    if (source.empty()) {
-        try {
-            source = headend::EnsureDemo(CacheFolder() / "demo").string();
-        } catch (const std::exception& error) {
-            throw StartFailure(kExitNoInput, std::string("the demo broadcast cannot be made: ") + error.what());
-        }
-    }
+    if (source.empty())
+        source = DemoFolder({}, stop).string();
     std::string reason;
     std::optional<medmb::SourceSpec> spec = medmb::ParseSource(source, reason);
     if (!spec)
@@ -49,6 +44,25 @@ std::filesystem::path FirstOf(const char* built, const char* installed) {
 }
 
 } // namespace
+
+std::filesystem::path DemoFolder(const headend::Progress& progress, const std::stop_token& stop) {
+    try {
+        const auto tell = [&progress](double share, const std::string& what) {
+            if (share == 0)
+                Log(LogLevel::Info, "making the demo broadcast");
+            else
+                Log(LogLevel::Debug, "demo broadcast: " + what);
+            if (progress)
+                progress(share, what);
+        };
+        return headend::EnsureDemo(CacheFolder() / "demo", tell, stop);
+    } catch (const headend::Interrupted&) {
+        throw StartFailure(kExitInterrupted,
+                           "making the demo broadcast was interrupted; the next start makes it from the beginning");
+    } catch (const std::exception& error) {
+        throw StartFailure(kExitNoInput, std::string("the demo broadcast cannot be made: ") + error.what());
+    }
+}
 
 std::filesystem::path ModuleFile() {
     return FirstOf("lib/libveldmb.so", "lib/dmbview/libveldmb.so");
@@ -70,7 +84,7 @@ shell::Language LanguageOf(const Options& options) {
 }
 
 Session::Session(const Options& options, SessionPorts outside) : ports(std::move(outside)) {
-    std::unique_ptr<medmb::SourceProvider> source = OpenSource(options);
+    std::unique_ptr<medmb::SourceProvider> source = OpenSource(options, ports.stop);
     Mount(options);
     ce.debug().SetSink([](WStringView text) {
         std::string line = ce::ToUtf8(text);
@@ -103,20 +117,15 @@ Session::Session(const Options& options, SessionPorts outside) : ports(std::move
     shell->SetViewListener(
         [this](const CVelPlayerView* view) { onAir.Join(view != nullptr ? view->GetSafeHwnd() : nullptr); });
     shell->SetReasonSource([this] { return WhyNoPicture(Look()); });
+    shell->SetPlayingTimeSource(filters::PlayingSeconds);
     screen.Join(shell.get(), ports.picture);
-    captureEnd = ce.loop().AddWindow([this](HWND, UINT message, WPARAM wParam, LPARAM) -> LRESULT {
-        if (message == kCaptureEndedMessage)
-            OnCaptureEnded(static_cast<HRESULT>(wParam));
-        return 0;
-    });
-    onAir.JoinCaptureEnd(captureEnd);
+    card = std::make_unique<CardWatch>(ce, onAir, [this] { return shell->View(); });
 }
 
 Session::~Session() {
     screen.Join(nullptr, {});
     onAir.Join(nullptr);
-    onAir.JoinCaptureEnd(nullptr);
-    ce.loop().RemoveWindow(captureEnd);
+    card.reset();
     shell->SetScreenListener({});
     shell.reset(); // the view goes with it, and with the view its filters
     medmb::Tuner::Install(nullptr);
@@ -173,19 +182,6 @@ void Session::OnScreen() {
 // The module cannot be told to give up a scan: it would store the half of it that it has.
 void Session::ProtectLists() {
     ce.files().SetFaults({.only = kProfileMount, .refuseOpen = true, .refuseCreate = true});
-}
-
-void Session::OnCaptureEnded(HRESULT reason) {
-    const CVelPlayerView* view = shell->View();
-    if (view == nullptr || view->GetPlayMode() != kPlayModeRecording)
-        return; // the user was quicker
-    constexpr HRESULT kDiskFull = static_cast<HRESULT>(0x80070000u | ERROR_DISK_FULL);
-    // Now and not later, so that the reason comes after the view's own notice and stays.
-    ce.loop().Send(view->GetSafeHwnd(), WM_COMMAND, kCmdRecord);
-    if (reason == kDiskFull)
-        PostMessageW(view->GetSafeHwnd(), WM_PLAYER_MSGBOX, kTextNoSpace, kBoxError);
-    else
-        PostMessageW(GView::GetMainWindow(), WM_PLAYER_MSGBOX, kTextCardError, kBoxError);
 }
 
 void Session::RequestQuit() {

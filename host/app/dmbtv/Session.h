@@ -8,13 +8,16 @@
 #include <functional>
 #include <memory>
 #include <stdexcept>
+#include <stop_token>
 
+#include "host/app/dmbtv/CardWatch.h"
 #include "host/app/dmbtv/Options.h"
 #include "host/app/dmbtv/PictureReason.h"
 #include "host/app/dmbtv/ScreenPort.h"
 #include "host/ce/Ce.h"
 #include "host/dshow/ClassTable.h"
 #include "host/filters/WavTap.h"
+#include "host/headend/Demo.h"
 #include "host/medmb/Tuner.h"
 #include "host/shell/Shell.h"
 
@@ -33,7 +36,13 @@ struct SessionPorts {
     filters::SoundTap* tap = nullptr; // hears what is played, unless --audio-out does
     // The picture to be seen from now on, or none. The renderer's thread.
     std::function<void(std::shared_ptr<const filters::Picture>)> picture;
+    // Ends the making of a session that takes long.
+    std::stop_token stop;
 };
+
+// The folder of the demo broadcast, which is made when it is not there yet. Throws StartFailure; its status is kExitInterrupted after
+// a stop was asked for.
+[[nodiscard]] std::filesystem::path DemoFolder(const headend::Progress& progress, const std::stop_token& stop);
 
 class Session {
 public:
@@ -67,8 +76,6 @@ private:
     void OnScreen();
     [[nodiscard]] ReceptionLook Look() const;
     void ProtectLists();
-    // The card is full or gone: the recording ends as by the button, and a box says why.
-    void OnCaptureEnded(HRESULT reason);
 
     SessionPorts ports;
     std::function<void()> screenListener;
@@ -83,7 +90,7 @@ private:
     std::unique_ptr<filters::WavTap> wav;
     std::unique_ptr<medmb::Tuner> tuner;
     std::unique_ptr<shell::Shell> shell;
-    HWND captureEnd = nullptr; // hears on the shell's thread what the filters say on theirs
+    std::unique_ptr<CardWatch> card;
 };
 
 // The module and the skin, by the place of the program: lib/ and skin/ beside bin/ as they are built, lib/dmbview/ and

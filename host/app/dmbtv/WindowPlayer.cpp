@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
-#include <mutex>
 #include <optional>
 #include <thread>
 
@@ -11,7 +10,7 @@
 #include "host/app/dmbtv/Folders.h"
 #include "host/app/dmbtv/Interrupts.h"
 #include "host/app/dmbtv/Player.h"
-#include "host/headend/Demo.h"
+#include "host/app/dmbtv/QuitPort.h"
 #include "host/shell/sdl/SoundCard.h"
 #include "host/shell/sdl/Window.h"
 
@@ -32,28 +31,6 @@ public:
 
 private:
     sdl::SoundCard card{[](const std::string& line) { Log(LogLevel::Warn, line); }};
-};
-
-// Reaches the session, while there is one, from the window's thread and from that of signals.
-class QuitPort {
-public:
-    void Request() {
-        const std::lock_guard lock(mutex);
-        wanted = true;
-        if (session != nullptr)
-            session->RequestQuit();
-    }
-    void Join(Session* joined) {
-        const std::lock_guard lock(mutex);
-        session = joined;
-        if (session != nullptr && wanted)
-            session->RequestQuit();
-    }
-
-private:
-    std::mutex mutex; // guards what follows
-    Session* session = nullptr;
-    bool wanted = false;
 };
 
 std::string ReadWhole(const std::filesystem::path& file) {
@@ -101,36 +78,27 @@ std::shared_ptr<const sdl::Frame> ProgressFrame(double share) {
 }
 
 // Made here and not by the session, so that somebody who starts the program for the first time sees why it takes a while.
-void MakeDemoInSight(const Options& options, sdl::Frames& frames) {
+void MakeDemoInSight(const Options& options, sdl::Frames& frames, const std::stop_token& stop) {
     if (!options.source.empty() || !options.command.empty() || options.noBroadcast)
         return;
-    try {
-        (void)headend::EnsureDemo(CacheFolder() / "demo", [&frames](double share, const std::string& what) {
-            Log(LogLevel::Debug, "demo broadcast: " + what);
-            frames.Show(ProgressFrame(share));
-        });
-    } catch (const std::exception& error) {
-        throw StartFailure(kExitNoInput, std::string("the demo broadcast cannot be made: ") + error.what());
-    }
+    (void)DemoFolder([&frames](double share, const std::string& /*what*/) { frames.Show(ProgressFrame(share)); }, stop);
 }
 
 int PlayBehindWindow(const Options& options, const WindowTask& task, CardPort& card, QuitPort& quit,
                      sdl::Frames& frames, sdl::Inputs& inputs, WindowState& state) {
     try {
-        MakeDemoInSight(options, frames);
-        Session session(options, {&card, nullptr, [&frames](const auto& picture) { frames.Show(PlanesOf(picture)); }});
-        quit.Join(&session);
-        int status = kExitDone;
-        try {
-            Controls controls(session, frames, inputs, state);
-            status = task(session);
-        } catch (...) {
-            quit.Join(nullptr);
-            throw;
-        }
-        quit.Join(nullptr);
-        return status;
+        MakeDemoInSight(options, frames, quit.Token());
+        Session session(options, {&card, nullptr, [&frames](const auto& picture) { frames.Show(PlanesOf(picture)); },
+                                  quit.Token()});
+        const QuitPort::Joined joined(quit, session);
+        Controls controls(session, frames, inputs, state);
+        return task(session);
     } catch (const StartFailure& failure) {
+        // Who closes the window is done.
+        if (failure.status == kExitInterrupted) {
+            Log(LogLevel::Warn, failure.what());
+            return kExitDone;
+        }
         return Fail(failure.status, failure.what());
     } catch (const std::exception& failure) {
         return Fail(kExitFailed, failure.what());

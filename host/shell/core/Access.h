@@ -1,4 +1,4 @@
-// The shell's key to the private parts of the framework classes. Only host/shell/core uses it.
+// The key to the private parts of the framework classes, for host/shell/core and for tests.
 #pragma once
 
 #include "host/shell/skin/Element.h"

@@ -83,8 +83,11 @@ int CVelBaseView::OnCreate(CREATESTRUCTW* parameters) {
 }
 
 void CVelBaseView::OnKeyUp(UINT key, UINT repeatCount, UINT flags) {
-    constexpr UINT kHome = 36;
-    if (ShellCore* core = ShellCore::Current(); core && key == kHome) {
+    constexpr UINT kEscape = 27, kHome = 36;
+    ShellCore* core = ShellCore::Current();
+    if (core && key == kEscape) {
+        (void)core->boxes.Force(kDialogCancel); // a view closes only those boxes that it keeps in mind
+    } else if (core && key == kHome) {
         (void)core->ShowHome();
     }
     GView::OnKeyUp(key, repeatCount, flags);

@@ -43,6 +43,11 @@ const GMessageMap* MessageBoxDialog::GetMessageMap() const {
     return &messageMap;
 }
 
+const WCHAR* MessageBoxDialog::GetResourceName() const {
+    const WCHAR* notice = u"VelNotice";
+    return style == kBoxNotice && ShellCore::Current()->skins.Find(notice) ? notice : u"VelMsgBox";
+}
+
 int MessageBoxDialog::OnInitDialog() {
     if (!CVelDialog::OnInitDialog()) {
         return 0;

@@ -17,9 +17,8 @@ class MessageBoxDialog final : public CVelDialog {
 public:
     MessageBoxDialog(GView* parent, WString text, int style, std::size_t recordIndex);
     ~MessageBoxDialog() override;
-    [[nodiscard]] const WCHAR* GetResourceName() const override {
-        return style == kBoxNotice ? u"VelNotice" : u"VelMsgBox";
-    }
+    // A notice has a look of its own, where the skin gives it one.
+    [[nodiscard]] const WCHAR* GetResourceName() const override;
     const GMessageMap* GetMessageMap() const override;
     int OnInitDialog() override;
 

@@ -54,6 +54,32 @@ TEST_F(ShellFixture, KeysGoToTheViewWhileItsBoxIsOpen) {
     EXPECT_TRUE(Logged("host key 195"));
 }
 
+TEST_F(ShellFixture, EscapeThatTheViewHandsOnCancelsTheBoxInFront) {
+    TestView& view = Open();
+    shell->DuringModal([&] { shell->Key(27); });
+    EXPECT_EQ(view.MsgBox(1011, kBoxOkCancel), 2);
+    EXPECT_FALSE(Logged("unanswered"));
+    PostMessageW(view.GetSafeHwnd(), WM_USER + 7, 1010, kBoxError);
+    shell->RunUntilIdle();
+    ASSERT_TRUE(shell->IsBoxOpen());
+    shell->Key(27);
+    shell->RunUntilIdle();
+    EXPECT_FALSE(shell->IsBoxOpen());
+    EXPECT_EQ(shell->BoxRecords().back().answer, kDialogCancel);
+}
+
+TEST_F(ShellFixture, EscapeOnTheHomeScreenCancelsTheBoxInFront) {
+    Open();
+    ASSERT_TRUE(shell->ShowHome());
+    PostMessageW(GView::GetMainWindow(), WM_USER + 7, 5, kBoxError);
+    shell->RunUntilIdle();
+    ASSERT_TRUE(shell->IsBoxOpen());
+    shell->Key(27);
+    shell->RunUntilIdle();
+    EXPECT_FALSE(shell->IsBoxOpen());
+    EXPECT_FALSE(shell->View()->IsActivated()) << "home is still in front";
+}
+
 TEST_F(ShellFixture, MessagesAreHandledWhileABoxIsOpen) {
     TestView& view = Open();
     PostMessageW(view.GetSafeHwnd(), WM_COMMAND, 20, 0);
@@ -80,6 +106,36 @@ TEST_F(ShellFixture, APostedRequestShowsTheTextOfItsWindow) {
     view.ForceIDOKtoMsgBox();
     shell->RunUntilIdle();
     EXPECT_FALSE(shell->IsBoxOpen());
+}
+
+TEST_F(ShellFixture, ASkinWithoutANoticeShowsItInTheBoxWithoutButtons) {
+    shell.reset();
+    const auto product = std::filesystem::path(testing_support::BinaryDir()) / "skin";
+    std::filesystem::copy(product, root / "skin", std::filesystem::copy_options::recursive);
+    std::filesystem::remove(root / "skin" / "VelNotice.skin");
+    ::shell::Setup setup;
+    setup.skinFolder = root / "skin";
+    shell = std::make_unique<Shell>(system, setup);
+    TestView& view = Open();
+    const auto isShown = [this](UINT element) {
+        const GButton* button = shell->Element(element);
+        return button != nullptr && button->IsVisible();
+    };
+    const WORD text = 1013;
+    PostMessageW(view.GetSafeHwnd(), WM_USER + 7, text, kBoxNotice);
+    shell->RunUntilIdle();
+    ASSERT_TRUE(shell->IsBoxOpen());
+    EXPECT_EQ(WString(shell->Element(11)->GetText()), WString(view.GetMessageW(text)));
+    EXPECT_TRUE(isShown(11));
+    EXPECT_FALSE(isShown(3) || isShown(4) || isShown(12)) << "nobody waits for an answer";
+    shell->Wait(3000);
+    EXPECT_FALSE(shell->IsBoxOpen()) << "by itself";
+    PostMessageW(view.GetSafeHwnd(), WM_USER + 7, text, kBoxNotice);
+    shell->RunUntilIdle();
+    shell->Click(400, 240);
+    shell->RunUntilIdle();
+    EXPECT_FALSE(shell->IsBoxOpen()) << "on a touch";
+    EXPECT_EQ(view.MsgBox(text, kBoxNotice), 1);
 }
 
 TEST_F(ShellFixture, ANoticeClosesByItselfOrOnATouch) {

@@ -1,16 +1,25 @@
 // The list dialog: rows over lines, with scrolling and selection, and the files of a folder as its own lines.
 #include "platform/velshell/VelFileDialog.h"
 
+#include "host/shell/core/DialogImpl.h"
+#include "host/shell/core/FileDetails.h"
 #include "host/shell/core/ShellCore.h"
 #include "host/shell/gdi/ImagePainter.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 using shell::ShellCore;
 
 struct CVelFileDialog::FileDialogImpl {
-    std::vector<ce::FolderEntry> files; // in the order of the lines
+    struct ListedFile {
+        ce::FolderEntry entry;
+        std::optional<WString> length; // found out when it is first drawn: a card may be slow and hold hundreds
+    };
+    std::vector<ListedFile> files; // in the order of the lines
+
+    static const WString& LengthOf(ListedFile& file, const WString& folder);
 
     static WString RowText(const CVelFileDialog& dialog, const GButton& row, const WString& line);
 };
@@ -23,17 +32,6 @@ constexpr UINT kScrollUp = 71, kScrollDown = 72;
 // The date and the length of a file stand at the right of its row, one above the other.
 constexpr int kDetailMargin = 16;
 constexpr int kDetailWidth = 180;
-
-WString DateOf(const ce::FolderEntry& file) {
-    const LocalTime time = LocalTimeOf(file.modified);
-    return FormatW(u"%04d-%02d-%02d %02d:%02d", time.year, time.month, time.day, time.hour, time.minute);
-}
-
-WString LengthOf(const ce::FolderEntry& file) {
-    constexpr ULONGLONG kTenthOfMegabyte = 104858;
-    const auto tenths = static_cast<UINT>(file.size / kTenthOfMegabyte);
-    return FormatW(u"%u.%u MB", tenths / 10, tenths % 10);
-}
 
 SIZE Measure(HDC dc, const WString& text) {
     SIZE size = {};
@@ -129,16 +127,17 @@ void CVelFileDialog::OnDraw(HDC dc) {
     SetTextColor(dc, RGB(0xB7, 0xC4, 0xD3));
     const HGDIOBJ before = SelectObject(dc, GetDefaultFont());
     for (int row = 0; row < GetVisibleRows(); ++row) {
-        const auto index = static_cast<std::size_t>(m_FileItems.top + row);
+        const auto index = static_cast<std::size_t>(m_FileItems.top) + static_cast<std::size_t>(row);
         const GButton* widget = Find(kFirstRow + static_cast<UINT>(row));
         if (!widget || index >= m_pFileDialog->files.size()) {
             continue;
         }
-        const ce::FolderEntry& file = m_pFileDialog->files[index];
+        FileDialogImpl::ListedFile& file = m_pFileDialog->files[index];
         const RECT& rect = widget->GetRect();
         DrawSign(dc, *widget);
         const LONG middle = (rect.top + rect.bottom) / 2;
-        for (const auto& [text, above] : {std::pair{DateOf(file), 1}, std::pair{LengthOf(file), 0}}) {
+        const WString& length = FileDialogImpl::LengthOf(file, m_strFolder);
+        for (const auto& [text, above] : {std::pair{shell::DateText(file.entry.modified), 1}, std::pair{length, 0}}) {
             const SIZE size = Measure(dc, text);
             RECT area = rect;
             area.left = rect.right - kDetailMargin - size.cx;
@@ -163,19 +162,38 @@ void CVelFileDialog::ReadFolder() {
     m_arrFileLines.clear();
     m_pFileDialog->files.clear();
     ShellCore* core = ShellCore::Current();
+    // A player says itself which recordings it plays.
+    GView* parent = m_pDialog->parent;
+    auto* player = parent && parent->IsKindOf(&CVelPlayerView::classCVelPlayerView)
+                       ? static_cast<CVelPlayerView*>(parent)
+                       : nullptr;
+    const auto isRecording = [&](const WString& name, int type) {
+        return player ? player->AllowFileList((m_strFolder + name).c_str()) != 0
+                      : type == kFileTypeDMB || type == kFileTypeTS;
+    };
     const auto entries = core ? core->ce.files().List(m_strFolder.c_str()) : std::nullopt;
     if (entries) {
         for (const ce::FolderEntry& entry : *entries) {
+            if (entry.isFolder) {
+                continue;
+            }
             const int type = core->document.CheckFileType(entry.name.c_str());
-            const bool wanted =
-                m_nFileType == kListTypeRecordings ? type == kFileTypeDMB || type == kFileTypeTS : type == m_nFileType;
-            if (!entry.isFolder && wanted) {
+            if (m_nFileType == kListTypeRecordings ? isRecording(entry.name, type) : type == m_nFileType) {
                 m_arrFileLines.push_back(entry.name);
-                m_pFileDialog->files.push_back(entry);
+                m_pFileDialog->files.push_back({entry, std::nullopt});
             }
         }
     }
     SetItemCount(m_FileItems, static_cast<int>(m_arrFileLines.size()));
+}
+
+const WString& CVelFileDialog::FileDialogImpl::LengthOf(ListedFile& file, const WString& folder) {
+    if (!file.length) {
+        const auto& source = ShellCore::Current()->playingTimeSource;
+        file.length =
+            shell::LengthText(file.entry.size, source ? source((folder + file.entry.name).c_str()) : std::nullopt);
+    }
+    return *file.length;
 }
 
 // A line of the current list; a file's name leaves room for what stands beside it.

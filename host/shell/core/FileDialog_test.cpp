@@ -1,3 +1,4 @@
+#include "host/shell/core/FileDetails.h"
 #include "platform/velshell/VelFileDialog.h"
 #include "tests/shell/ShellFixture.h"
 
@@ -42,6 +43,15 @@ TEST_F(ShellFixture, RecordingsOfBothKindsAreListed) {
     EXPECT_EQ(only.GetSelection(), -1);
 }
 
+TEST_F(ShellFixture, AFileThatTheViewDoesNotPlayIsNotListed) {
+    MakeFiles(root / "card", {"a.dmb", "b.dmb", "c.ts"});
+    TestView& view = Open();
+    view.refusedFile = u"\\SDMMC Card\\DMB\\b.dmb";
+    TestList list(&view);
+    shell->DuringModal([&] { EXPECT_EQ(list.GetFileLines(), (std::vector<WString>{u"a.dmb", u"c.ts"})); });
+    EXPECT_EQ(list.DoModal(), kDialogCancel);
+}
+
 TEST_F(ShellFixture, AListScrollsByPages) {
     MakeFiles(root / "card", {"1.dmb", "2.dmb", "3.dmb", "4.dmb", "5.dmb", "6.dmb", "7.dmb"});
     TestView& view = Open();
@@ -59,6 +69,51 @@ TEST_F(ShellFixture, AListScrollsByPages) {
     });
     EXPECT_EQ(list.DoModal(), kDialogOk);
     EXPECT_EQ(list.GetSelection(), 1) << "the arrow keys marked the second line";
+}
+
+TEST(FileDetails, TheLengthIsThePlayingTimeAndTheSizeOnlyWithoutOne) {
+    EXPECT_EQ(LengthText(5 << 20, 0u), u"0:00");
+    EXPECT_EQ(LengthText(5 << 20, 59u), u"0:59");
+    EXPECT_EQ(LengthText(5 << 20, 60u), u"1:00");
+    EXPECT_EQ(LengthText(5 << 20, 754u), u"12:34");
+    EXPECT_EQ(LengthText(5 << 20, 3599u), u"59:59");
+    EXPECT_EQ(LengthText(5 << 20, 3600u), u"1:00:00");
+    EXPECT_EQ(LengthText(5 << 20, 36061u), u"10:01:01");
+    EXPECT_EQ(LengthText(5 << 20, std::nullopt), u"5.0 MB");
+    EXPECT_EQ(LengthText(0, std::nullopt), u"0.0 MB");
+}
+
+TEST_F(ShellFixture, OnlyFilesThatAreSeenAreAskedForTheirTimeAndOnlyOnce) {
+    MakeFiles(root / "card", {"1.dmb", "2.dmb", "3.dmb", "4.dmb", "5.dmb", "6.dmb", "7.dmb"});
+    std::vector<WString> asked;
+    shell->SetPlayingTimeSource([&](const WCHAR* path) -> std::optional<UINT> {
+        asked.emplace_back(path);
+        return asked.size() == 1 ? std::nullopt : std::optional(83u);
+    });
+    TestView& view = Open();
+    TestList list(&view);
+    shell->DuringModal([&] {
+        (void)shell->Screen();
+        ASSERT_EQ(asked.size(), 5u);
+        EXPECT_EQ(asked[0], u"\\SDMMC Card\\DMB\\1.dmb");
+        EXPECT_EQ(asked[4], u"\\SDMMC Card\\DMB\\5.dmb");
+        InvalidateRect(GView::GetFrontWindow(), nullptr, FALSE);
+        (void)shell->Screen();
+        EXPECT_TRUE(shell->Press(72));
+    });
+    shell->DuringModal([&] {
+        (void)shell->Screen();
+        ASSERT_EQ(asked.size(), 7u) << "the two that came into sight";
+        EXPECT_EQ(asked[6], u"\\SDMMC Card\\DMB\\7.dmb");
+        PostMessageW(GView::GetFrontWindow(), WM_LIST_REFRESH, 0, 0);
+    });
+    shell->DuringModal([&] {
+        InvalidateRect(GView::GetFrontWindow(), nullptr, FALSE);
+        (void)shell->Screen();
+        EXPECT_EQ(asked.size(), 12u) << "a folder that is read again may hold other files";
+        shell->Key(27);
+    });
+    EXPECT_EQ(list.DoModal(), kDialogCancel);
 }
 
 TEST_F(ShellFixture, AMissingFolderIsAnEmptyList) {

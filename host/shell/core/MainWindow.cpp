@@ -12,7 +12,7 @@ constexpr UINT kClock = 20, kDate = 21, kTile = 30, kLine = 31, kLeave = 32;
 constexpr UINT_PTR kHomeTimer = 1;
 constexpr UINT kHomeTick = 500; // ms
 
-constexpr UINT kReturn = 13, kBlank = 32, kOkKey = 195;
+constexpr UINT kReturn = 13, kEscape = 27, kBlank = 32, kOkKey = 195;
 
 } // namespace
 
@@ -68,6 +68,8 @@ void MainWindow::OnTimer(UINT_PTR /*id*/) {
 void MainWindow::OnKeyUp(UINT key, UINT /*repeatCount*/, UINT /*flags*/) {
     if (key == kReturn || key == kBlank || key == kOkKey) {
         OnTile();
+    } else if (key == kEscape) {
+        (void)ShellCore::Current()->boxes.Force(kDialogCancel);
     }
 }
 

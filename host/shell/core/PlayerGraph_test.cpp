@@ -73,7 +73,7 @@ TEST_F(ShellFixture, PlayPauseAndStopFollowTheGraph) {
     EXPECT_EQ(view.Stop(), 1);
     EXPECT_EQ(view.GetPlayMode(), kPlayModeStopped);
     EXPECT_TRUE(Logged("mode 4"));
-    EXPECT_EQ(view.AllowFileList(u"a.dmb"), 0);
+    EXPECT_EQ(view.CVelPlayerView::AllowFileList(u"a.dmb"), 0);
 }
 
 } // namespace shell

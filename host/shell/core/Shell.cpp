@@ -176,6 +176,10 @@ void Shell::SetReasonSource(std::function<ReasonShown()> source) {
     core->reasonSource = std::move(source);
 }
 
+void Shell::SetPlayingTimeSource(std::function<std::optional<UINT>(const WCHAR* path)> source) {
+    core->playingTimeSource = std::move(source);
+}
+
 void Shell::SetDebugMode(bool on) {
     core->document.SetDebugMode(on);
 }

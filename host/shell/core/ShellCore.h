@@ -157,6 +157,7 @@ public:
     bool homeInFront = false;                 // the view is held behind the home screen
     const GRuntimeClass* lastClass = nullptr; // of the view that was opened last, while its module is there
     WString lastTitle;
+    std::function<std::optional<UINT>(const WCHAR* path)> playingTimeSource;
     std::function<ReasonShown()> reasonSource;
     ReasonShown reason;
     bool reasonIsSmall = false;

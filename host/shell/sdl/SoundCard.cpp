@@ -2,6 +2,7 @@
 
 #include <SDL.h>
 
+#include <cstring>
 #include <utility>
 
 namespace shell::sdl {
@@ -27,7 +28,13 @@ SoundCard::~SoundCard() {
 
 void SoundCard::OnPull(void* self, std::uint8_t* bytes, int count) {
     const std::size_t samples = static_cast<std::size_t>(count) / sizeof(std::int16_t);
-    static_cast<SoundCard*>(self)->pull({reinterpret_cast<std::int16_t*>(bytes), samples});
+    auto* card = static_cast<SoundCard*>(self);
+    // A card that was pulled out still asks for sound, and nobody hears it.
+    if (SDL_GetAudioDeviceStatus(card->device) == SDL_AUDIO_STOPPED) {
+        std::memset(bytes, 0, static_cast<std::size_t>(count));
+        return;
+    }
+    card->pull({reinterpret_cast<std::int16_t*>(bytes), samples});
 }
 
 bool SoundCard::Start(Pull newPull) {
@@ -40,6 +47,10 @@ bool SoundCard::Start(Pull newPull) {
     wanted.callback = OnPull;
     wanted.userdata = this;
     SDL_AudioSpec got = {};
+    // Whoever looks for a card again and again does so in silence: trying to open none is told of by some systems each time.
+    if (failed && initialised && SDL_GetNumAudioDevices(0) == 0) {
+        return false;
+    }
     pull = std::move(newPull);
     device = initialised ? SDL_OpenAudioDevice(nullptr, 0, &wanted, &got, SDL_AUDIO_ALLOW_SAMPLES_CHANGE) : 0;
     if (device == 0) {
@@ -59,7 +70,8 @@ bool SoundCard::Start(Pull newPull) {
 
 void SoundCard::Stop() {
     if (device != 0) {
-        SDL_CloseAudioDevice(std::exchange(device, 0));
+        SDL_CloseAudioDevice(device); // the callback reads it until then
+        device = 0;
     }
     pull = nullptr;
 }

@@ -1,28 +1,32 @@
 // dmbtv demo: makes the built-in demo broadcast, unless it is there, and tells where.
 #include <cstdio>
-#include <exception>
 
 #include <CLI/CLI.hpp>
 
-#include "host/app/dmbtv/Folders.h"
+#include "host/app/dmbtv/Interrupts.h"
+#include "host/app/dmbtv/QuitPort.h"
+#include "host/app/dmbtv/Session.h"
 #include "host/app/dmbtv/commands/Command.h"
-#include "host/headend/Demo.h"
 
 namespace dmbtv {
 
 namespace {
 
 int MakeDemo() {
+    QuitPort quit;
+    const Interrupts interrupts([&quit] { quit.Request(); });
     try {
-        const auto folder = headend::EnsureDemo(CacheFolder() / "demo", [](double share, const std::string& what) {
-            char percent[8];
-            std::snprintf(percent, sizeof percent, "%3.0f %%", share * 100);
-            Log(LogLevel::Info, std::string("demo broadcast ") + percent + "  " + what);
-        });
+        const auto folder = DemoFolder(
+            [](double share, const std::string& what) {
+                char percent[8];
+                std::snprintf(percent, sizeof percent, "%3.0f %%", share * 100);
+                Log(LogLevel::Info, std::string("demo broadcast ") + percent + "  " + what);
+            },
+            quit.Token());
         std::puts(folder.c_str());
         return kExitDone;
-    } catch (const std::exception& error) {
-        return Fail(kExitFailed, std::string("the demo broadcast cannot be made: ") + error.what());
+    } catch (const StartFailure& failure) {
+        return Fail(failure.status == kExitInterrupted ? kExitInterrupted : kExitFailed, failure.what());
     }
 }
 

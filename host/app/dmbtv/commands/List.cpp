@@ -12,6 +12,8 @@
 #include "host/app/dmbtv/commands/Channels.h"
 #include "host/app/dmbtv/commands/Command.h"
 #include "host/ce/Text.h"
+#include "host/filters/Recording.h"
+#include "host/shell/core/FileDetails.h"
 #include "view/DMBView.h"
 
 namespace dmbtv {
@@ -49,9 +51,14 @@ Json RecordingsAsJson(CVelDMBView& view, ce::DeviceFiles& files) {
     if (!entries)
         return recordings;
     for (const ce::FolderEntry& entry : *entries) {
-        if (!entry.isFolder && view.AllowFileList((folder + entry.name).c_str()) != 0)
-            recordings.push_back(
-                {{"name", ce::ToUtf8(entry.name)}, {"bytes", entry.size}, {"modified", WhenOf(entry.modified)}});
+        const WString path = folder + entry.name;
+        if (entry.isFolder || view.AllowFileList(path.c_str()) == 0)
+            continue;
+        const auto seconds = filters::PlayingSeconds(path.c_str());
+        recordings.push_back({{"name", ce::ToUtf8(entry.name)},
+                              {"bytes", entry.size},
+                              {"seconds", seconds ? Json(*seconds) : Json()},
+                              {"modified", WhenOf(entry.modified)}});
     }
     return recordings;
 }
@@ -60,9 +67,13 @@ void Print(const Json& told) {
     for (const Json& channel : told.at("channels"))
         std::printf("%-5s  %-6s  %s\n", KindName(channel.at("kind").get<LONG>()),
                     channel.at("channel").get<std::string>().c_str(), channel.at("label").get<std::string>().c_str());
-    for (const Json& recording : told.at("recordings"))
-        std::printf("file   %s  %9.1f MB  %s\n", recording.at("modified").get<std::string>().c_str(),
-                    recording.at("bytes").get<double>() / 1048576, recording.at("name").get<std::string>().c_str());
+    for (const Json& recording : told.at("recordings")) {
+        const Json& seconds = recording.at("seconds");
+        const WString length = shell::LengthText(recording.at("bytes").get<ULONGLONG>(),
+                                                 seconds.is_null() ? std::nullopt : std::optional(seconds.get<UINT>()));
+        std::printf("file   %s  %9s  %s\n", recording.at("modified").get<std::string>().c_str(),
+                    ce::ToUtf8(length).c_str(), recording.at("name").get<std::string>().c_str());
+    }
 }
 
 int List(Options options, bool json) {

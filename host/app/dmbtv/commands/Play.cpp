@@ -9,6 +9,7 @@
 #include "graph/RecordName.h"
 #include "host/app/dmbtv/Interrupts.h"
 #include "host/app/dmbtv/Player.h"
+#include "host/app/dmbtv/QuitPort.h"
 #include "host/app/dmbtv/ScriptRunner.h"
 #include "host/app/dmbtv/Session.h"
 #include "host/app/dmbtv/commands/Command.h"
@@ -84,8 +85,10 @@ public:
 };
 
 int PlayHeadless(const Options& options, const std::filesystem::path& file) {
-    Session session(options, {});
-    const Interrupts interrupts([&session] { session.RequestQuit(); });
+    QuitPort quit;
+    const Interrupts interrupts([&quit] { quit.Request(); });
+    Session session(options, {nullptr, nullptr, {}, quit.Token()});
+    const QuitPort::Joined joined(quit, session);
     CancelUnanswered(session.Shell());
     const int status = PlayOn(session, file);
     return interrupts.Came() ? int{kExitInterrupted} : status;

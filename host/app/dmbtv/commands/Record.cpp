@@ -10,6 +10,7 @@
 
 #include "graph/RecordName.h"
 #include "host/app/dmbtv/Interrupts.h"
+#include "host/app/dmbtv/QuitPort.h"
 #include "host/app/dmbtv/ScriptRunner.h"
 #include "host/app/dmbtv/Session.h"
 #include "host/app/dmbtv/ViewLook.h"
@@ -188,8 +189,10 @@ private:
 
 int Record(const Options& options, const Wish& wish) {
     try {
-        Session session(options, {});
-        const Interrupts interrupts([&session] { session.RequestQuit(); });
+        QuitPort quit;
+        const Interrupts interrupts([&quit] { quit.Request(); });
+        Session session(options, {nullptr, nullptr, {}, quit.Token()});
+        const QuitPort::Joined joined(quit, session);
         CancelUnanswered(session.Shell());
         int status = kExitDone;
         try {

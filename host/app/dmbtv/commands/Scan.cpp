@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/app/dmbtv/Interrupts.h"
+#include "host/app/dmbtv/QuitPort.h"
 #include "host/app/dmbtv/ScriptRunner.h"
 #include "host/app/dmbtv/Session.h"
 #include "host/app/dmbtv/ViewLook.h"
@@ -105,8 +106,10 @@ bool ListIsStored(const Options& options, int channels) {
 
 int Scan(const Options& options, bool json) {
     try {
-        Session session(options, {});
-        const Interrupts interrupts([&session] { session.RequestQuit(); });
+        QuitPort quit;
+        const Interrupts interrupts([&quit] { quit.Request(); });
+        Session session(options, {nullptr, nullptr, {}, quit.Token()});
+        const QuitPort::Joined joined(quit, session);
         shell::Shell& shell = session.Shell();
         const auto& view = static_cast<const CVelDMBView&>(session.OpenView());
         CancelUnanswered(shell); // the list that the scan opens at its end

@@ -5,6 +5,7 @@
 
 #include "host/app/dmbtv/Interrupts.h"
 #include "host/app/dmbtv/Player.h"
+#include "host/app/dmbtv/QuitPort.h"
 #include "host/app/dmbtv/ScriptRunner.h"
 #include "host/app/dmbtv/commands/Command.h"
 
@@ -13,8 +14,10 @@ namespace dmbtv {
 namespace {
 
 int PlayHeadless(const Options& options, const std::optional<Script>& script) {
-    Session session(options, {});
-    const Interrupts interrupts([&session] { session.RequestQuit(); });
+    QuitPort quit;
+    const Interrupts interrupts([&quit] { quit.Request(); });
+    Session session(options, {nullptr, nullptr, {}, quit.Token()});
+    const QuitPort::Joined joined(quit, session);
     CancelUnanswered(session.Shell());
     const int status = Play(session, options, script);
     return interrupts.Came() ? int{kExitInterrupted} : status;
