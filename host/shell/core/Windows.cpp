@@ -86,11 +86,11 @@ void ShellCore::PaintWindow(Window& window) {
     if (window.painting || window.invalid.IsEmpty()) {
         return;
     }
-    Region region = window.invalid;
+    const Region region = window.invalid;
     window.invalid.Clear();
     window.painting = true;
     const HWND handle = window.handle;
-    const HDC context = gdi.MakeWindowContext(handle, *window.surface, std::move(region));
+    const HDC context = gdi.MakeWindowContext(handle, *window.surface, region);
     window.view->OnDraw(context);
     if (Context* over = gdi.Find(context); over && windows.Find(handle)) {
         PaintElements(VelShellAccess::Widgets(*window.widgets), *over, true);

@@ -26,8 +26,8 @@ struct Point {
 // screen that has `scale` of them for each of the usual.
 [[nodiscard]] Box ToOutput(const Box& part, const Box& screen, int scale = 1);
 
-// How finely the screen should be drawn for an output of so many pixels: usual (1) up to a quarter larger than the screen is, else with
-// two pixels for one (2).
+// How finely the screen should be drawn for an output of so many pixels: as usual (1) up to a quarter larger than the screen is,
+// else with two pixels for one (2).
 [[nodiscard]] int ScaleFor(int outputWidth, int outputHeight);
 
 // A point of a window, which counts in units of its own (a high-density display has several pixels for one), on the screen. A

@@ -48,8 +48,9 @@ bool IsSet(const Sign& sign, int x, int y) {
            (sign[static_cast<std::size_t>(y)] >> (kSignRows - 1 - x) & 1) != 0;
 }
 
-// One of the four finer pixels that a pixel becomes; (right, below) is 1 for those on that side. Steps of a slanted edge become steps of
-// half the height: a corner takes the colour on which the two neighbours beside it agree, unless the edge goes straight on.
+// One of the four finer pixels that a pixel becomes; `right` and `below` are 1 for those on that side. Steps of a slanted edge
+// become steps of half the height: a corner takes the colour on which the two neighbours beside it agree, unless the edge goes
+// straight on.
 bool IsFinerSet(const Sign& sign, int x, int y, int right, int below) {
     const int aside = 2 * right - 1;
     const int onward = 2 * below - 1;

@@ -175,9 +175,7 @@ void Element::Paint(Context& context) const {
     const FaceDescription& face = description.faces[ShowsOtherFace() ? 1 : 0];
     const std::string& name = !face.images[look].empty() ? face.images[look] : face.images[0];
     const SkinImage* picture = pictures.Picture(name);
-    if (m_pImpl->background && look == kButtonNormal) {
-        picture = static_cast<const SkinImage*>(m_pImpl->background);
-    } else if (m_pImpl->background && face.images[look].empty()) {
+    if (m_pImpl->background && (look == kButtonNormal || face.images[look].empty())) {
         picture = static_cast<const SkinImage*>(m_pImpl->background);
     }
     if (picture && !textOnly) {

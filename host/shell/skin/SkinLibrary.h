@@ -1,7 +1,7 @@
 // The skins of a folder with their pictures, fonts and texts, ready for use.
 //
-// The folder holds one `<anything>.skin` per resource, `texts.txt`, and the pictures as `images/<name>.png`; those of twice the size for
-// finer screens are `images/<name>@2x.png`.
+// The folder holds one `<anything>.skin` per resource, `texts.txt`, and the pictures as `images/<name>.png`; those of twice the
+// size for finer screens are `images/<name>@2x.png`.
 #pragma once
 
 #include "host/shell/gdi/Context.h"
