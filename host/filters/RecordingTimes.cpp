@@ -12,6 +12,8 @@ namespace {
 constexpr std::uint64_t kBaseMask = (std::uint64_t{1} << 33) - 1;
 // More than any recording of this system lasts: such a length is a jump of the clock.
 constexpr Ticks kLongest = 13 * 3600 * kTicksPerSecond;
+// References are due ten times a second: what is further apart has a jump in between.
+constexpr Ticks kLargestStep = kTicksPerSecond;
 // The pace of a beginning shorter than this is no measure for the rest.
 constexpr Ticks kEnoughSeen = kTicksPerSecond / 2;
 
@@ -33,6 +35,22 @@ std::optional<std::uint16_t> ClockPidOf(ByteSpan head, bool whole) {
         sync.Finish(push);
     return pid;
 }
+
+// How much time the references tell, and in how many bytes; steps that are jumps of the clock count for neither.
+struct Pace {
+    Ticks time = 0;
+    std::uint64_t bytes = 0;
+
+    explicit Pace(const std::vector<ClockReference>& references) {
+        for (std::size_t i = 1; i < references.size(); ++i) {
+            const Ticks step = TicksBetween(references[i - 1].base, references[i].base);
+            if (step > kLargestStep)
+                continue;
+            time += step;
+            bytes += references[i].byte - references[i - 1].byte;
+        }
+    }
+};
 
 } // namespace
 
@@ -71,14 +89,14 @@ std::optional<RecordingTimes> MeasureTimes(ByteSpan head, ByteSpan tail, std::ui
     RecordingTimes times;
     times.clockPid = *pid;
     times.first = early.front();
-    times.seen = TicksBetween(times.first.base, early.back().base);
+    const Pace pace(early);
+    times.seen = pace.time;
     const Ticks measured = TicksBetween(times.first.base, late.back().base);
     times.steady = measured > 0 && measured < kLongest;
     // What the file would last at the pace of its beginning: a jump of the clock shows in the difference.
-    const std::uint64_t bytes = early.back().byte - times.first.byte;
     double guess = 0;
-    if (bytes > 0) {
-        guess = static_cast<double>(times.seen) / static_cast<double>(bytes) * static_cast<double>(size);
+    if (pace.bytes > 0) {
+        guess = static_cast<double>(pace.time) / static_cast<double>(pace.bytes) * static_cast<double>(size);
         times.steady = times.steady && std::abs(static_cast<double>(measured) - guess) < 0.5 * guess;
     }
     times.duration =

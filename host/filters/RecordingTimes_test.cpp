@@ -167,6 +167,18 @@ TEST(RecordingTimes, AJumpOfTheClockIsReplacedByTheFilesPace) {
     EXPECT_NEAR(*forwards, 60, 2);
 }
 
+// A recording of a second over the moment at which a transmitter's loop begins anew once told 13 hours.
+TEST(RecordingTimes, AJumpInsideTheBeginningCountsForNothing) {
+    for (const std::uint64_t after : {std::uint64_t{500}, std::uint64_t{90} * kTicksPerSecond}) {
+        Bytes bytes = Capture(1, 58 * kTicksPerSecond);
+        const Bytes second = Capture(1, after);
+        bytes.insert(bytes.end(), second.begin(), second.end());
+        const auto seconds = File{bytes}.Seconds();
+        ASSERT_TRUE(seconds);
+        EXPECT_NEAR(*seconds, 2, 0.5);
+    }
+}
+
 TEST(RecordingTimes, PacketsWithCheckBytesBehindThem) {
     const Bytes bare = Capture(20);
     File file;
