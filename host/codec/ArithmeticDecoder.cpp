@@ -34,18 +34,16 @@ std::uint32_t ArithmeticDecoder::PeekNearEnd(const std::uint8_t* data, std::size
 
 namespace {
 
-// How many entries of the model are above `place`: eight are compared at a time. The entries fall, and mostly the first
-// eight decide.
-std::size_t CountAbove(CumulativeModel model, std::int16_t place) {
-    using Group [[gnu::vector_size(sizeof(std::int16_t) * kModelGroup)]] = std::int16_t;
-    using Bytes [[gnu::vector_size(kModelGroup)]] = std::int8_t;
+// How many entries of the model, times `step`, are above `value`. Eight are compared at a time, side by side; the entries
+// fall, and mostly the first eight decide.
+std::size_t CountAbove(CumulativeModel model, std::uint32_t value, std::uint32_t step) {
     for (std::size_t k = 0;; k += kModelGroup) {
-        Group entries;
-        std::memcpy(&entries, model.data() + k, sizeof entries);
-        // A byte of ones for each entry that is not above.
-        const auto below = std::bit_cast<std::uint64_t>(__builtin_convertvector(entries <= place, Bytes));
-        if (below != 0) [[likely]]
-            return k + static_cast<std::size_t>(std::countr_zero(below)) / 8;
+        const std::uint16_t* entry = model.data() + k;
+        const auto above = [&](unsigned i) { return std::size_t{value < entry[i] * step}; };
+        const std::size_t count =
+            ((above(0) + above(1)) + (above(2) + above(3))) + ((above(4) + above(5)) + (above(6) + above(7)));
+        if (count < kModelGroup) [[likely]]
+            return k + count;
     }
 }
 
@@ -57,10 +55,9 @@ unsigned ArithmeticDecoder::Symbol(CumulativeModel model, unsigned wanted) {
     // Most models have two entries, the second of them 0: a bit whose 0 stands for symbol 1.
     if (model.size() == 2)
         return 1 - Bit(model[0]);
-    // The symbol is the first entry that is not above value / step. The models fall and end with 0, so it is the number of
-    // those above. Broken data may lie above all.
-    const std::uint32_t place = static_cast<std::uint32_t>(value >> kAhead) / step;
-    const std::size_t symbol = CountAbove(model, static_cast<std::int16_t>(std::min(place, kProbabilityScale)));
+    // The symbol is the first entry whose share is not above the value. The models fall and end with 0, so it is the number of
+    // those above.
+    const std::size_t symbol = CountAbove(model, static_cast<std::uint32_t>(value >> kAhead), step);
     const std::uint32_t below = model[symbol];
     const std::uint32_t above = symbol == 0 ? kProbabilityScale : model[symbol - 1];
     value -= static_cast<std::uint64_t>(below * step) << kAhead;
