@@ -61,7 +61,7 @@ public:
 
     // As EvenBit when `due` is 1; when it is 0, nothing happens and 0 is returned.
     [[gnu::always_inline]] unsigned EvenBitIf(unsigned due) {
-        const std::uint64_t boundary = (std::uint64_t{step << 13} << kAhead) & (0 - std::uint64_t{due});
+        const std::uint64_t boundary = std::uint64_t{step} << (13 + kAhead) & (0 - std::uint64_t{due});
         std::uint64_t rest = value;
         unsigned bit = 0;
 #if defined(__x86_64__)

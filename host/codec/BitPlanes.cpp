@@ -230,6 +230,13 @@ template <class Coder, bool kLimited>
                  : CodeQuad<Coder, kLimited, false, true, true>(pass, quad, firstLine);
 }
 
+// The same pointer, of which the compiler forgets where it comes from: it would keep one for each member otherwise, and the
+// registers are needed.
+[[gnu::always_inline]] inline Quad* Opaque(Quad* quad) {
+    asm("" : "+r"(quad));
+    return quad;
+}
+
 template <class Coder, bool kLimited>
 [[gnu::always_inline]] inline bool CodeQuadAsItIs(Pass<Coder>& pass, Quad& quad, unsigned firstLine, bool first,
                                                   bool second) {
@@ -273,8 +280,8 @@ template <class Coder, bool kLimited>
                 const std::uint64_t one = left & (0 - left);
                 pass.coder.FillUp();
                 const unsigned index = w * 64 + static_cast<unsigned>(std::countr_zero(left));
-                if (!CodeQuadAsItIs<Coder, kLimited>(pass, quads[index], index * kQuadLines, (inFirst & one) != 0,
-                                                     (inSecond & one) != 0)) {
+                if (!CodeQuadAsItIs<Coder, kLimited>(pass, *Opaque(&quads[index]), index * kQuadLines,
+                                                     (inFirst & one) != 0, (inSecond & one) != 0)) {
                     spent = true;
                     break;
                 }

@@ -14,6 +14,7 @@
 #include "host/codec/LayerLoop.h"
 #include "host/codec/Reconstruction.h"
 #include "host/codec/SideInformation.h"
+#include "host/codec/Wide.h"
 #include "host/wire/BitReader.h"
 
 namespace codec {
@@ -24,7 +25,7 @@ constexpr float kFade = 0.7F; // for each block in a row that is missing
 constexpr unsigned kBlocksToSilence = 10;
 
 // To the nearest 16-bit number, ties to even, in the lower half; `sample` is finite.
-std::uint32_t Round(float sample) {
+[[gnu::always_inline]] inline std::uint32_t Round(float sample) {
     // Adding 1.5 * 2^23 leaves the rounded number in the lower bits of the significand. These comparisons are the ones
     // that vector instructions make.
     const float above = sample > -32768.0F ? sample : -32768.0F;
@@ -32,13 +33,25 @@ std::uint32_t Round(float sample) {
     return std::bit_cast<std::uint32_t>(limited + 12582912.0F) & 0xFFFF;
 }
 
-void Interleave(std::span<const float, kBlockSamples> left, std::span<const float, kBlockSamples> right,
-                std::int16_t* samples) {
+using Channel = std::span<const float, kBlockSamples>;
+
+[[gnu::always_inline]] inline void InterleaveAsIs(Channel left, Channel right, std::int16_t* samples) {
     static_assert(std::endian::native == std::endian::little, "the left sample comes first");
     std::array<std::uint32_t, kBlockSamples> pairs;
     for (std::size_t n = 0; n < kBlockSamples; ++n)
         pairs[n] = Round(left[n]) | Round(right[n]) << 16;
     std::memcpy(samples, pairs.data(), sizeof pairs);
+}
+
+DMB_CODEC_WIDE void InterleaveWide(Channel left, Channel right, std::int16_t* samples) {
+    InterleaveAsIs(left, right, samples);
+}
+
+void Interleave(Channel left, Channel right, std::int16_t* samples) {
+    if (HasWideVectors())
+        InterleaveWide(left, right, samples);
+    else
+        InterleaveAsIs(left, right, samples);
 }
 
 // The lines of eight short windows as a long spectrum of the same colour.

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <numbers>
 
+#include "host/codec/Wide.h"
+
 namespace codec {
 
 namespace {
@@ -49,8 +51,8 @@ void MakeKaiserBesselSlope(double alpha, std::span<float> slope) {
 
 // The rising half of a window of 2 * `half` samples, added to what lies at `target`. `middle` has half / 2 samples. The
 // slope lies in the middle, with zeros before and ones behind it.
-void AddRising(const float* __restrict middle, std::size_t half, std::span<const float> slope,
-               float* __restrict target) {
+[[gnu::always_inline]] inline void AddRising(const float* __restrict middle, std::size_t half,
+                                             std::span<const float> slope, float* __restrict target) {
     const std::size_t quarter = half / 2;
     const std::size_t bend = slope.size() / 2;
     for (std::size_t n = 0; n < bend; ++n) {
@@ -62,8 +64,8 @@ void AddRising(const float* __restrict middle, std::size_t half, std::span<const
 }
 
 // The falling half: ones, the slope backwards, zeros. It takes the place of what lies at `target`.
-void SetFalling(const float* __restrict middle, std::size_t half, std::span<const float> slope,
-                float* __restrict target) {
+[[gnu::always_inline]] inline void SetFalling(const float* __restrict middle, std::size_t half,
+                                              std::span<const float> slope, float* __restrict target) {
     const std::size_t quarter = half / 2;
     const std::size_t bend = slope.size() / 2;
     const std::size_t flat = quarter - bend;
@@ -73,6 +75,26 @@ void SetFalling(const float* __restrict middle, std::size_t half, std::span<cons
         target[half - flat - 1 - n] = middle[flat + n] * slope[n];
     }
     std::fill_n(target + half - flat, flat, 0.0F);
+}
+
+using Slope = std::span<const float>;
+
+// Both halves of a long window.
+[[gnu::always_inline]] inline void OverlapAsIs(const float* middle, Slope rising, Slope falling, float* sum,
+                                               float* next) {
+    AddRising(middle, kBlockSamples, rising, sum);
+    SetFalling(middle + kBlockSamples / 2, kBlockSamples, falling, next);
+}
+
+DMB_CODEC_WIDE void OverlapWide(const float* middle, Slope rising, Slope falling, float* sum, float* next) {
+    OverlapAsIs(middle, rising, falling, sum, next);
+}
+
+void Overlap(const float* middle, Slope rising, Slope falling, float* sum, float* next) {
+    if (HasWideVectors())
+        OverlapWide(middle, rising, falling, sum, next);
+    else
+        OverlapAsIs(middle, rising, falling, sum, next);
 }
 
 } // namespace
@@ -113,14 +135,12 @@ void FilterBank::RunShort(const Spectrum& spectrum, WindowShape shape, Half& sum
 void FilterBank::RunLong(const Spectrum& spectrum, WindowSequence sequence, WindowShape shape, Half& sum, Half& next) {
     const auto slope = [this](WindowShape of, bool isShort) {
         const auto index = static_cast<std::size_t>(of);
-        return isShort ? std::span<const float>(slopes.shortSlope[index])
-                       : std::span<const float>(slopes.longSlope[index]);
+        return isShort ? Slope(slopes.shortSlope[index]) : Slope(slopes.longSlope[index]);
     };
     alignas(av::InverseMdct::kAlignment) Half middle;
     longTransform.Run(middle.data(), spectrum.data());
-    AddRising(middle.data(), kBlockSamples, slope(previousShape, sequence == WindowSequence::kStop), sum.data());
-    SetFalling(middle.data() + kBlockSamples / 2, kBlockSamples, slope(shape, sequence == WindowSequence::kStart),
-               next.data());
+    Overlap(middle.data(), slope(previousShape, sequence == WindowSequence::kStop),
+            slope(shape, sequence == WindowSequence::kStart), sum.data(), next.data());
 }
 
 std::span<const float, kBlockSamples> FilterBank::Run(const Spectrum& spectrum, WindowSequence sequence,

@@ -11,24 +11,45 @@ extern "C" {
 #include <libavutil/tx.h>
 }
 
+#include "host/codec/Wide.h"
+
 namespace codec::av {
 
 namespace {
 
 constexpr unsigned kMostPoints = 512;
 
-using Vector [[gnu::vector_size(16)]] = float;
-constexpr unsigned kStep = 4; // points at a time
+// The lanes of a vector register and the ways in which two of them mix. All by reference, as a vector wider than every
+// processor's has no place in a call.
+template <unsigned kLanes, class Indices = std::make_integer_sequence<int, kLanes>> struct Lanes;
 
-Vector Load(const float* source) {
-    Vector vector;
-    std::memcpy(&vector, source, sizeof vector);
-    return vector;
-}
+template <unsigned kLanes, int... kIndex> struct Lanes<kLanes, std::integer_sequence<int, kIndex...>> {
+    using Vector [[gnu::vector_size(kLanes * sizeof(float))]] = float;
+    static constexpr int kCount = kLanes;
+    static constexpr int kHalf = kLanes / 2;
 
-void Store(float* target, Vector vector) {
-    std::memcpy(target, &vector, sizeof vector);
-}
+    [[gnu::always_inline]] static void Load(const float* source, Vector& vector) {
+        std::memcpy(&vector, source, sizeof vector);
+    }
+    [[gnu::always_inline]] static void Store(float* target, const Vector& vector) {
+        std::memcpy(target, &vector, sizeof vector);
+    }
+    // The numbers 0, 2, 4, ... of the two after each other.
+    [[gnu::always_inline]] static void Even(const Vector& low, const Vector& high, Vector& even) {
+        even = __builtin_shufflevector(low, high, (2 * kIndex)...);
+    }
+    [[gnu::always_inline]] static void Odd(const Vector& low, const Vector& high, Vector& odd) {
+        odd = __builtin_shufflevector(low, high, (2 * kIndex + 1)...);
+    }
+    [[gnu::always_inline]] static void Reverse(Vector& vector) {
+        vector = __builtin_shufflevector(vector, vector, (kCount - 1 - kIndex)...);
+    }
+    // even 0, odd 0, even 1, odd 1, ...
+    [[gnu::always_inline]] static void StoreMixed(float* target, const Vector& even, const Vector& odd) {
+        Store(target, __builtin_shufflevector(even, odd, (kIndex / 2 + kIndex % 2 * kCount)...));
+        Store(target + kCount, __builtin_shufflevector(even, odd, (kHalf + kIndex / 2 + kIndex % 2 * kCount)...));
+    }
+};
 
 using Numbers = std::array<float, kMostPoints>;
 
@@ -66,43 +87,57 @@ InverseMdct::~InverseMdct() {
 
 // The even lines and the odd ones backwards make the complex numbers that the transform takes; real parts of what it
 // gives are the even samples, imaginary parts the odd ones backwards.
-void InverseMdct::Run(float* output, const float* input) {
-    Impl& t = *impl;
+template <unsigned kLanes>
+[[gnu::always_inline]] inline void InverseMdct::RunAsIs(Impl& t, float* output, const float* input) {
+    using L = Lanes<kLanes>;
+    using Vector = typename L::Vector;
     const std::size_t lines = 2 * t.points;
-    for (std::size_t k = 0; k < t.points; k += kStep) {
-        const float* rising = input + 2 * k;
-        const float* falling = input + lines - 2 * k;
-        const Vector even = __builtin_shufflevector(Load(rising), Load(rising + 4), 0, 2, 4, 6);
-        const Vector odd = __builtin_shufflevector(Load(falling - 4), Load(falling - 8), 3, 1, 7, 5);
-        const Vector c = Load(&t.cosine[k]);
-        const Vector s = Load(&t.sine[k]);
-        const Vector real = odd * c - even * s;
-        const Vector imaginary = odd * s + even * c;
-        Store(&t.turned[2 * k], __builtin_shufflevector(real, imaginary, 0, 4, 1, 5));
-        Store(&t.turned[2 * k + 4], __builtin_shufflevector(real, imaginary, 2, 6, 3, 7));
+    Vector low, high, c, s;
+    for (std::size_t k = 0; k < t.points; k += kLanes) {
+        Vector even, odd;
+        L::Load(input + 2 * k, low);
+        L::Load(input + 2 * k + kLanes, high);
+        L::Even(low, high, even);
+        L::Load(input + lines - 2 * k - 2 * kLanes, low);
+        L::Load(input + lines - 2 * k - kLanes, high);
+        L::Odd(low, high, odd);
+        L::Reverse(odd);
+        L::Load(&t.cosine[k], c);
+        L::Load(&t.sine[k], s);
+        L::StoreMixed(&t.turned[2 * k], odd * c - even * s, odd * s + even * c);
     }
     t.run(t.context, t.transformed.data(), t.turned.data(), 2 * sizeof(float));
-    const auto turn = [&t](std::size_t k) {
-        const Vector low = Load(&t.transformed[2 * k]);
-        const Vector high = Load(&t.transformed[2 * k + 4]);
-        const Vector real = __builtin_shufflevector(low, high, 0, 2, 4, 6);
-        const Vector imaginary = __builtin_shufflevector(low, high, 1, 3, 5, 7);
-        const Vector c = Load(&t.cosine[k]);
-        const Vector s = Load(&t.sine[k]);
-        const Vector odd = -(real * s + imaginary * c);
-        return std::pair(real * c - imaginary * s, __builtin_shufflevector(odd, odd, 3, 2, 1, 0));
+    const auto turn = [&](std::size_t k, Vector & even, Vector & odd) __attribute__((always_inline)) {
+        Vector real, imaginary;
+        L::Load(&t.transformed[2 * k], low);
+        L::Load(&t.transformed[2 * k + kLanes], high);
+        L::Even(low, high, real);
+        L::Odd(low, high, imaginary);
+        L::Load(&t.cosine[k], c);
+        L::Load(&t.sine[k], s);
+        even = real * c - imaginary * s;
+        odd = -(real * s + imaginary * c);
+        L::Reverse(odd);
     };
-    const auto store = [](float* target, Vector even, Vector odd) {
-        Store(target, __builtin_shufflevector(even, odd, 0, 4, 1, 5));
-        Store(target + 4, __builtin_shufflevector(even, odd, 2, 6, 3, 7));
-    };
-    for (std::size_t k = 0; k < t.points / 2; k += kStep) {
-        const std::size_t mirrored = t.points - kStep - k;
-        const auto [even, odd] = turn(k);
-        const auto [mirroredEven, mirroredOdd] = turn(mirrored);
-        store(output + 2 * k, even, mirroredOdd);
-        store(output + 2 * mirrored, mirroredEven, odd);
+    for (std::size_t k = 0; k < t.points / 2; k += kLanes) {
+        const std::size_t mirrored = t.points - kLanes - k;
+        Vector even, odd, mirroredEven, mirroredOdd;
+        turn(k, even, odd);
+        turn(mirrored, mirroredEven, mirroredOdd);
+        L::StoreMixed(output + 2 * k, even, mirroredOdd);
+        L::StoreMixed(output + 2 * mirrored, mirroredEven, odd);
     }
+}
+
+DMB_CODEC_WIDE void InverseMdct::RunWide(Impl& transform, float* output, const float* input) {
+    RunAsIs<8>(transform, output, input);
+}
+
+void InverseMdct::Run(float* output, const float* input) {
+    if (HasWideVectors())
+        RunWide(*impl, output, input);
+    else
+        RunAsIs<4>(*impl, output, input);
 }
 
 } // namespace codec::av

@@ -25,6 +25,9 @@ public:
 
 private:
     struct Impl;
+    template <unsigned kLanes> static void RunAsIs(Impl& transform, float* output, const float* input);
+    static void RunWide(Impl& transform, float* output, const float* input);
+
     std::unique_ptr<Impl> impl;
 };
 
