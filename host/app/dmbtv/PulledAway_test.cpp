@@ -14,6 +14,7 @@ constexpr UINT kReasonElement = 71, kRadioReasonElement = 73;
 constexpr const char16_t* kTooWeak = u"The signal is too weak to receive.";
 constexpr const char16_t* kNothingToReceiveFrom =
     u"Nothing to receive from.\nCheck the receiver or the broadcast file.";
+constexpr const char16_t* kWeakSignal = u"The signal is weak.\nTry another place for the antenna.";
 constexpr const char16_t* kNoBroadcast = u"No broadcast found here.\nCheck the antenna or choose another channel.";
 
 class PulledAway : public ViewerTest {
@@ -53,6 +54,20 @@ TEST_F(PulledAway, AFileCutToNothingPlaysByItselfWhenItIsBack) {
     std::ofstream(AirFile("8A"), std::ios::binary) << whole;
     EXPECT_TRUE(PlaysAgain());
     EXPECT_EQ(Title(), u"[CH8] FIRST TV");
+}
+
+// Edge case: the same happens to a radio
+TEST_F(PulledAway, ARadioWhoseFileWasCutPlaysByItselfWhenItIsBack) {
+    OpenPlaying();
+    PostMessageW(View().GetSafeHwnd(), WM_DMB_CHANGECHANNEL, 1, 0);
+    ASSERT_TRUE(Until([this] { return Mode() == kPlayModePlaying && Title() == u"[CH8] RADIO"; }));
+    const std::string whole = ReadWhole(AirFile("8A"));
+    fs::resize_file(AirFile("8A"), 0);
+    EXPECT_TRUE(Until([this] { return Mode() == kPlayModeStopped && NoSignal(); }));
+    EXPECT_TRUE(Until([this] { return Text(kRadioReasonElement) == kWeakSignal; }));
+    std::ofstream(AirFile("8A"), std::ios::binary) << whole;
+    EXPECT_TRUE(
+        Until([this] { return Mode() == kPlayModePlaying && !NoSignal() && Text(kRadioReasonElement).empty(); }));
 }
 
 // Edge case: the file that plays is overwritten with zeros, as by a disk that fails
