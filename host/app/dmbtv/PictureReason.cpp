@@ -1,5 +1,7 @@
 #include "host/app/dmbtv/PictureReason.h"
 
+#include "host/filters/Reception.h"
+
 namespace dmbtv {
 
 namespace {
@@ -54,6 +56,17 @@ Reason ReasonOf(const ReceptionLook& look) {
 }
 
 } // namespace
+
+ReceptionState StoppedRadio::Look(medmb::SignalState signal, const medmb::StageCounters& counters, ce::Millis now) {
+    constexpr ce::Millis kApart = 1000;
+    if (now - seenAt >= kApart) {
+        const bool first = seenAt == 0 || now - seenAt > 2 * kApart; // the counters of another time tell nothing
+        state = first ? ReceptionState::kNoSignal : filters::WhatIsMissing(signal, false, seen, counters);
+        seen = counters;
+        seenAt = now;
+    }
+    return state;
+}
 
 shell::ReasonShown WhyNoPicture(const ReceptionLook& look) {
     if (look.session == kSessionNone || look.scanning)

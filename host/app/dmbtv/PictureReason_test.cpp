@@ -70,4 +70,23 @@ TEST(PictureReason, WhatTheTunerMissed) {
     }
 }
 
+// A radio that the view has stopped: the tuner's counters tell, looked at a second apart.
+TEST(PictureReason, WhatAStoppedRadioMisses) {
+    using medmb::SignalState;
+    StoppedRadio radio;
+    medmb::StageCounters counters;
+    counters.frames = 100;
+    EXPECT_EQ(radio.Look(SignalState::Lost, counters, 5000), ReceptionState::kNoSignal);
+    EXPECT_EQ(radio.Look(SignalState::Lost, counters, 5500), ReceptionState::kNoSignal);
+    EXPECT_EQ(radio.Look(SignalState::Lost, counters, 6000), ReceptionState::kNoSource);
+    counters.bytesSkipped = 5000;
+    EXPECT_EQ(radio.Look(SignalState::Lost, counters, 6500), ReceptionState::kNoSource);
+    EXPECT_EQ(radio.Look(SignalState::Lost, counters, 7000), ReceptionState::kNoSync);
+    counters.frames = 120;
+    EXPECT_EQ(radio.Look(SignalState::Weak, counters, 8000), ReceptionState::kNoSignal);
+    // Another loss, later.
+    EXPECT_EQ(radio.Look(SignalState::Lost, counters, 60000), ReceptionState::kNoSignal);
+    EXPECT_EQ(radio.Look(SignalState::Lost, counters, 61000), ReceptionState::kNoSource);
+}
+
 } // namespace dmbtv

@@ -156,7 +156,7 @@ bool Session::CloseView() {
     return shell->CloseView();
 }
 
-ReceptionLook Session::Look() const {
+ReceptionLook Session::Look() {
     ReceptionLook look;
     if (const CVelPlayerView* open = shell->View(); open != nullptr) {
         const auto& view = static_cast<const CVelDMBView&>(*open);
@@ -167,6 +167,11 @@ ReceptionLook Session::Look() const {
     }
     look.reception = onAir.Last();
     look.tuning = tuner->LastTuning();
+    if (look.session == kSessionDAB && look.noSignal && look.playMode == kPlayModeStopped &&
+        look.tuning == medmb::BlockState::Ok) {
+        const medmb::Broadcast& broadcast = medmb::Broadcast::Instance();
+        look.reception = stoppedRadio.Look(broadcast.Signal(), broadcast.Counters(), clock.Now());
+    }
     return look;
 }
 

@@ -74,7 +74,7 @@ public:
 private:
     void Mount(const Options& options);
     void OnScreen();
-    [[nodiscard]] ReceptionLook Look() const;
+    [[nodiscard]] ReceptionLook Look();
     void ProtectLists();
 
     SessionPorts ports;
@@ -87,6 +87,7 @@ private:
     dshow::ClassTable classes{clock};
     ScreenPort screen;
     OnAirNotice onAir;
+    StoppedRadio stoppedRadio;
     std::unique_ptr<filters::WavTap> wav;
     std::unique_ptr<medmb::Tuner> tuner;
     std::unique_ptr<shell::Shell> shell;
