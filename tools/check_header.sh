@@ -4,7 +4,7 @@ set -euo pipefail
 header=$1
 flags=$(cat build/header-flags.txt 2>/dev/null || true)
 if [ -z "$flags" ]; then
-    flags=$(pkg-config --cflags libavcodec libavformat libavutil libswscale libswresample sdl2 cairo pangocairo 2>/dev/null || true)
+    flags=$(pkg-config --cflags libavcodec libavformat libavutil libswscale libswresample sdl2 cairo pangocairo)
     mkdir -p build && printf '%s' "$flags" >build/header-flags.txt.$$ && mv build/header-flags.txt.$$ build/header-flags.txt
 fi
 # shellcheck disable=SC2086
