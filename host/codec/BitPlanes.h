@@ -22,9 +22,6 @@
 
 namespace codec {
 
-inline constexpr unsigned kQuadLines = 4;
-inline constexpr unsigned kQuads = kBlockSamples / kQuadLines;
-
 // Quantised lines with their signs, in the order of the block's groups.
 using QuantisedLines = std::array<std::array<std::int16_t, kBlockSamples>, kMaxChannels>;
 

@@ -16,6 +16,10 @@ namespace codec {
 
 inline constexpr unsigned kBlockSamples = 1024;
 inline constexpr unsigned kShortWindows = 8;
+
+// Four neighbouring lines: layers and scalefactor bands begin and end at these.
+inline constexpr unsigned kQuadLines = 4;
+inline constexpr unsigned kQuads = kBlockSamples / kQuadLines;
 inline constexpr unsigned kMaxChannels = 2;
 inline constexpr unsigned kMaxBlockBytes = 2047; // frame_length has 11 bits
 

@@ -105,6 +105,21 @@ void LayOutScalefactorBands(std::span<const std::uint16_t> edges, const BlockHea
     }
 }
 
+void LayOutQuads(std::span<const std::uint16_t> edges, const BlockHeader& header, LayerGeometry& geometry) {
+    for (unsigned g = 0; g < geometry.groups; ++g) {
+        const auto firstLine = static_cast<unsigned>(geometry.group[g].firstLine);
+        const auto windows = static_cast<unsigned>(geometry.group[g].windows);
+        unsigned quad = firstLine / kQuadLines;
+        for (unsigned sfb = 0; sfb < header.maxSfb; ++sfb) {
+            for (unsigned line = firstLine + edges[sfb]; line < firstLine + edges[sfb + 1]; line += kQuadLines) {
+                for (unsigned w = 0; w < windows; ++w)
+                    geometry.quad[quad++] = {static_cast<std::uint16_t>(line + 128 * w),
+                                             static_cast<std::uint16_t>(SfbIndex(g, sfb))};
+            }
+        }
+    }
+}
+
 // Bits set aside for the side information of a layer: for each of its bands so many, all channels together.
 struct Reserve {
     int firstBand = 0; // coding band 0
@@ -199,6 +214,7 @@ void LayOutShape(const RateTables& rate, const BlockHeader& header, LayerGeometr
     LayOutGroups(rate, header, geometry);
     LayOutLines(rate, header, geometry);
     LayOutScalefactorBands(BandEdges(rate, header), header, geometry);
+    LayOutQuads(BandEdges(rate, header), header, geometry);
     geometry.target.fill(0);
     for (int l = geometry.baseLayers; l <= geometry.layers; ++l)
         geometry.target[l] = LayerTarget(rate, header.channels, l - geometry.baseLayers);

@@ -42,6 +42,14 @@ inline constexpr unsigned kMaxLayers = 95;  // at most 32 base layers and 63 enh
 inline constexpr unsigned kCodingBand = 32; // lines
 inline constexpr unsigned kMaxSfb = 51;     // scalefactor bands of a window, largest of all rates
 
+inline constexpr unsigned kSfbsPerGroup = 16; // of short windows; a long block uses the indices 0..50
+inline constexpr unsigned kSfbsPerBlock = kShortWindows * kSfbsPerGroup;
+
+// The place of a scalefactor band among those of the block.
+[[nodiscard]] constexpr unsigned SfbIndex(unsigned group, unsigned sfb) {
+    return group * kSfbsPerGroup + sfb;
+}
+
 struct Layer {
     std::uint8_t group = 0;
     std::uint8_t startBand = 0, endBand = 0; // coding bands that are new with this layer
@@ -55,6 +63,12 @@ struct LineGroup {
     int firstLine = 0; // of the group in the block: 128 lines for each window before it
     int baseEnd = 0;   // lines of the base layers
     int lastLine = 0;  // end of the last scalefactor band that is sent
+};
+
+// Where four neighbouring lines of the block belong. Lines of a group of w windows come in quads that go round the windows.
+struct QuadPlace {
+    std::uint16_t spectrumLine = 0; // of the first one, windows one after another
+    std::uint16_t sfbIndex = 0;     // see SfbIndex
 };
 
 // All that lines and bands of the layers depend on. Blocks in a row mostly have it in common.
@@ -74,6 +88,7 @@ struct LayerGeometry {
     LayerShape shape; // what is here was laid out for
     unsigned groups = 0;
     std::array<LineGroup, kShortWindows> group;
+    std::array<QuadPlace, kQuads> quad; // of those in bands that are sent
 
     int baseLayers = 0;
     int layers = 0; // base and enhancement layers

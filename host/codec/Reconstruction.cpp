@@ -19,13 +19,12 @@ Reconstruction::Reconstruction() {
         gain[static_cast<std::size_t>(level - kLowestLevel)] = static_cast<float>(std::exp2((level - 100) / 4.0));
 }
 
-float Reconstruction::Gain(int level) const {
+inline float Reconstruction::Gain(int level) const {
     return gain[static_cast<std::size_t>(std::clamp(level, kLowestLevel, kHighestLevel) - kLowestLevel)];
 }
 
 namespace {
 
-using Four [[gnu::vector_size(4 * sizeof(float))]] = float;
 using FourBits [[gnu::vector_size(4 * sizeof(float))]] = std::uint32_t;
 
 // The signs of four lines by their bits in Quad::negative.
@@ -40,12 +39,11 @@ constexpr std::array<std::array<std::uint32_t, kQuadLines>, 16> kSigns = [] {
 
 } // namespace
 
-inline void Reconstruction::DequantiseQuad(const Quad& quad, unsigned channel, float bandGain, float* lines) const {
+[[gnu::always_inline]] inline Reconstruction::Four Reconstruction::QuadValues(const Quad& quad, unsigned channel,
+                                                                              int level) const {
     const std::uint16_t* magnitude = &quad.magnitude[static_cast<std::size_t>(kQuadLines) * channel];
     std::uint64_t all = 0;
     std::memcpy(&all, magnitude, sizeof all);
-    if (all == 0)
-        return;
     Four values;
     if ((all & 0xFF00FF00FF00FF00U) == 0) [[likely]] {
         values = Four{power[magnitude[0]], power[magnitude[1]], power[magnitude[2]], power[magnitude[3]]};
@@ -54,49 +52,43 @@ inline void Reconstruction::DequantiseQuad(const Quad& quad, unsigned channel, f
             values[k] = static_cast<float>(magnitude[k] * std::cbrt(static_cast<double>(magnitude[k])));
     }
     const auto signs = std::bit_cast<FourBits>(kSigns[quad.negative >> (kQuadLines * channel) & 15]);
-    values = std::bit_cast<Four>(std::bit_cast<FourBits>(values * bandGain) ^ signs);
-    std::memcpy(lines, &values, sizeof values);
+    return std::bit_cast<Four>(std::bit_cast<FourBits>(values * Gain(level)) ^ signs);
 }
 
-// Lines of a group of w windows come in quads that go round the windows; this puts them back in their
-// windows.
-void Reconstruction::Dequantise(const BlockHeader& header, const LayerGeometry& geometry,
-                                std::span<const std::uint16_t> edges, const SideInformation& info,
+void Reconstruction::Dequantise(const BlockHeader& header, const LayerGeometry& geometry, const SideInformation& info,
                                 const BitPlanes& planes, Spectra& spectra) const {
+    const bool stereo = header.channels == 2;
+    const bool midSideEverywhere = header.stereoMask == StereoMask::kMsEverywhere;
     for (unsigned c = 0; c < header.channels; ++c)
         spectra[c].fill(0);
-    const QuadSet opened = planes.Opened();
-    for (unsigned g = 0; g < geometry.groups; ++g) {
-        const auto firstLine = static_cast<unsigned>(geometry.group[g].firstLine);
-        const auto windows = static_cast<unsigned>(geometry.group[g].windows);
-        for (unsigned sfb = 0; sfb < header.maxSfb; ++sfb) {
-            const unsigned index = SfbIndex(g, sfb);
-            const unsigned channels = header.channels == 2 && !IsIntensity(info, index) ? 2 : 1;
-            const std::array<float, kMaxChannels> gains{Gain(info.level[0][index]), Gain(info.level[1][index])};
-            unsigned quad = (firstLine + edges[sfb] * windows) / kQuadLines;
-            const unsigned end = (firstLine + edges[sfb + 1] * windows) / kQuadLines;
-            for (unsigned line = firstLine + edges[sfb]; quad < end; line += kQuadLines) {
-                for (unsigned w = 0; w < windows; ++w, ++quad) {
-                    if (!opened.Contains(quad))
-                        continue;
-                    for (unsigned c = 0; c < channels; ++c)
-                        DequantiseQuad(planes.At(quad), c, gains[c], &spectra[c][line + 128 * w]);
-                }
+    const QuadSet& opened = planes.Opened();
+    for (unsigned w = 0; w < kQuads / 64; ++w) {
+        for (std::uint64_t left = opened.Word(w); left != 0; left &= left - 1) {
+            const unsigned place = w * 64 + static_cast<unsigned>(std::countr_zero(left));
+            const Quad& quad = planes.At(place);
+            const auto [line, index] = geometry.quad[place];
+            const Four first = QuadValues(quad, 0, info.level[0][index]);
+            if (!stereo || IsIntensity(info, index)) {
+                std::memcpy(&spectra[0][line], &first, sizeof first);
+                continue;
             }
+            const Four second = QuadValues(quad, 1, info.level[1][index]);
+            // Sum and difference, or each as it is: without a branch, as bands differ.
+            const bool midSide = midSideEverywhere || info.stereo[index] == StereoInfo::kMidSide;
+            const FourBits mask = (midSide ? ~std::uint32_t{0} : 0) + FourBits{};
+            const auto masked = [&mask](Four values) {
+                return std::bit_cast<Four>(std::bit_cast<FourBits>(values) & mask);
+            };
+            const Four sum = first + masked(second);
+            const Four difference =
+                masked(first) + std::bit_cast<Four>(std::bit_cast<FourBits>(second) ^ (mask & 0x80000000U));
+            std::memcpy(&spectra[0][line], &sum, sizeof sum);
+            std::memcpy(&spectra[1][line], &difference, sizeof difference);
         }
     }
 }
 
 namespace {
-
-void SumAndDifference(float* left, float* right, unsigned lines) {
-    for (unsigned i = 0; i < lines; ++i) {
-        const float middle = left[i];
-        const float side = right[i];
-        left[i] = middle + side;
-        right[i] = middle - side;
-    }
-}
 
 // Numbers in [-1, 1), by a linear congruence.
 float NextNoise(std::uint32_t& seed) {
@@ -133,12 +125,8 @@ void Reconstruction::SubstituteNoise(const SideInformation& info, unsigned index
               lines);
 }
 
-void Reconstruction::Run(const RateTables& rate, const BlockHeader& header, const LayerGeometry& geometry,
-                         const SideInformation& info, const BitPlanes& planes, Spectra& spectra) {
-    const std::span<const std::uint16_t> edges = BandEdges(rate, header);
-    const bool stereo = header.channels == 2;
-    Dequantise(header, geometry, edges, info, planes, spectra);
-
+void Reconstruction::FillBands(std::span<const std::uint16_t> edges, const BlockHeader& header,
+                               const LayerGeometry& geometry, const SideInformation& info, Spectra& spectra) {
     for (unsigned g = 0; g < geometry.groups; ++g) {
         const auto firstWindowLine = static_cast<unsigned>(geometry.group[g].firstLine);
         for (unsigned w = 0; w < static_cast<unsigned>(geometry.group[g].windows); ++w) {
@@ -146,12 +134,9 @@ void Reconstruction::Run(const RateTables& rate, const BlockHeader& header, cons
                 const unsigned index = SfbIndex(g, sfb);
                 const unsigned first = firstWindowLine + 128 * w + edges[sfb];
                 const unsigned lines = edges[sfb + 1] - edges[sfb];
-                if (stereo &&
-                    (header.stereoMask == StereoMask::kMsEverywhere || info.stereo[index] == StereoInfo::kMidSide))
-                    SumAndDifference(&spectra[0][first], &spectra[1][first], lines);
                 if (header.noisePresent)
                     SubstituteNoise(info, index, first, lines, spectra);
-                if (stereo && IsIntensity(info, index)) {
+                if (header.channels == 2 && IsIntensity(info, index)) {
                     const double sign = info.stereo[index] == StereoInfo::kInPhase ? 1 : -1;
                     const auto factor = static_cast<float>(sign * std::exp2(-info.level[1][index] / 4.0));
                     for (unsigned i = 0; i < lines; ++i)
@@ -160,6 +145,13 @@ void Reconstruction::Run(const RateTables& rate, const BlockHeader& header, cons
             }
         }
     }
+}
+
+void Reconstruction::Run(const RateTables& rate, const BlockHeader& header, const LayerGeometry& geometry,
+                         const SideInformation& info, const BitPlanes& planes, Spectra& spectra) {
+    Dequantise(header, geometry, info, planes, spectra);
+    if (header.noisePresent || header.stereoMask == StereoMask::kInfoPerBand)
+        FillBands(BandEdges(rate, header), header, geometry, info, spectra);
 
     const unsigned windows = header.IsShort() ? kShortWindows : 1;
     const unsigned windowLines = kBlockSamples / windows;

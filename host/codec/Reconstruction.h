@@ -35,10 +35,16 @@ private:
     static constexpr int kLowestLevel = -63;
     static constexpr int kHighestLevel = 255;
 
+    using Four [[gnu::vector_size(4 * sizeof(float))]] = float;
+
     [[nodiscard]] float Gain(int level) const;
-    void Dequantise(const BlockHeader& header, const LayerGeometry& geometry, std::span<const std::uint16_t> edges,
-                    const SideInformation& info, const BitPlanes& planes, Spectra& spectra) const;
-    void DequantiseQuad(const Quad& quad, unsigned channel, float gain, float* lines) const;
+    // Sets all lines, those of noise and intensity bands to 0.
+    void Dequantise(const BlockHeader& header, const LayerGeometry& geometry, const SideInformation& info,
+                    const BitPlanes& planes, Spectra& spectra) const;
+    [[nodiscard]] Four QuadValues(const Quad& quad, unsigned channel, int level) const;
+    // Noise bands, and those that channel 1 gets from channel 0.
+    void FillBands(std::span<const std::uint16_t> edges, const BlockHeader& header, const LayerGeometry& geometry,
+                   const SideInformation& info, Spectra& spectra);
     void SubstituteNoise(const SideInformation& info, unsigned index, unsigned firstLine, unsigned lines,
                          Spectra& spectra);
 

@@ -13,8 +13,6 @@
 namespace codec {
 
 inline constexpr unsigned kBandsPerBlock = kBlockSamples / kCodingBand;
-inline constexpr unsigned kSfbsPerGroup = 16; // of short windows; a long block uses the indices 0..50
-inline constexpr unsigned kSfbsPerBlock = kShortWindows * kSfbsPerGroup;
 
 // stereo_info; ms_used is kMidSide.
 enum class StereoInfo : std::uint8_t { kIndependent, kMidSide, kInPhase, kOutOfPhase };
@@ -36,10 +34,6 @@ struct SideInformation {
     std::array<std::int16_t, kMaxChannels> noiseStart{};
     std::array<bool, kMaxChannels> noiseStartKnown{};
 };
-
-[[nodiscard]] inline unsigned SfbIndex(unsigned group, unsigned sfb) {
-    return group * kSfbsPerGroup + sfb;
-}
 
 // True where channel 1 is made from channel 0. A noise band of channel 1 has an energy in place of a
 // position, so it stays noise whatever stereo_info says.
