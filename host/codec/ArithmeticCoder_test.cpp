@@ -111,6 +111,76 @@ TEST(ArithmeticDecoder, AnEvenBitIsABitWithEvenChances) {
     }
 }
 
+TEST(ArithmeticDecoder, FillingUpAndZerosAtOnceChangeNothingOfWhatComes) {
+    std::mt19937 random(8);
+    std::vector<std::uint8_t> bytes(4000);
+    for (auto& byte : bytes)
+        byte = static_cast<std::uint8_t>(random() & random() & random()); // more zeros than ones
+    ArithmeticDecoder quick;
+    ArithmeticDecoder plain;
+    quick.Start(bytes, 3, 31990);
+    plain.Start(bytes, 3, 31990);
+    int taken = 0;
+    int left = 0;
+    for (int i = 0; i < 4000; ++i) {
+        const int bits = static_cast<int>(random() % 40);
+        quick.Grant(bits);
+        plain.Grant(bits);
+        if (plain.Spent())
+            continue;
+        ASSERT_FALSE(quick.Spent());
+        quick.FillUp();
+        std::array<unsigned, 8> p0{};
+        std::uint64_t product = 1;
+        for (unsigned& p : p0) {
+            p = 40 + static_cast<unsigned>(random() % 24);
+            product *= p;
+        }
+        ArithmeticDecoder ahead = plain;
+        unsigned ones = 0;
+        for (const unsigned p : p0) {
+            ones += ahead.Spent() ? 1 : 0;
+            ones += ahead.Bit<64>(p);
+        }
+        if (quick.TakeZeros<64>(p0, product)) {
+            ASSERT_EQ(ones, 0U);
+            plain = ahead;
+            ++taken;
+        } else {
+            left += ones == 0 ? 1 : 0;
+        }
+        ASSERT_EQ(quick.Budget(), plain.Budget());
+        while (!plain.Spent()) {
+            ASSERT_FALSE(quick.Spent());
+            const unsigned p = 1 + static_cast<unsigned>(random() % 63);
+            ASSERT_EQ(quick.Bit<64>(p), plain.Bit(p * (kProbabilityScale / 64)));
+        }
+        ASSERT_TRUE(quick.Spent());
+    }
+    EXPECT_GT(taken, 300);
+    EXPECT_LT(left, taken / 5) << "which are left to go bit by bit where few bits are at hand";
+}
+
+TEST(ArithmeticDecoder, AnEvenBitThatIsNotDueChangesNothing) {
+    const std::vector<std::uint8_t> bytes(40, 0xB5);
+    ArithmeticDecoder decoder;
+    ArithmeticDecoder plain;
+    decoder.Start(bytes, 0, 320);
+    plain.Start(bytes, 0, 320);
+    decoder.Grant(kPlenty);
+    plain.Grant(kPlenty);
+    for (int i = 0; i < 200; ++i) {
+        ASSERT_EQ(Bit(decoder, 9000), Bit(plain, 9000));
+        ASSERT_FALSE(decoder.Spent());
+        unsigned flags = 4;
+        decoder.EvenBitIf(0, 1, flags);
+        ASSERT_EQ(flags, 4U);
+        ASSERT_EQ(decoder.Budget(), plain.Budget());
+        decoder.EvenBitIf(1, 1, flags);
+        ASSERT_EQ(flags, 4 | Bit(plain, kSignP0));
+    }
+}
+
 struct Step {
     unsigned model; // 0: a bit, else a scalefactor model
     unsigned p0;

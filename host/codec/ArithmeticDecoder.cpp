@@ -11,25 +11,18 @@ namespace codec {
 void ArithmeticDecoder::Start(Medium block, std::size_t startBit, std::size_t endBit) {
     data = block.data();
     end = std::min(endBit, block.size() * 8);
-    position = startBit;
-    value = static_cast<std::uint64_t>(PeekNearEnd(data, position, end, 30)) << kAhead;
-    value |= PeekNearEnd(data, position + 30, end, 32);
-    position += 62;
-    step = 1U << 16;
-    carefree = 0;
-    budgetBehind = 0;
-    aheadBehind = 32;
+    position = startBit + 30;
+    value = PeekNearEnd(data, startBit, end, 30) << kAhead;
+    range = 1;
+    Account(0, 0);
 }
 
-void ArithmeticDecoder::Grant(int bits) {
-    budgetBehind += carefree + bits;
-    aheadBehind += carefree;
-    carefree = 0;
-}
-
-std::uint32_t ArithmeticDecoder::PeekNearEnd(const std::uint8_t* data, std::size_t position, std::size_t end,
+std::uint64_t ArithmeticDecoder::PeekNearEnd(const std::uint8_t* data, std::size_t position, std::size_t end,
                                              unsigned count) {
-    return wire::BitReader({data, (end + 7) / 8}, position, end).Peek(count);
+    wire::BitReader reader({data, (end + 7) / 8}, position, end);
+    const unsigned upper = count / 2;
+    const std::uint64_t bits = reader.Read(upper);
+    return bits << (count - upper) | reader.Read(count - upper);
 }
 
 namespace {
@@ -49,19 +42,18 @@ std::size_t CountAbove(CumulativeModel model, std::uint32_t value, std::uint32_t
 
 } // namespace
 
-unsigned ArithmeticDecoder::Symbol(CumulativeModel model, unsigned wanted) {
-    static_cast<void>(wanted);
-    Refill();
+unsigned ArithmeticDecoder::NextSymbol(CumulativeModel model) {
     // Most models have two entries, the second of them 0: a bit whose 0 stands for symbol 1.
     if (model.size() == 2)
         return 1 - Bit(model[0]);
     // The symbol is the first entry whose share is not above the value. The models fall and end with 0, so it is the number of
     // those above.
+    const auto step = static_cast<std::uint32_t>(std::rotl(range, 16));
     const std::size_t symbol = CountAbove(model, static_cast<std::uint32_t>(value >> kAhead), step);
     const std::uint32_t below = model[symbol];
-    const std::uint32_t above = symbol == 0 ? kProbabilityScale : model[symbol - 1];
-    value -= static_cast<std::uint64_t>(below * step) << kAhead;
-    Normalise(step * (above - below));
+    const std::uint32_t above = *(model.data() + symbol - 1);
+    value -= std::uint64_t{below * step} << kAhead;
+    Normalise(std::uint64_t{step * (above - below)} << kAhead);
     return static_cast<unsigned>(symbol);
 }
 

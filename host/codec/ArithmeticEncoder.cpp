@@ -83,7 +83,7 @@ unsigned ArithmeticEncoder::Symbol(CumulativeModel model, unsigned wanted) {
     return wanted;
 }
 
-unsigned ArithmeticEncoder::Bit(unsigned p0, unsigned wanted) {
+unsigned ArithmeticEncoder::BitInSteps(unsigned p0, unsigned wanted) {
     const std::uint32_t r = range >> 14;
     const std::uint32_t zeroRange = r * p0;
     const std::uint32_t oneRange = r * (kProbabilityScale - p0);

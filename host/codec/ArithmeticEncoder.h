@@ -32,7 +32,10 @@ public:
     void FillUp() {} // a decoder reads ahead here
 
     unsigned Symbol(CumulativeModel model, unsigned wanted);
-    unsigned Bit(unsigned p0, unsigned wanted);
+    // p0 is in parts of kScale.
+    template <unsigned kScale = kProbabilityScale> unsigned Bit(unsigned p0, unsigned wanted) {
+        return BitInSteps(p0 * (kProbabilityScale / kScale), wanted);
+    }
     unsigned EvenBit(unsigned wanted) { return Bit(kSignP0, wanted); }
 
     // So few bits are left that a 1 might not get the sign it needs.
@@ -49,6 +52,8 @@ private:
         std::uint64_t low;
         std::uint32_t range;
     };
+
+    unsigned BitInSteps(unsigned p0, unsigned wanted);
 
     // Whether a number with zeros from the segment's end on lies in [low + offset, low + offset + range).
     [[nodiscard]] bool HoldsEnd(std::uint64_t offset, std::uint32_t range) const;

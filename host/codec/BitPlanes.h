@@ -37,11 +37,22 @@ public:
         const auto first = static_cast<unsigned>(firstLine) / kQuadLines;
         const auto end = static_cast<unsigned>(endLine) / kQuadLines;
         if (first < end && first / 64 == (end - 1) / 64) [[likely]]
-            SetWord(first / 64, words[first / 64] | (~std::uint64_t{0} >> (64 - (end - first)) << first % 64));
+            SetWord(first / 64, words[first / 64] | Mask(firstLine, endLine));
         else
             AddManyQuads(first, end);
     }
-    [[nodiscard]] static QuadSet All();
+    // The quads of the lines [firstLine, endLine), some of those of one word, as its bits.
+    [[nodiscard]] static std::uint64_t Mask(int firstLine, int endLine) {
+        const auto first = static_cast<unsigned>(firstLine) / kQuadLines;
+        const auto count = static_cast<unsigned>(endLine - firstLine) / kQuadLines;
+        return ~std::uint64_t{0} >> (64 - count) << first % 64;
+    }
+    [[nodiscard]] static constexpr QuadSet All() {
+        QuadSet set;
+        set.words.fill(~std::uint64_t{0});
+        set.occupied = (1U << set.words.size()) - 1;
+        return set;
+    }
 
     [[nodiscard]] bool Contains(unsigned quad) const { return (words[quad >> 6] >> (quad & 63) & 1) != 0; }
 
@@ -68,13 +79,23 @@ struct alignas(64) Quad {
     QuadLanes magnitude{};
     // What to add to a line's context for its place in the row, see PlaneRow: 0 while the line is 0.
     QuadLanes history{};
-    std::array<const PlaneRow*, kMaxChannels> row{};  // of this plane
-    std::array<std::uint8_t, kMaxChannels> higher{};  // lines with a 1 in a higher plane, first line = bit 3
-    std::array<std::uint8_t, kMaxChannels> current{}; // bits of this plane so far, last one = bit 0
-    std::uint8_t negative = 0;                        // bit 4 * channel + line
+    std::array<const PlaneRow*, kMaxChannels> row{}; // of this plane
+    std::array<std::uint8_t, kMaxChannels> higher{}; // lines with a 1 in a higher plane, first line = bit 3
+    std::array<std::uint8_t, kMaxChannels> node{};   // of this plane's tree of contexts, by the bits so far
+    std::uint8_t negative = 0;                       // bit 4 * channel + line
     // Where the budget ended inside this plane, else 0: twice the 2 * line + channel that still lacks it, and 1 more when
     // only the sign is missing.
     std::uint8_t pause = 0;
+};
+
+// What is to be coded: these quads, from the highest plane still to come, which the caller may know, down to plane `lowest`
+// (>= 1).
+struct PlaneTask {
+    const QuadSet& quads;
+    unsigned highest = kLargestPlane; // at most
+    unsigned lowest = 1;
+    bool thenAll = false; // when budget is left, go on with the planes of all quads
+    bool limited = false; // keep p0 within the limits of table 4.A.35 while fewer than 14 bits are left
 };
 
 class BitPlanes {
@@ -83,13 +104,11 @@ public:
     void Reset(unsigned channelCount, const QuantisedLines* wantedLines = nullptr);
 
     // The lines [firstLine, endLine), which are whole quads of one coding band, become known: each channel has all
-    // planes of its cband_si to come.
-    void Open(int firstLine, int endLine, const std::array<std::uint8_t, kMaxChannels>& cbandSi);
+    // planes of its cband_si to come. Returns the highest one, 0 when there are none.
+    unsigned Open(int firstLine, int endLine, const std::array<std::uint8_t, kMaxChannels>& cbandSi);
 
-    // Codes the quads of `set`, from the highest plane still to come down to plane `lowest` (>= 1), until the
-    // coder's budget is spent. `limited` keeps p0 within the limits of table 4.A.35 while fewer than 14 bits are
-    // left.
-    template <class Coder> void Code(Coder& coder, const QuadSet& set, unsigned lowest, bool limited);
+    // Codes planes until the coder's budget is spent.
+    template <class Coder> void Code(Coder& coder, const PlaneTask& task);
 
     [[nodiscard]] bool Complete() const { return openPlanes == 0; }
 
@@ -101,17 +120,22 @@ public:
     [[nodiscard]] int Line(unsigned channel, unsigned line) const;
 
 private:
-    template <class Coder, bool kLimited> void CodePlanes(Coder& coder, const QuadSet& set, unsigned lowest);
-    template <class Coder, bool kLimited> void CodePlanesPlain(Coder& coder, const QuadSet& set, unsigned lowest);
-    template <class Coder, bool kLimited> void CodePlanesFast(Coder& coder, const QuadSet& set, unsigned lowest);
+    // The quads that are at a plane. One of two channels with different planes is in two of these, and the channel with the
+    // lower plane waits.
+    struct Front {
+        std::array<std::array<std::uint64_t, kMaxChannels>, kQuads / 64> quads{}; // the 64 quads of a word, by channel
+        unsigned occupied = 0;                                                    // bit w: some bit of quads[w] is set
+    };
+
+    template <class Coder> void CodePlanes(Coder& coder, const PlaneTask& task);
+    template <class Coder> void CodePlanesPlain(Coder& coder, const PlaneTask& task);
+    template <class Coder> void CodePlanesFast(Coder& coder, const PlaneTask& task);
 
     unsigned channels = 1;
     const QuantisedLines* wanted = nullptr;
     std::array<Quad, kQuads> quads;
-    // By channel and plane: the quads that are at this plane. A quad of two channels with different planes is in two
-    // sets, and the channel with the lower plane waits.
-    std::array<std::array<QuadSet, kLargestPlane + 1>, kMaxChannels> pending;
-    unsigned openPlanes = 0; // bit p: some quad is at plane p, p >= 1
+    std::array<Front, kLargestPlane + 1> fronts; // by plane
+    unsigned openPlanes = 0;                     // bit p: some quad is at plane p, p >= 1
     QuadSet opened;
 };
 

@@ -6,16 +6,15 @@ namespace codec {
 
 namespace {
 
-// A cumulative model in memory, filled up with zeros as CumulativeModel asks for.
+// A cumulative model in memory, with what CumulativeModel asks for around it.
 template <std::size_t kSize> struct Model {
-    alignas(sizeof(std::uint16_t) *
-            kModelGroup) std::array<std::uint16_t, (kSize + kModelGroup - 1) / kModelGroup * kModelGroup> entries{};
+    std::array<std::uint16_t, 1 + (kSize + kModelGroup - 1) / kModelGroup * kModelGroup> entries{kProbabilityScale};
 
     constexpr explicit Model(const std::uint16_t (&model)[kSize]) {
         for (std::size_t k = 0; k < kSize; ++k)
-            entries[k] = model[k];
+            entries[1 + k] = model[k];
     }
-    constexpr operator CumulativeModel() const { return {entries.data(), kSize}; }
+    constexpr operator CumulativeModel() const { return {entries.data() + 1, kSize}; }
 };
 
 // Tables 4.A.44 to 4.A.50: cband_si of coding bands other than 0, models 0..6; the symbol is the cband_si.
@@ -81,14 +80,13 @@ constexpr Model kNoiseFlag({8192, 0});
 constexpr Model kNoiseMode({12288, 8192, 4096, 0});
 
 // The 512 values of the start of the noise energy are equally probable.
-constexpr std::array<std::uint16_t, 512> MakeNoiseEnergyModel() {
-    std::array<std::uint16_t, 512> model{};
-    for (std::size_t k = 0; k < model.size(); ++k)
+constexpr Model<512> MakeNoiseEnergyModel() {
+    std::uint16_t model[512]{};
+    for (std::size_t k = 0; k < std::size(model); ++k)
         model[k] = static_cast<std::uint16_t>(kProbabilityScale - 32 * (k + 1));
-    return model;
+    return Model(model);
 }
-alignas(sizeof(std::uint16_t) *
-        kModelGroup) constexpr std::array<std::uint16_t, 512> kNoiseEnergy = MakeNoiseEnergyModel();
+constexpr Model kNoiseEnergy = MakeNoiseEnergyModel();
 
 // Tables 4.A.56 to 4.A.65: p0 of a magnitude bit. kZero: lines whose higher bits are all 0, a row for each
 // distance d from the top plane (3 stands for 3 and more; row 0 needs contexts 0..14 only). kNonzero: the
@@ -230,23 +228,34 @@ constexpr std::uint16_t kNonzero10[][16] = {
     {9984, 9728, 9472, 9472, 9472, 8704, 8704},
     {8704, 8960, 8960, 8960, 8704, 8960, 8704, 8960, 8704, 8704, 8704, 8704, 8704, 8192, 8448, 8704}};
 
+// Fails to compile for a number that is not of this scale.
+consteval std::uint8_t InPlaneScale(unsigned p0) {
+    constexpr unsigned kStep = kProbabilityScale / kPlaneScale;
+    if (p0 % kStep != 0 || p0 >= kProbabilityScale)
+        throw "not in 64ths";
+    return static_cast<std::uint8_t>(p0 / kStep);
+}
+
 // A row for each plane from what the standard has as separate tables, which end with a row for all further planes.
 // Entries that cannot occur get even chances.
 template <std::size_t kPlanes, std::size_t kZeroRows, std::size_t kNonzeroRows = 0>
-constexpr std::array<PlaneRow, kPlanes> MakeRows(const std::uint16_t (&zero)[kZeroRows][65],
+consteval std::array<PlaneRow, kPlanes> MakeRows(const std::uint16_t (&zero)[kZeroRows][65],
                                                  const std::uint16_t (*nonzero)[16] = nullptr) {
     constexpr std::size_t kEntries[] = {1, 3, 7, 16}; // of the nonzero rows, which begin at d = 1
     std::array<PlaneRow, kPlanes> rows{};
     for (std::size_t d = 0; d < rows.size(); ++d) {
-        rows[d].fill(kProbabilityScale / 2);
+        rows[d].p0.fill(kPlaneScale / 2);
         const std::size_t zeroRow = d < kZeroRows ? d : kZeroRows - 1;
         for (std::size_t c = 0; c < kContexts; ++c) {
             if (zero[zeroRow][c] != 0)
-                rows[d][c] = zero[zeroRow][c];
+                rows[d].p0[c] = InPlaneScale(zero[zeroRow][c]);
         }
         const std::size_t nonzeroRow = d < kNonzeroRows ? d : kNonzeroRows;
         for (std::size_t h = 0; nonzeroRow >= 1 && h < kEntries[nonzeroRow - 1]; ++h)
-            rows[d][kContexts + h] = nonzero[nonzeroRow - 1][h];
+            rows[d].p0[kContexts + h] = InPlaneScale(nonzero[nonzeroRow - 1][h]);
+        rows[d].zeros = 1;
+        for (const std::uint8_t context : kContextPosition) // of lines that are 0, a context is where the tree has it
+            rows[d].zeros *= rows[d].p0[context];
     }
     return rows;
 }
@@ -348,22 +357,22 @@ const std::array<PlaneModel, kLargestCbandSi + 1> kPlaneModels = {
      {13, kRows9.data()}, {14, kRows9.data()}, {15, kRows9.data()}}};
 
 // Table 4.A.34, a row for each v.
-const std::uint8_t kSpectralContext[16][15] = {{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14},
-                                               {15, 16, 17, 18, 19, 20, 21, no, no, no, no, no, no, no, no},
-                                               {22, 23, 24, no, no, no, no, 25, 25, 26, 26, 27, 27, 28, 28},
-                                               {29, 30, 31, no, no, no, no, no, no, no, no, no, no, no, no},
-                                               {32, no, no, 33, 33, 34, 34, 35, 36, 35, 36, 37, 38, 37, 38},
-                                               {39, no, no, 40, 40, 41, 41, no, no, no, no, no, no, no, no},
-                                               {42, no, no, no, no, no, no, 43, 43, 43, 43, 44, 44, 44, 44},
-                                               {45, no, no, no, no, no, no, no, no, no, no, no, no, no, no},
-                                               {no, 46, 46, 47, 48, 47, 48, 49, 50, 51, 52, 49, 50, 51, 52},
-                                               {no, 53, 53, 54, 55, 54, 55, no, no, no, no, no, no, no, no},
-                                               {no, 56, 56, no, no, no, no, 57, 57, 58, 58, 57, 57, 58, 58},
-                                               {no, 59, 59, no, no, no, no, no, no, no, no, no, no, no, no},
-                                               {no, no, no, 60, 60, 60, 60, 61, 62, 61, 62, 61, 62, 61, 62},
-                                               {no, no, no, 63, 63, 63, 63, no, no, no, no, no, no, no, no},
-                                               {no, no, no, no, no, no, no, 64, 64, 64, 64, 64, 64, 64, 64},
-                                               {no, no, no, no, no, no, no, no, no, no, no, no, no, no, no}};
+const std::array<ContextTree, 16> kSpectralContext = {{{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14},
+                                                       {15, 16, 17, 18, 19, 20, 21, no, no, no, no, no, no, no, no},
+                                                       {22, 23, 24, no, no, no, no, 25, 25, 26, 26, 27, 27, 28, 28},
+                                                       {29, 30, 31, no, no, no, no, no, no, no, no, no, no, no, no},
+                                                       {32, no, no, 33, 33, 34, 34, 35, 36, 35, 36, 37, 38, 37, 38},
+                                                       {39, no, no, 40, 40, 41, 41, no, no, no, no, no, no, no, no},
+                                                       {42, no, no, no, no, no, no, 43, 43, 43, 43, 44, 44, 44, 44},
+                                                       {45, no, no, no, no, no, no, no, no, no, no, no, no, no, no},
+                                                       {no, 46, 46, 47, 48, 47, 48, 49, 50, 51, 52, 49, 50, 51, 52},
+                                                       {no, 53, 53, 54, 55, 54, 55, no, no, no, no, no, no, no, no},
+                                                       {no, 56, 56, no, no, no, no, 57, 57, 58, 58, 57, 57, 58, 58},
+                                                       {no, 59, 59, no, no, no, no, no, no, no, no, no, no, no, no},
+                                                       {no, no, no, 60, 60, 60, 60, 61, 62, 61, 62, 61, 62, 61, 62},
+                                                       {no, no, no, 63, 63, 63, 63, no, no, no, no, no, no, no, no},
+                                                       {no, no, no, no, no, no, no, 64, 64, 64, 64, 64, 64, 64, 64},
+                                                       {no, no, no, no, no, no, no, no, no, no, no, no, no, no, no}}};
 
 const RateTables* FindRateByIndex(unsigned samplingFrequencyIndex) {
     if (samplingFrequencyIndex < kFirstIndex || samplingFrequencyIndex - kFirstIndex >= std::size(kRates))

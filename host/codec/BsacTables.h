@@ -13,7 +13,8 @@ namespace codec {
 inline constexpr unsigned kProbabilityScale = 16384;
 
 using CumulativeModel = std::span<const std::uint16_t>;
-// Behind the model its memory goes on with zeros up to a multiple of this many entries, which may be read too.
+// In front of the model its memory has a kProbabilityScale, and behind it zeros up to a multiple of this many entries; both may
+// be read too.
 inline constexpr unsigned kModelGroup = 8;
 
 // Table 4.A.31: what the 5-bit cband_si_type of a channel says.
@@ -56,9 +57,15 @@ inline constexpr unsigned kContexts = 65;
 // A number of higher bits above this is coded like this one.
 inline constexpr unsigned kLargestHigherBits = 16;
 
-// The p0 of a magnitude bit, by what is known of the line: at [context] when its higher bits are all 0, else at
-// [kContexts - 1 + the number that its higher bits make, at most kLargestHigherBits].
-using PlaneRow = std::array<std::uint16_t, kContexts + kLargestHigherBits>;
+// The standard has the p0 of magnitude bits in 64ths.
+inline constexpr unsigned kPlaneScale = 64;
+
+// The p0 of a magnitude bit, in parts of kPlaneScale, by what is known of the line: at [context] when its higher bits are
+// all 0, else at [kContexts - 1 + the number that its higher bits make, at most kLargestHigherBits].
+struct PlaneRow {
+    std::array<std::uint8_t, kContexts + kLargestHigherBits> p0{};
+    std::uint32_t zeros = 0; // the product of the p0 of four lines that are all 0 and stay so
+};
 
 // Table 4.A.33 with the tables 4.A.56 to 4.A.77 it points to: how the planes of a coding band are coded. The distance
 // d of a plane from the top plane picks a row, d = 0 .. topPlane - 1.
@@ -72,10 +79,13 @@ extern const std::array<PlaneModel, kLargestCbandSi + 1> kPlaneModels;
 // Table 4.A.34: context of a line whose higher bits are all 0, as [v][start of position + b], where a quad is
 // four neighbouring lines, v has a bit for each of its lines with a 1 in a higher plane (first line = bit 3),
 // position is the place of the line in the quad, and b are the bits of this plane that the quad's earlier
-// lines have got, in order.
+// lines have got, in order. So the contexts of a quad's lines are a binary tree, each node before its two children, which are at
+// twice its place + 1 and, after a 1, + 2.
 inline constexpr std::uint8_t kNoContext = 0; // cannot occur: v says that the line itself is not zero
-extern const std::uint8_t kSpectralContext[16][15];
+using ContextTree = std::array<std::uint8_t, 16>;
+extern const std::array<ContextTree, 16> kSpectralContext;
 inline constexpr std::array<std::uint8_t, 4> kContextPosition{0, 1, 3, 7};
+inline constexpr unsigned kContextLeaves = 15; // where the tree's places would go on
 
 // What depends on the sampling rate.
 struct RateTables {

@@ -67,10 +67,9 @@ TEST(BsacTables, EveryReachableProbabilityLiesInsideTheScale) {
     for (unsigned i = 1; i <= kLargestCbandSi; ++i) {
         const PlaneModel& model = kPlaneModels[i];
         for (unsigned d = 0; d < model.topPlane; ++d) {
-            for (const std::uint16_t p0 : model.rows[d]) {
+            for (const std::uint8_t p0 : model.rows[d].p0) {
                 EXPECT_GT(p0, 0);
-                EXPECT_LT(p0, kProbabilityScale);
-                EXPECT_EQ(p0 % 256, 0) << "all of these tables are in steps of 1/64";
+                EXPECT_LT(p0, kPlaneScale);
             }
         }
     }

@@ -6,17 +6,19 @@ namespace codec {
 
 namespace {
 
-// The lines that are new with layer l get their planes.
-void OpenLines(const LayerGeometry& geometry, int l, const SideInformation& info, BitPlanes& planes) {
+// The lines that are new with layer l get their planes, the highest of which is returned.
+unsigned OpenLines(const LayerGeometry& geometry, int l, const SideInformation& info, BitPlanes& planes) {
     const Layer& layer = geometry.layer[l];
     const int first = geometry.group[layer.group].firstLine;
     const int end = first + layer.endLine;
+    unsigned highest = 0;
     for (int line = first + layer.startLine; line < end;) {
         const int band = line / static_cast<int>(kCodingBand);
         const int bandEnd = std::min((band + 1) * static_cast<int>(kCodingBand), end);
-        planes.Open(line, bandEnd, {info.cbandSi[0][band], info.cbandSi[1][band]});
+        highest = std::max(highest, planes.Open(line, bandEnd, {info.cbandSi[0][band], info.cbandSi[1][band]}));
         line = bandEnd;
     }
+    return highest;
 }
 
 QuadSet LinesOf(const LayerGeometry& geometry, unsigned group, int startLine, int endLine) {
@@ -27,10 +29,15 @@ QuadSet LinesOf(const LayerGeometry& geometry, unsigned group, int startLine, in
 }
 
 template <class Coder>
-void CodeOwnLines(Coder& coder, const BlockHeader& header, const LayerGeometry& geometry, int l, BitPlanes& planes) {
+void CodeOwnLines(Coder& coder, const BlockHeader& header, const LayerGeometry& geometry, int l, unsigned highest,
+                  BitPlanes& planes) {
     const Layer& layer = geometry.layer[l];
     const unsigned lowest = geometry.IsBase(l) ? header.baseSnfThreshold + 1U : 1U;
-    planes.Code(coder, LinesOf(geometry, layer.group, layer.startLine, layer.endLine), lowest, header.segmented);
+    planes.Code(coder, {.quads = LinesOf(geometry, layer.group, layer.startLine, layer.endLine),
+                        .highest = highest,
+                        .lowest = lowest,
+                        .thenAll = !header.segmented,
+                        .limited = header.segmented});
 }
 
 } // namespace
@@ -44,14 +51,12 @@ void LayerLoop<Coder>::RunWhole(typename Coder::Medium medium, const BlockHeader
     segment.endBit = blockBits;
     segment.coder.Start(medium, static_cast<std::size_t>(segment.startBit), static_cast<std::size_t>(segment.endBit));
 
-    const QuadSet all = QuadSet::All();
     for (int l = 0; l < geometry.layersPresent; ++l) {
         segment.coder.Grant(geometry.Budget(l)); // debts and left-overs go from layer to layer
         CodeCodingBands(segment.coder, header, geometry, l, info);
-        OpenLines(geometry, l, info, planes);
+        const unsigned highest = OpenLines(geometry, l, info, planes);
         CodeScalefactorBands(segment.coder, header, geometry, l, info);
-        CodeOwnLines(segment.coder, header, geometry, l, planes);
-        planes.Code(segment.coder, all, 1, false);
+        CodeOwnLines(segment.coder, header, geometry, l, highest, planes);
     }
 }
 
@@ -85,9 +90,9 @@ void LayerLoop<Coder>::RunSegmented(typename Coder::Medium medium, const BlockHe
         Segment<Coder>& segment = segments[segmentCount - 1];
         if (!segment.coder.Spent()) {
             CodeCodingBands(segment.coder, header, geometry, l, info);
-            OpenLines(geometry, l, info, planes);
+            const unsigned highest = OpenLines(geometry, l, info, planes);
             CodeScalefactorBands(segment.coder, header, geometry, l, info);
-            CodeOwnLines(segment.coder, header, geometry, l, planes);
+            CodeOwnLines(segment.coder, header, geometry, l, highest, planes);
         } else {
             SkipSideInformation(geometry, l, info);
             OpenLines(geometry, l, info, planes);
@@ -117,11 +122,11 @@ void LayerLoop<Coder>::SpendLeftovers(const BlockHeader& header, const LayerGeom
         QuadSet set;
         for (unsigned g = 0; g < geometry.groups; ++g)
             set.AddLines(geometry.group[g].firstLine, geometry.group[g].firstLine + codedEnd[g]);
-        planes.Code(segment.coder, set, 1, true);
+        planes.Code(segment.coder, {.quads = set, .limited = true});
         for (int k = segment.lastLayer + 1; k < geometry.layersPresent && !segment.coder.Spent(); ++k) {
             const Layer& layer = geometry.layer[k];
             int& end = codedEnd[layer.group];
-            planes.Code(segment.coder, LinesOf(geometry, layer.group, end, layer.endLine), 1, true);
+            planes.Code(segment.coder, {.quads = LinesOf(geometry, layer.group, end, layer.endLine), .limited = true});
             // On purpose: with short windows the ends stay advanced for the segments that follow, until an
             // enhancement layer of the group comes round.
             end = std::max(end, layer.endLine);
