@@ -222,6 +222,13 @@ TEST_F(Files, AFullDiskNeverLosesTheOldProfile) {
     }
 }
 
+TEST(ErrorNumbers, ABrokenCardAFullOneAndAForbiddenOneAreToldApart) {
+    EXPECT_EQ(ErrorOfErrno(EIO), ERROR_WRITE_FAULT);
+    EXPECT_EQ(ErrorOfErrno(ENODEV), ERROR_WRITE_FAULT);
+    EXPECT_EQ(ErrorOfErrno(ENOSPC), ERROR_DISK_FULL);
+    EXPECT_EQ(ErrorOfErrno(EROFS), ERROR_ACCESS_DENIED);
+}
+
 TEST_F(Files, AShortWriteNeverLosesTheOldProfile) {
     EXPECT_TRUE(Save(u"\\Profile\\DMB.dat", "old"));
     files->SetFaults({.shortWriteAfter = 3});

@@ -31,6 +31,10 @@ DWORD ErrorOfErrno(int number) {
         return ERROR_DISK_FULL;
     case ENAMETOOLONG:
         return ERROR_INVALID_NAME;
+    case EIO: // the card is gone or broken
+    case ENXIO:
+    case ENODEV:
+        return ERROR_WRITE_FAULT;
     default: // no permission, a symbolic link, a folder where a file is meant
         return ERROR_ACCESS_DENIED;
     }

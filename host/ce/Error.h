@@ -12,6 +12,6 @@ namespace ce {
 bool Fail(DWORD error);
 
 // The number for an errno value of a file operation.
-[[nodiscard]] DWORD ErrorOfErrno(int number);
+[[nodiscard]] DMB_HOST_API DWORD ErrorOfErrno(int number);
 
 } // namespace ce
