@@ -24,6 +24,13 @@ unsigned Bit(ArithmeticDecoder& decoder, unsigned p0) {
     return decoder.Bit(p0);
 }
 
+std::vector<std::uint8_t> RandomBytes(std::mt19937& random, std::size_t count) {
+    std::vector<std::uint8_t> bytes(count);
+    for (auto& byte : bytes)
+        byte = static_cast<std::uint8_t>(random());
+    return bytes;
+}
+
 TEST(ArithmeticDecoder, DecodesTheStartOfARealBlockWithItsCosts) {
     ArithmeticDecoder decoder;
     decoder.Start(kBlock, 72, 224);
@@ -52,9 +59,7 @@ TEST(ArithmeticDecoder, DecodesTheStartOfARealBlockWithItsCosts) {
 
 TEST(ArithmeticDecoder, IsSpentExactlyWhenItsBudgetIs) {
     std::mt19937 random(5);
-    std::vector<std::uint8_t> bytes(400);
-    for (auto& byte : bytes)
-        byte = static_cast<std::uint8_t>(random());
+    const std::vector<std::uint8_t> bytes = RandomBytes(random, 400);
     ArithmeticDecoder stepwise;
     ArithmeticDecoder plain;
     stepwise.Start(bytes, 0, 3200);
@@ -93,9 +98,7 @@ TEST(ArithmeticDecoder, ReadsZerosPastTheEndOfItsSegment) {
 
 TEST(ArithmeticDecoder, AnEvenBitIsABitWithEvenChances) {
     std::mt19937 random(3);
-    std::vector<std::uint8_t> bytes(200);
-    for (auto& byte : bytes)
-        byte = static_cast<std::uint8_t>(random());
+    const std::vector<std::uint8_t> bytes = RandomBytes(random, 200);
     ArithmeticDecoder even;
     ArithmeticDecoder plain;
     even.Start(bytes, 0, 1600);
